@@ -1,0 +1,42 @@
+// One flag byte for each pixel, telling which neighbours it differs from. Every decision of a kernel rests on these
+// bytes; only the edge builder writes them.
+//
+// Cells stand in rows of `stride` bytes with a zeroed guard border around the image: a cell (x, y) may be read for x
+// from -4 to stride - 5, which is at least width, and for y from -1 to height. Scanners and patterns read the border in
+// place of bounds tests: a zero cell stops every walk. As the stride is a multiple of 4, four cells from a column that
+// is a multiple of 4 may be read as one word.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace stairmelt {
+
+// The flags in the cell of pixel (x, y). The high four bits of a cell are zero.
+constexpr uint8_t kFlagR = 1;  // (x, y) differs from (x + 1, y): a vertical edge on its right side
+constexpr uint8_t kFlagD = 2;  // (x, y) differs from (x, y + 1): a horizontal edge along its bottom
+constexpr uint8_t kFlagX = 4;  // (x, y) differs from (x + 1, y + 1)
+constexpr uint8_t kFlagA = 8;  // (x + 1, y) differs from (x, y + 1)
+
+class EdgeMap {
+public:
+    EdgeMap() = default;
+    ~EdgeMap();
+    EdgeMap(const EdgeMap&) = delete;
+    EdgeMap& operator=(const EdgeMap&) = delete;
+
+    // Allocates a zeroed map, once in a map's life. Returns false when the size can't be had; the map is then empty.
+    // Sizes below 1 are taken as they come: a map of no rows is two guard rows.
+    bool Allocate(int32_t width, int32_t height);
+
+    uint8_t* CellAt(int32_t x, int32_t y) { return cells + static_cast<ptrdiff_t>(y) * stride + x; }
+    const uint8_t* CellAt(int32_t x, int32_t y) const { return cells + static_cast<ptrdiff_t>(y) * stride + x; }
+
+    int32_t stride = 0;        // bytes from one row of cells to the next
+    uint8_t* cells = nullptr;  // the cell of pixel (0, 0)
+
+private:
+    void* memory = nullptr;
+};
+
+}  // namespace stairmelt

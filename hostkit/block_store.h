@@ -1,0 +1,58 @@
+// The blocks behind handles and buffer ids. They move whenever they are unlocked, so that a pointer kept beyond the
+// unlock is stale at once.
+#pragma once
+
+#include <cstddef>
+#include <deque>
+#include <string>
+
+#include "hostkit/guarded_memory.h"
+
+namespace stairmelt {
+
+// The address of `inner` is the block's identity. A disposed block keeps its record, without its memory, so that
+// identities are never used again and a second disposal is told from the first.
+struct MovableBlock {
+    char* inner = nullptr;  // the data's address; changes at each unlock, null once disposed of
+    GuardedMemory memory;
+    std::string name;  // "handle #1": by the order in which they were made
+    bool isLive = true;
+    bool isLocked = false;  // one unlock undoes any number of locks
+    int locks = 0;          // calls so far
+    int unlocks = 0;
+    bool movedHigh = false;  // the last lock's argument
+};
+
+struct BlockStore {
+    const char* kind;               // "handle" or "buffer", for texts
+    std::deque<MovableBlock> made;  // every block ever made; number n stands at n - 1
+
+    // A new block, filled with the bytes, or with the pattern when there are none. Throws std::bad_alloc.
+    MovableBlock& Make(const void* bytes, size_t size);
+
+    // The live block of this identity; null for any other, which is also reported as a fault, save for null itself.
+    MovableBlock* Find(const void* identity, const char* caller);
+
+    // "#1", or "null" or "unknown".
+    std::string NameOf(const void* identity) const;
+
+    // Pins the block and returns its address.
+    char* Lock(MovableBlock& block, bool moveHigh);
+
+    // Undoes all locks and moves a block that was locked.
+    void Unlock(MovableBlock& block);
+
+    // Gives the block a new size and place, with the contents kept as far as they fit. Throws std::bad_alloc.
+    void Resize(MovableBlock& block, size_t size);
+
+    // Frees the memory.
+    void Dispose(MovableBlock& block);
+
+    int CountLive() const;
+    int CountLocked() const;
+
+    // Reports writes beside live blocks.
+    void CheckGuards() const;
+};
+
+}  // namespace stairmelt

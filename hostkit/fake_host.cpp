@@ -1,0 +1,196 @@
+#include "hostkit/fake_host.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+namespace stairmelt {
+namespace {
+
+FakeHost* gCurrentHost = nullptr;
+
+// No filter that asks for an image in pieces needs more than this; one that never stops asking is stopped.
+constexpr int kMostContinues = 100000;
+
+constexpr Fixed kScreenResolution = 72 << 16;   // pixels per inch
+constexpr int32_t kSpaceForFilter = 256 << 20;  // bytes
+
+// The fields that a filter may write and this host honours, and those that the host itself writes while a selector
+// runs. First and last field; everything between them counts.
+struct FieldRange {
+    size_t first, end;
+};
+
+constexpr FieldRange kWritable[] = {
+    {offsetof(FilterRecord, parameters), offsetof(FilterRecord, imageSize)},
+    {offsetof(FilterRecord, maxSpace), offsetof(FilterRecord, isFloating)},
+    {offsetof(FilterRecord, autoMask), offsetof(FilterRecord, backColor)},
+    {offsetof(FilterRecord, inColumnBytes), offsetof(FilterRecord, imageServicesProcs)},
+};
+
+bool IsWritable(size_t offset) {
+    for (const FieldRange& range : kWritable)
+        if (offset >= range.first && offset < range.end) return true;
+    return false;
+}
+
+void CheckRecord(const GuardedRecord& guarded, const FilterRecord& before, int16_t selector) {
+    if (!HoldsPattern(guarded.before, sizeof(guarded.before)) || !HoldsPattern(guarded.after, sizeof(guarded.after)))
+        ReportFault("stray write beside the record");
+    uint8_t old[sizeof(FilterRecord)], now[sizeof(FilterRecord)];
+    std::memcpy(old, &before, sizeof(old));
+    std::memcpy(now, &guarded.record, sizeof(now));
+    for (size_t i = 0; i < sizeof(old); ++i) {
+        if (old[i] == now[i] || IsWritable(i)) continue;
+        ReportFault("selector " + std::to_string(selector) + " changed the record at byte " + std::to_string(i));
+        return;
+    }
+}
+
+void HostPrivate(int16_t selector, intptr_t*) { LogCall("hostProc " + std::to_string(selector)); }
+
+void AppendHeld(std::string& text, const BlockStore& store) {
+    for (const MovableBlock& block : store.made) {
+        if (block.isLive) text += block.name + (block.isLocked ? " locked\n" : "\n");
+    }
+}
+
+}  // namespace
+
+FakeHost& CurrentHost() {
+    if (!gCurrentHost) {
+        std::fputs("a callback of the host was called while no host is alive\n", stderr);
+        std::abort();
+    }
+    return *gCurrentHost;
+}
+
+FakeHost::FakeHost() {
+    if (gCurrentHost) {
+        std::fputs("two hosts can't be alive at a time\n", stderr);
+        std::abort();
+    }
+    gCurrentHost = this;
+    std::memset(&guarded, 0, sizeof(guarded));
+    BeginRun();
+}
+
+FakeHost::~FakeHost() { gCurrentHost = nullptr; }
+
+void FakeHost::BeginRun() {
+    // What an unfinished run still holds was cut for the document as it was then: it goes unchecked.
+    pixels = FakePixels{.deliveries = pixels.deliveries};
+    document.source.resize(static_cast<size_t>(document.height) * document.RowBytes());
+    document.result = document.source;
+    lastResult = 0;
+
+    const Handle parameters = record.parameters;
+    std::memset(&guarded, kFillPattern, sizeof(guarded));
+    std::memset(&record, 0, sizeof(record));
+    record.parameters = parameters;
+
+    DescribeDocument(document, record, big);
+    for (uint16_t& component : record.background) component = 65535;
+    for (uint8_t& component : record.backColor) component = 255;
+    record.imageHRes = kScreenResolution;
+    record.imageVRes = kScreenResolution;
+    record.maxSpace = kSpaceForFilter;
+    record.maxSpace64 = kSpaceForFilter;
+    record.hostSig = failures.hostSig;
+    record.errorString = &errorString;
+    record.plugInRef = this;
+
+    record.abortProc = TestAbort;
+    record.progressProc = ShowProgress;
+    record.hostProc = HostPrivate;
+    record.processEvent = ProcessEvent;
+    record.advanceState = AdvanceState;
+    record.displayPixels = failures.noDisplayPixels ? nullptr : DisplayPixels;
+    record.handleProcs = &handles.procs;
+    record.bufferProcs = failures.noBufferProcs ? nullptr : &buffers.procs;
+    record.platformData = failures.noPlatformData ? nullptr : &platform;
+    record.sSPBasic = failures.noBasicSuite ? nullptr : &suites.basic;
+    record.bigDocumentData = failures.noBigDocument ? nullptr : &big;
+
+    script.BeginRun();
+    record.descriptorParameters = failures.noDescriptorParameters ? nullptr : &script.parameters;
+}
+
+int16_t FakeHost::Call(PluginMainProc pluginMain, int16_t selector) {
+    LogCall("PluginMain " + std::to_string(selector));
+    int16_t result = failures.resultStaysForFinish && selector == kFilterSelectorFinish ? lastResult : kNoErr;
+    FilterRecord before;
+    std::memcpy(&before, &record, sizeof(before));
+    if (selector == kFilterSelectorAbout) {
+        about = {};
+        about.platformData = failures.noPlatformData ? nullptr : &platform;
+        about.sSPBasic = failures.noBasicSuite ? nullptr : &suites.basic;
+        about.plugInRef = this;
+        pluginMain(selector, &about, &data, &result);
+    } else {
+        pluginMain(selector, &record, &data, &result);
+    }
+    CheckRecord(guarded, before, selector);
+    lastResult = result;
+    return result;
+}
+
+void FakeHost::EndRun(bool isGood) {
+    if (isGood)
+        pixels.Commit();
+    else
+        document.result = document.source;
+    pixels.Drop();
+}
+
+int16_t FakeHost::RunFilter(PluginMainProc pluginMain, RunKind kind) {
+    if (kind == RunKind::kAbout) return Call(pluginMain, kFilterSelectorAbout);
+
+    BeginRun();
+    for (int16_t selector : {kFilterSelectorParameters, kFilterSelectorPrepare, kFilterSelectorStart}) {
+        if (selector == kFilterSelectorParameters && kind == RunKind::kRepeat) continue;
+        if (const int16_t result = Call(pluginMain, selector)) {
+            EndRun(false);
+            return result;
+        }
+    }
+
+    // Once Start has succeeded Finish comes in any case.
+    int16_t result = kNoErr;
+    for (int continues = 0; result == kNoErr && pixels.IsAnythingAsked(); ++continues) {
+        if (continues == kMostContinues) {
+            ReportFault("the filter never stops asking for more");
+            result = kParamErr;
+            break;
+        }
+        result = pixels.Deliver();
+        if (result == kNoErr) result = Call(pluginMain, kFilterSelectorContinue);
+    }
+    EndRun(result == kNoErr);
+    const int16_t finished = Call(pluginMain, kFilterSelectorFinish);
+    script.TakeRecorded();
+    return result ? result : finished;
+}
+
+std::string FakeHost::Faults() {
+    pixels.Check();
+    handles.blocks.CheckGuards();
+    buffers.blocks.CheckGuards();
+    std::string text;
+    for (const std::string& fault : faults) text += fault + "\n";
+    return text;
+}
+
+std::string FakeHost::StillHeld() const {
+    std::string text;
+    AppendHeld(text, handles.blocks);
+    AppendHeld(text, buffers.blocks);
+    if (const int count = registry.CountLiveDescriptors()) text += std::to_string(count) + " action descriptors\n";
+    if (const int count = script.CountOpenTokens()) text += std::to_string(count) + " open descriptor tokens\n";
+    for (const auto& [name, count] : suites.held)
+        if (count) text += "suite " + name + " acquired " + std::to_string(count) + "\n";
+    if (suites.blocks) text += std::to_string(suites.blocks) + " blocks\n";
+    return text;
+}
+
+}  // namespace stairmelt

@@ -1,0 +1,132 @@
+#include "hostkit/registry.h"
+
+#include <algorithm>
+
+#include "hostkit/call_log.h"
+#include "hostkit/fake_host.h"
+#include "hostkit/slots.h"
+
+namespace stairmelt {
+namespace {
+
+FakeRegistry& Registry() { return CurrentHost().registry; }
+
+// The live descriptor, or null with a fault reported.
+HostActionDescriptor* Live(PIActionDescriptor descriptor, const std::string& caller) {
+    CurrentHost().suites.RequireAcquired(kActionDescriptorSuite, caller);
+    for (HostActionDescriptor& candidate : Registry().descriptors)
+        if (&candidate == descriptor && candidate.isLive) return descriptor;
+    ReportFault(caller + " of a descriptor that isn't live");
+    return nullptr;
+}
+
+StoredValues::iterator FindKey(StoredValues& values, DescriptorKeyID key) {
+    return std::find_if(values.begin(), values.end(), [key](const auto& value) { return value.first == key; });
+}
+
+OSErr Make(PIActionDescriptor* descriptor) {
+    LogCall("Make");
+    CurrentHost().suites.RequireAcquired(kActionDescriptorSuite, "Make");
+    if (!descriptor) return kParamErr;
+    if (Fires(CurrentHost().failures.makeDescriptor)) return kMemFullErr;
+    *descriptor = &Registry().descriptors.emplace_back();
+    return kNoErr;
+}
+
+OSErr Free(PIActionDescriptor descriptor) {
+    LogCall("Free");
+    HostActionDescriptor* live = Live(descriptor, "Free");
+    if (!live) return kParamErr;
+    live->isLive = false;
+    return kNoErr;
+}
+
+OSErr HasKey(PIActionDescriptor descriptor, DescriptorKeyID key, Boolean* hasKey) {
+    LogCall("HasKey " + CodeText(key));
+    HostActionDescriptor* live = Live(descriptor, "HasKey");
+    if (!live || !hasKey) return kParamErr;
+    *hasKey = FindKey(live->values, key) != live->values.end();
+    return kNoErr;
+}
+
+OSErr GetCount(PIActionDescriptor descriptor, uint32_t* count) {
+    LogCall("GetCount");
+    HostActionDescriptor* live = Live(descriptor, "GetCount");
+    if (!live || !count) return kParamErr;
+    *count = static_cast<uint32_t>(live->values.size());
+    return kNoErr;
+}
+
+OSErr PutInteger(PIActionDescriptor descriptor, DescriptorKeyID key, int32_t value) {
+    LogCall("PutInteger " + CodeText(key) + " " + std::to_string(value));
+    HostActionDescriptor* live = Live(descriptor, "PutInteger");
+    if (!live || key == CurrentHost().failures.putIntegerKey) return kParamErr;
+    const auto found = FindKey(live->values, key);
+    if (found == live->values.end())
+        live->values.emplace_back(key, value);
+    else
+        found->second = value;
+    return kNoErr;
+}
+
+OSErr GetInteger(PIActionDescriptor descriptor, DescriptorKeyID key, int32_t* value) {
+    LogCall("GetInteger " + CodeText(key));
+    HostActionDescriptor* live = Live(descriptor, "GetInteger");
+    if (!live || !value || key == CurrentHost().failures.getIntegerKey) return kParamErr;
+    const auto found = FindKey(live->values, key);
+    if (found == live->values.end()) return kErrMissingParameter;
+    *value = found->second;
+    return kNoErr;
+}
+
+OSErr Register(const char* key, PIActionDescriptor descriptor, Boolean isPersistent) {
+    LogCall(std::string("Register ") + key + (isPersistent ? " persistent" : ""));
+    CurrentHost().suites.RequireAcquired(kDescriptorRegistrySuite, "Register");
+    const HostActionDescriptor* live = Live(descriptor, "Register");
+    if (!live || Fires(CurrentHost().failures.registryRegister)) return kParamErr;
+    Registry().persistent.erase(key);
+    Registry().passing.erase(key);
+    (isPersistent ? Registry().persistent : Registry().passing)[key] = live->values;
+    return kNoErr;
+}
+
+OSErr Erase(const char* key) {
+    LogCall(std::string("Erase ") + key);
+    CurrentHost().suites.RequireAcquired(kDescriptorRegistrySuite, "Erase");
+    return Registry().persistent.erase(key) + Registry().passing.erase(key) > 0 ? kNoErr : kErrMissingParameter;
+}
+
+OSErr Get(const char* key, PIActionDescriptor* descriptor) {
+    LogCall(std::string("Get ") + key);
+    CurrentHost().suites.RequireAcquired(kDescriptorRegistrySuite, "Get");
+    if (!descriptor || Fires(CurrentHost().failures.registryGet)) return kParamErr;
+    *descriptor = nullptr;
+    for (const auto* stored : {&Registry().persistent, &Registry().passing}) {
+        const auto found = stored->find(key);
+        if (found == stored->end()) continue;
+        *descriptor = &Registry().descriptors.emplace_back(HostActionDescriptor{found->second});
+        break;
+    }
+    return kNoErr;
+}
+
+void UnknownMember() { ReportFault("a member of the descriptor suite that this host doesn't have"); }
+
+}  // namespace
+
+FakeRegistry::FakeRegistry() : registryProcs{Register, Erase, Get} {
+    FillSlots(descriptorProcs, UnknownMember);
+    descriptorProcs.Make = Make;
+    descriptorProcs.Free = Free;
+    descriptorProcs.HasKey = HasKey;
+    descriptorProcs.GetCount = GetCount;
+    descriptorProcs.PutInteger = PutInteger;
+    descriptorProcs.GetInteger = GetInteger;
+}
+
+int FakeRegistry::CountLiveDescriptors() const {
+    return static_cast<int>(
+        std::count_if(descriptors.begin(), descriptors.end(), [](const auto& d) { return d.isLive; }));
+}
+
+}  // namespace stairmelt

@@ -1,0 +1,192 @@
+#include "hostkit/script.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <string>
+
+#include "hostkit/call_log.h"
+#include "hostkit/fake_host.h"
+#include "hostkit/slots.h"
+
+namespace stairmelt {
+namespace {
+
+// What stands in the caller's list in place of a key that has turned up. Not 0, which would end the list early.
+constexpr DescriptorKeyID kFoundKey = FourCharCode("null");
+
+Handle HandleOf(const std::vector<ScriptValue>& values) {
+    return CurrentHost().handles.Make(values.data(), values.size() * sizeof(ScriptValue));
+}
+
+std::vector<ScriptValue> ValuesOf(const MovableBlock& block) {
+    std::vector<ScriptValue> values(block.memory.Size() / sizeof(ScriptValue));
+    if (!values.empty()) std::memcpy(values.data(), block.memory.Data(), values.size() * sizeof(ScriptValue));
+    return values;
+}
+
+// The open token, or null with a fault reported.
+template <class Token>
+Token* OpenToken(std::deque<Token>& tokens, Token* token, const char* caller) {
+    for (Token& candidate : tokens)
+        if (&candidate == token && candidate.isOpen) return token;
+    ReportFault(std::string(caller) + " with a token that isn't open");
+    return nullptr;
+}
+
+HostReadDescriptor* Reading(PIReadDescriptor token, const char* caller) {
+    return OpenToken(CurrentHost().script.readTokens, token, caller);
+}
+
+HostWriteDescriptor* Writing(PIWriteDescriptor token, const char* caller) {
+    return OpenToken(CurrentHost().script.writeTokens, token, caller);
+}
+
+// Errors are negative; a coerced value counts for less than any of them.
+void NoteResult(HostReadDescriptor& token, OSErr result) {
+    if (result != kNoErr && (token.worst == kNoErr || result < token.worst)) token.worst = result;
+}
+
+PIReadDescriptor OpenRead(PIDescriptorHandle descriptor, DescriptorKeyID* keys) {
+    FakeHost& host = CurrentHost();
+    LogCall("openReadDescriptorProc " + host.handles.blocks.NameOf(descriptor));
+    if (Fires(host.failures.openRead)) return nullptr;
+    const MovableBlock* block = host.handles.blocks.Find(descriptor, "openReadDescriptorProc");
+    if (!block) return nullptr;
+    return &host.script.readTokens.emplace_back(HostReadDescriptor{ValuesOf(*block), keys});
+}
+
+Boolean GetKey(PIReadDescriptor token, DescriptorKeyID* key, DescriptorTypeID* type, int32_t* flags) {
+    HostReadDescriptor* reading = Reading(token, "getKeyProc");
+    if (!reading || reading->next == reading->values.size()) {
+        LogCall("getKeyProc end");
+        return 0;
+    }
+    const ScriptValue& value = reading->values[reading->next++];
+    LogCall("getKeyProc " + CodeText(value.key));
+    *key = value.key;
+    *type = value.type;
+    *flags = 0;
+    for (DescriptorKeyID* listed = reading->keys; listed && *listed; ++listed)
+        if (*listed == value.key) *listed = kFoundKey;
+    return 1;
+}
+
+OSErr GetInteger(PIReadDescriptor token, int32_t* result) {
+    Failures& failures = CurrentHost().failures;
+    HostReadDescriptor* reading = Reading(token, "getIntegerProc");
+    if (!reading) return kParamErr;
+    if (reading->next == 0) {
+        LogCall("getIntegerProc before any key");
+        return kErrMissingParameter;
+    }
+    const ScriptValue& value = reading->values[reading->next - 1];
+    LogCall("getIntegerProc " + CodeText(value.key));
+    OSErr code = Fires(failures.getInteger) ? failures.getIntegerCode : kNoErr;
+    if (value.type == kTypeInteger)
+        *result = value.value;
+    else
+        code = kParamErr;
+    NoteResult(*reading, code);
+    return code;
+}
+
+OSErr CloseRead(PIReadDescriptor token) {
+    const Failures& failures = CurrentHost().failures;
+    LogCall("closeReadDescriptorProc");
+    HostReadDescriptor* reading = Reading(token, "closeReadDescriptorProc");
+    if (!reading) return kParamErr;
+    reading->isOpen = false;
+    if (failures.missingKeysAreErrors)
+        for (const DescriptorKeyID* listed = reading->keys; listed && *listed; ++listed)
+            if (*listed != kFoundKey) NoteResult(*reading, kErrMissingParameter);
+    return failures.closeReadCode.value_or(reading->worst);
+}
+
+PIWriteDescriptor OpenWrite() {
+    FakeHost& host = CurrentHost();
+    LogCall("openWriteDescriptorProc");
+    if (Fires(host.failures.openWrite)) return nullptr;
+    return &host.script.writeTokens.emplace_back();
+}
+
+OSErr PutInteger(PIWriteDescriptor token, DescriptorKeyID key, int32_t value) {
+    LogCall("putIntegerProc " + CodeText(key) + " " + std::to_string(value));
+    HostWriteDescriptor* writing = Writing(token, "putIntegerProc");
+    if (!writing || Fires(CurrentHost().failures.putInteger)) return kParamErr;
+    writing->values.push_back({key, value});
+    return kNoErr;
+}
+
+OSErr CloseWrite(PIWriteDescriptor token, PIDescriptorHandle* descriptor) {
+    LogCall("closeWriteDescriptorProc");
+    HostWriteDescriptor* writing = Writing(token, "closeWriteDescriptorProc");
+    if (!writing) return kParamErr;
+    writing->isOpen = false;
+    try {
+        *descriptor = HandleOf(writing->values);
+        return kNoErr;
+    } catch (const std::bad_alloc&) {
+        return kMemFullErr;
+    }
+}
+
+void UnknownReadRoutine() { ReportFault("a read routine that this host doesn't have"); }
+void UnknownWriteRoutine() { ReportFault("a write routine that this host doesn't have"); }
+
+}  // namespace
+
+FakeScript::FakeScript() {
+    FillSlots(readProcs, UnknownReadRoutine);
+    readProcs.readDescriptorProcsVersion = 0;
+    readProcs.numReadDescriptorProcs = 18;
+    readProcs.openReadDescriptorProc = OpenRead;
+    readProcs.closeReadDescriptorProc = CloseRead;
+    readProcs.getKeyProc = GetKey;
+    readProcs.getIntegerProc = GetInteger;
+
+    FillSlots(writeProcs, UnknownWriteRoutine);
+    writeProcs.writeDescriptorProcsVersion = 0;
+    writeProcs.numWriteDescriptorProcs = 16;
+    writeProcs.openWriteDescriptorProc = OpenWrite;
+    writeProcs.closeWriteDescriptorProc = CloseWrite;
+    writeProcs.putIntegerProc = PutInteger;
+}
+
+void FakeScript::BeginRun() {
+    const Failures& failures = CurrentHost().failures;
+    handedOver_ = played.empty() ? nullptr : HandleOf(played);
+    parameters = {};
+    parameters.playInfo = playInfo;
+    parameters.recordInfo = -1;  // none of the values, so that a filter that doesn't write it shows
+    parameters.descriptor = handedOver_;
+    parameters.readDescriptorProcs = failures.noReadProcs ? nullptr : &readProcs;
+    parameters.writeDescriptorProcs = failures.noWriteProcs ? nullptr : &writeProcs;
+    hasRecorded = false;
+    recorded.clear();
+}
+
+void FakeScript::TakeRecorded() {
+    recordInfo = parameters.recordInfo;
+    const Handle left = parameters.descriptor;
+    parameters.descriptor = nullptr;
+    if (!left) return;
+    BlockStore& blocks = CurrentHost().handles.blocks;
+    MovableBlock* block = blocks.Find(left, "taking the record");
+    if (!block) return;
+    if (left == handedOver_) {
+        ReportFault("the filter left the played descriptor in its place");
+    } else {
+        hasRecorded = true;
+        recorded = ValuesOf(*block);
+    }
+    blocks.Dispose(*block);
+}
+
+int FakeScript::CountOpenTokens() const {
+    const auto isOpen = [](const auto& token) { return token.isOpen; };
+    return static_cast<int>(std::count_if(readTokens.begin(), readTokens.end(), isOpen) +
+                            std::count_if(writeTokens.begin(), writeTokens.end(), isOpen));
+}
+
+}  // namespace stairmelt

@@ -1,0 +1,86 @@
+#include "hostkit/suites.h"
+
+#include <cstdlib>
+#include <cstring>
+
+#include "hostkit/call_log.h"
+#include "hostkit/fake_host.h"
+
+namespace stairmelt {
+namespace {
+
+// The table of the suite, or null where this host has none of that name and version.
+const void* FindSuite(const std::string& name, int32_t version) {
+    FakeHost& host = CurrentHost();
+    const struct {
+        const char* name;
+        int32_t version;
+        const void* suite;
+    } suites[] = {
+        {kDescriptorRegistrySuite, kDescriptorRegistrySuiteVersion, &host.registry.registryProcs},
+        {kActionDescriptorSuite, kActionDescriptorSuiteVersion, &host.registry.descriptorProcs},
+        {kUIHooksSuite, kUIHooksSuiteVersion, &host.ui.hooks},
+    };
+    for (const auto& row : suites)
+        if (name == row.name && version == row.version && !host.failures.refusedSuites.contains(name)) return row.suite;
+    return nullptr;
+}
+
+SPErr AcquireSuite(const char* name, int32_t version, const void** suite) {
+    if (!name || !suite) return kSPBadParameter;
+    LogCall(std::string("AcquireSuite ") + name + " " + std::to_string(version));
+    const void* found = FindSuite(name, version);
+    if (!found) return kSPSuiteNotFound;
+    *suite = found;
+    ++CurrentHost().suites.held[name];
+    return kSPNoError;
+}
+
+SPErr ReleaseSuite(const char* name, int32_t version) {
+    if (!name) return kSPBadParameter;
+    LogCall(std::string("ReleaseSuite ") + name + " " + std::to_string(version));
+    std::map<std::string, int>& held = CurrentHost().suites.held;
+    const auto found = held.find(name);
+    if (found == held.end() || found->second == 0) {
+        ReportFault(std::string("release of the suite ") + name + ", which isn't held");
+        return kSPBadParameter;
+    }
+    --found->second;
+    return kSPNoError;
+}
+
+SPBoolean IsEqual(const char* first, const char* second) {
+    if (!first || !second) return first == second;
+    return std::strcmp(first, second) == 0;
+}
+
+SPErr ReallocateBlock(void* block, size_t newSize, void** newBlock) {
+    if (!newBlock) return kSPBadParameter;
+    void* moved = std::realloc(block, newSize ? newSize : 1);
+    if (!moved) return kSPOutOfMemory;
+    if (!block) ++CurrentHost().suites.blocks;
+    *newBlock = moved;
+    return kSPNoError;
+}
+
+SPErr AllocateBlock(size_t size, void** block) { return ReallocateBlock(nullptr, size, block); }
+
+SPErr FreeBlock(void* block) {
+    if (block) --CurrentHost().suites.blocks;
+    std::free(block);
+    return kSPNoError;
+}
+
+SPErr Undefined() { return kSPNotImplemented; }
+
+}  // namespace
+
+FakeSuites::FakeSuites()
+    : basic{AcquireSuite, ReleaseSuite, IsEqual, AllocateBlock, FreeBlock, ReallocateBlock, Undefined} {}
+
+void FakeSuites::RequireAcquired(const char* name, const std::string& caller) {
+    const auto found = held.find(name);
+    if (found == held.end() || found->second == 0) ReportFault(caller + " of a suite that isn't held");
+}
+
+}  // namespace stairmelt

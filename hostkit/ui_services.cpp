@@ -1,0 +1,100 @@
+#include "hostkit/ui_services.h"
+
+#include <chrono>
+
+#include "hostkit/call_log.h"
+#include "hostkit/fake_host.h"
+#include "hostkit/map_colors.h"
+#include "hostkit/screen.h"
+
+namespace stairmelt {
+namespace {
+
+bool IsWithin(const VRect& part, const VRect& bounds) {
+    return part.top >= bounds.top && part.left >= bounds.left && part.bottom <= bounds.bottom &&
+           part.right <= bounds.right && part.top <= part.bottom && part.left <= part.right;
+}
+
+std::vector<uint8_t> CopySamples(const PSPixelMap& map, const VRect& part) {
+    std::vector<uint8_t> samples;
+    for (int plane = 0; plane < MapPlanes(map.imageMode); ++plane)
+        for (int32_t y = part.top; y < part.bottom; ++y)
+            for (int32_t x = part.left; x < part.right; ++x)
+                samples.push_back(static_cast<const uint8_t*>(
+                    map.baseAddr)[ptrdiff_t{plane} * map.planeBytes + ptrdiff_t{y - map.bounds.top} * map.rowBytes +
+                                  ptrdiff_t{x - map.bounds.left} * map.colBytes]);
+    return samples;
+}
+
+intptr_t MainAppWindow() { return CurrentHost().platform.hwnd; }
+
+SPErr SetCursorByName(const char* name) {
+    LogCall(std::string("SetCursor ") + (name ? name : "none"));
+    static const char* const kKnown[] = {kCursorArrow, kCursorHand};
+    bool isKnown = !name;
+    for (const char* known : kKnown) isKnown = isKnown || std::string(known) == name;
+    if (!isKnown) return kSPUnknownCursor;
+    CurrentHost().ui.cursors.push_back(name ? name : "");
+    ShowCursorOnScreen(name);
+    return kSPNoError;
+}
+
+uint32_t TickCount() {
+    using Sixtieths = std::chrono::duration<int64_t, std::ratio<1, 60>>;
+    return static_cast<uint32_t>(
+        std::chrono::duration_cast<Sixtieths>(std::chrono::steady_clock::now().time_since_epoch()).count());
+}
+
+SPErr GetPluginName(void*, void*) { return kSPNotImplemented; }
+
+}  // namespace
+
+FakeUi::FakeUi()
+    : hooks{ProcessEvent,  DisplayPixels,   ShowProgress, TestAbort,
+            MainAppWindow, SetCursorByName, TickCount,    GetPluginName} {}
+
+OSErr DisplayPixels(const PSPixelMap* map, const VRect* part, int32_t row, int32_t column, void* context) {
+    FakeHost& host = CurrentHost();
+    LogCall("displayPixels " + std::to_string(row) + " " + std::to_string(column));
+    if (Fires(host.failures.displayPixels)) return host.failures.displayPixelsCode;
+    if (!map || !part || !map->baseAddr || MapPlanes(map->imageMode) == 0 || !IsWithin(*part, map->bounds))
+        return kParamErr;
+
+    DisplayedMap display;
+    // A version 1 map ends before the overlays: nothing is read from there on.
+    display.map.version = map->version;
+    display.map.bounds = map->bounds;
+    display.map.imageMode = map->imageMode;
+    display.map.rowBytes = map->rowBytes;
+    display.map.colBytes = map->colBytes;
+    display.map.planeBytes = map->planeBytes;
+    display.map.baseAddr = map->baseAddr;
+    display.map.mat = map->mat;
+    display.map.masks = map->masks;
+    display.map.maskPhaseRow = map->maskPhaseRow;
+    display.map.maskPhaseCol = map->maskPhaseCol;
+    for (const PSPixelMask* mask = map->masks; mask; mask = mask->next) display.masks.push_back(*mask);
+    display.part = *part;
+    display.row = row;
+    display.column = column;
+    display.context = context;
+    display.samples = CopySamples(*map, *part);
+    display.screen = ScreenPixels(*map, *part);
+    DrawOnScreen(context, column, row, part->right - part->left, part->bottom - part->top, display.screen.data());
+    host.ui.display = std::move(display);
+    ++host.ui.displays;
+    return kNoErr;
+}
+
+void ShowProgress(int32_t done, int32_t total) {
+    LogCall("progressProc " + std::to_string(done) + " " + std::to_string(total));
+}
+
+Boolean TestAbort() {
+    LogCall("abortProc");
+    return CurrentHost().failures.abort;
+}
+
+void ProcessEvent(void*) { LogCall("processEvent"); }
+
+}  // namespace stairmelt

@@ -1,0 +1,40 @@
+// The fake host's services for dialogs: drawing of previews, cursors, progress.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/filter_api.h"
+
+namespace stairmelt {
+
+// All that one call of displayPixels was handed. The pointers inside `map` and `masks` are for comparing only: what
+// they point at belongs to the plug-in and may be gone.
+struct DisplayedMap {
+    PSPixelMap map{};
+    std::vector<PSPixelMask> masks;
+    VRect part{};
+    int32_t row = 0, column = 0;
+    const void* context = nullptr;
+    std::vector<uint8_t> samples;  // copy of the part, plane after plane; multichannel has only its first plane
+    std::vector<uint32_t> screen;  // what was drawn, as 0x00RRGGBB
+};
+
+struct FakeUi {
+    FakeUi();
+
+    PSUIHooksSuite1 hooks{};
+    int displays = 0;                     // accepted calls of displayPixels
+    std::optional<DisplayedMap> display;  // the last of them
+    std::vector<std::string> cursors;     // names set so far; a null name is ""
+};
+
+// What the record and the suite point at. Draws into the device context on Windows; elsewhere it only notes the call.
+OSErr DisplayPixels(const PSPixelMap* map, const VRect* part, int32_t row, int32_t column, void* context);
+void ShowProgress(int32_t done, int32_t total);
+Boolean TestAbort();
+void ProcessEvent(void* event);
+
+}  // namespace stairmelt

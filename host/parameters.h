@@ -1,0 +1,64 @@
+// The five settings, the block that holds them, and the three ways in which values enter and leave: the handle that the
+// host keeps for the run, the persistent store in the host's registry, and the descriptor of a script.
+//
+// The store gives the values of every run: Parameters resets the block, Start loads the stored values over it, then the
+// script's keys, then what the dialog says, and Finish records and stores what was used. A script sets and records only
+// the three values of the picture; the window's position travels through the store alone. No value that is read is
+// checked for its range.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "host/filter_api.h"
+
+namespace stairmelt {
+
+// In a host handle of its own.
+struct ParameterBlock {
+    int32_t colorThreshold;  // difference that makes an edge; 0..255 from the dialog
+    int32_t softness;        // percent; 0..100 from the dialog
+    int32_t bias;            // percent of cube in the gradation; 0..100 from the dialog
+    int32_t windowPosX;      // screen position of the dialog in pixels; -1 to centre it
+    int32_t windowPosY;
+};
+static_assert(sizeof(ParameterBlock) == 20);
+
+struct Parameter {
+    DescriptorKeyID key;
+    int32_t ParameterBlock::*field;
+    int32_t defaultValue;
+    bool isScripted;  // travels through scripts as well as the store
+};
+
+// In the order of the block, of the key list and of the store.
+constexpr Parameter kParameters[] = {
+    {FourCharCode("Thsh"), &ParameterBlock::colorThreshold, 10, true},
+    {FourCharCode("Sftn"), &ParameterBlock::softness, 70, true},
+    {FourCharCode("Bias"), &ParameterBlock::bias, 0, true},
+    {FourCharCode("PDPX"), &ParameterBlock::windowPosX, -1, false},
+    {FourCharCode("PDPY"), &ParameterBlock::windowPosY, -1, false},
+};
+
+// All of these work on the globals of plugin_entry.h; the last four expect gParameterBlock, and ReadScriptParameters
+// gShowDialog too.
+
+// The Parameters selector. Makes the two handles where they are missing, locks them, and sets the defaults and the flag
+// byte, whether or not the block was new. Stores kMemFullErr if a handle can't be made or locked; nothing is set then.
+void DoParameters();
+
+// Reads the persistent store into the block. With nothing stored, or a suite missing, the block stays as it is; with a
+// key missing, that field and those after it do. Returns 0, the host's code or kErrPlugInHostInsufficient.
+int32_t LoadStoredParameters();
+
+// Writes all five values to the persistent store. Returns as LoadStoredParameters does.
+int32_t SaveStoredParameters();
+
+// Reads a script's values into the block, disposes of the script's descriptor, and sets the flag byte to what the
+// script says about the dialog. Without a script descriptor nothing changes. Returns 0 or the host's code.
+int16_t ReadScriptParameters();
+
+// Records the values that were used, for the host to keep as a script.
+void WriteScriptParameters();
+
+}  // namespace stairmelt

@@ -1,0 +1,49 @@
+// The entry point, and the globals that are the plug-in's whole state between its functions.
+//
+// The host loads the library and calls PluginMain once for each step of a filter's life: from the menu Parameters,
+// Prepare, Start, Continue (none, as Start leaves nothing to do) and Finish; for a repeat of the last filter the same
+// without Parameters; about alone. A non-zero result of Parameters, Prepare or Start ends the run there.
+//
+//   selector        locked during it                                   unlocked at its end
+//   1 Parameters    parameters and flag byte                           both
+//   2 Prepare       parameters, and the flag byte if it makes them     both
+//   3 Start         both, unless the image is refused first            both
+//   4 Continue      nothing                                            both
+//   5 Finish        both                                               both
+//   unknown         nothing                                            both
+//   0 About         nothing                                            nothing
+//
+// The host's locks aren't counted and an unlock too many is harmless, so the end of PluginMain needs to know nothing of
+// the selector. The host calls on one thread and doesn't reenter.
+#pragma once
+
+#include <cstdint>
+
+#include "host/filter_api.h"
+
+namespace stairmelt {
+
+struct ParameterBlock;
+
+// Set by every call. During the about selector the record is an AboutRecord. None of the host's pointers is null but
+// where the record's own fields are said to be.
+extern FilterRecord* gFilterRecord;
+extern intptr_t* gDataHandle;   // the word holds the flag byte's handle, or 0
+extern int16_t* gResult;        // never set to 0 at entry: the host does that
+extern SPBasicSuite* gSPBasic;  // null in hosts without suites
+
+// Set by the selectors that lock; stale after the end of that call. Null after a lock that failed.
+extern ParameterBlock* gParameterBlock;
+extern uint8_t* gShowDialog;  // the flag byte: 1 if the next Start shows the dialog
+
+// Locks `parameters` and the flag byte's handle. Stores kFilterBadParameters without locking if there is no parameters
+// handle, and kMemFullErr if a lock fails. Returns whether both globals are there.
+bool LockHandles();
+
+// The host's window, for dialogs; 0 for none.
+intptr_t ParentWindow(const PlatformData* platformData);
+
+}  // namespace stairmelt
+
+// Exported by its plain name, see resources/stairmelt.def.
+extern "C" void PluginMain(int16_t selector, void* record, intptr_t* data, int16_t* result);

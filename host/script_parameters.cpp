@@ -1,0 +1,84 @@
+// The values of a script: three integers in, three integers out.
+#include <iterator>
+
+#include "host/parameters.h"
+#include "host/plugin_entry.h"
+
+namespace stairmelt {
+
+namespace {
+
+// The key list that the host overwrites as it reads: all five keys and the zero that ends them. The window's position
+// is named too, although the reader doesn't take it.
+struct KeyList {
+    DescriptorKeyID keys[std::size(kParameters) + 1];
+
+    KeyList() {
+        DescriptorKeyID* next = keys;
+        for (const Parameter& parameter : kParameters) *next++ = parameter.key;
+        *next = 0;
+    }
+};
+
+// Takes one key. A key that scripts don't set ends the reading.
+int16_t ReadKey(const ReadDescriptorProcs& procs, PIReadDescriptor token, DescriptorKeyID key) {
+    for (const Parameter& parameter : kParameters) {
+        // The value is kept even if the host reports an error with it.
+        if (parameter.isScripted && parameter.key == key) {
+            return procs.getIntegerProc(token, &(gParameterBlock->*parameter.field));
+        }
+    }
+    return kReadErr;
+}
+
+// The result is that of the closing, which counts for more than what happened on the way.
+int16_t ReadKeys(const ReadDescriptorProcs& procs, PIReadDescriptor token) {
+    DescriptorKeyID key = 0;
+    DescriptorTypeID type = 0;
+    int32_t flags = 0;
+    int16_t error = kNoErr;
+    Boolean isThere = procs.getKeyProc(token, &key, &type, &flags);
+    while (isThere && error == kNoErr) {
+        error = ReadKey(procs, token, key);
+        isThere = procs.getKeyProc(token, &key, &type, &flags);
+    }
+    return procs.closeReadDescriptorProc(token);
+}
+
+}  // namespace
+
+int16_t ReadScriptParameters() {
+    PIDescriptorParameters* const script = gFilterRecord->descriptorParameters;
+    if (script == nullptr) return kNoErr;  // some hosts have no scripting at all
+    const ReadDescriptorProcs* const procs = script->readDescriptorProcs;
+    if (script->descriptor == nullptr || procs == nullptr) return kNoErr;
+
+    int16_t error = kNoErr;
+    KeyList list;
+    const PIReadDescriptor token = procs->openReadDescriptorProc(script->descriptor, list.keys);
+    if (token != nullptr) {
+        error = ReadKeys(*procs, token);
+        if (gFilterRecord->handleProcs != nullptr) gFilterRecord->handleProcs->disposeProc(script->descriptor);
+        script->descriptor = nullptr;
+    }
+    *gShowDialog = script->playInfo == kPlugInDialogDisplay ? 1 : 0;
+    return error;
+}
+
+void WriteScriptParameters() {
+    PIDescriptorParameters* const script = gFilterRecord->descriptorParameters;
+    if (script == nullptr || script->writeDescriptorProcs == nullptr) return;
+    const WriteDescriptorProcs& procs = *script->writeDescriptorProcs;
+    const PIWriteDescriptor token = procs.openWriteDescriptorProc();
+    if (token == nullptr) return;
+
+    for (const Parameter& parameter : kParameters) {
+        if (parameter.isScripted) procs.putIntegerProc(token, parameter.key, gParameterBlock->*parameter.field);
+    }
+    PIDescriptorHandle recorded = nullptr;
+    procs.closeWriteDescriptorProc(token, &recorded);
+    script->recordInfo = kPlugInDialogOptional;
+    script->descriptor = recorded;
+}
+
+}  // namespace stairmelt

@@ -1,0 +1,94 @@
+// What a run makes of the parameter dialog's answer, and what the about selector hands on. The dialogs are scripted.
+#include "host/parameters.h"
+#include "host/plugin_entry.h"
+#include "tests/support/plugin_run.h"
+#include "tests/support/stub_dialogs.h"
+
+namespace stairmelt {
+
+namespace {
+
+class DialogAnswer : public PluginRun {
+protected:
+    DialogAnswer() { gStubDialogs = {}; }
+};
+
+}  // namespace
+
+TEST_F(DialogAnswer, ValuesAreLaidOverEachOther) {
+    host.registry.persistent[PLUGIN_GUID] = {{kThsh, 1}, {kSftn, 2}, {kBias, 3}, {kPdpx, 4}, {kPdpy, 5}};
+    host.script.played = {{kSftn, 20}, {kBias, 30}};
+    host.script.playInfo = kPlugInDialogDisplay;
+    gStubDialogs.whileOpen = [this] {
+        EXPECT_EQ(gParameterBlock->colorThreshold, 1);
+        EXPECT_EQ(gParameterBlock->softness, 20);
+        EXPECT_EQ(gParameterBlock->bias, 30);
+        gParameterBlock->bias = 40;
+        // The input is there for the preview, and nothing else has been asked for.
+        EXPECT_NE(static_cast<void*>(gFilterRecord->inData), nullptr);
+        EXPECT_EQ(host.big.outRect32.right, 0);
+    };
+    EXPECT_EQ(Run(RunKind::kRepeat), kNoErr) << "a script may ask for the dialog without the menu";
+    EXPECT_EQ(gStubDialogs.shown, 1);
+    EXPECT_EQ(host.pixels.advances, 2);
+    EXPECT_TRUE(host.document.result == Smoothed(1, 20, 40));
+    EXPECT_EQ(host.script.recorded, (std::vector<ScriptValue>{{kThsh, 1}, {kSftn, 20}, {kBias, 40}}));
+    EXPECT_EQ(host.script.recordInfo, kPlugInDialogOptional);
+}
+
+TEST_F(DialogAnswer, IsAskedForByTheMenuAndByScripts) {
+    struct Row {
+        const char* name;
+        RunKind kind;
+        std::vector<ScriptValue> script;
+        int16_t playInfo;
+        int shown;
+    };
+    const Row rows[] = {
+        {"menu", RunKind::kFromMenu, {}, kPlugInDialogDontDisplay, 1},
+        {"last filter", RunKind::kRepeat, {}, kPlugInDialogDisplay, 0},
+        {"script, display", RunKind::kFromMenu, {{kThsh, 1}}, kPlugInDialogDisplay, 1},
+        {"script, don't display", RunKind::kFromMenu, {{kThsh, 1}}, kPlugInDialogDontDisplay, 0},
+        {"script, silent", RunKind::kFromMenu, {{kThsh, 1}}, kPlugInDialogSilent, 0},
+    };
+    for (const Row& row : rows) {
+        gStubDialogs = {};
+        host.script.played = row.script;
+        host.script.playInfo = row.playInfo;
+        EXPECT_EQ(Run(row.kind), kNoErr) << row.name;
+        EXPECT_EQ(gStubDialogs.shown, row.shown) << row.name;
+    }
+}
+
+TEST_F(DialogAnswer, CancellingLeavesNoTrace) {
+    gStubDialogs.isAccepted = false;
+    EXPECT_EQ(Run(RunKind::kFromMenu), kUserCanceledErr);
+    EXPECT_TRUE(host.registry.persistent.empty());
+    EXPECT_FALSE(host.script.hasRecorded);
+    EXPECT_EQ(Logged({"progressProc"}), Lines{});
+    EXPECT_EQ(host.big.inRect32.right, 20) << "rectangles stay as requested";
+
+    EXPECT_EQ(Run(RunKind::kRepeat), kUserCanceledErr);
+    EXPECT_EQ(gStubDialogs.shown, 2) << "the flag byte stays set";
+    gStubDialogs.isAccepted = true;
+    EXPECT_EQ(Run(RunKind::kRepeat), kNoErr);
+    EXPECT_EQ(Run(RunKind::kRepeat), kNoErr);
+    EXPECT_EQ(gStubDialogs.shown, 3) << "and is cleared by a run that went on";
+}
+
+TEST_F(DialogAnswer, AboutTakesItsParentFromTheRecord) {
+    host.platform.hwnd = 1234;
+    EXPECT_EQ(Call(kFilterSelectorAbout), kNoErr);
+    EXPECT_EQ(gStubDialogs.aboutParent, 1234);
+    EXPECT_EQ(gSPBasic, &host.suites.basic);
+    host.failures.noPlatformData = true;
+    host.failures.hostSig = 0;
+    host.failures.noBasicSuite = true;
+    EXPECT_EQ(Call(kFilterSelectorAbout), kNoErr);
+    EXPECT_EQ(gStubDialogs.aboutParent, 0);
+    EXPECT_EQ(gSPBasic, nullptr);
+    EXPECT_EQ(gStubDialogs.aboutShown, 2);
+    EXPECT_EQ(Logged({"lockProc", "unlockProc"}), Lines{});
+}
+
+}  // namespace stairmelt

@@ -1,0 +1,213 @@
+// One rendering run: what is asked of the host, what is stored, and what the kernel makes of the image.
+#include "tests/support/plugin_run.h"
+
+namespace stairmelt {
+
+namespace {
+
+class Render : public PluginRun {
+protected:
+    // Up to and with Start, silently.
+    int16_t Start() {
+        host.script.played = {{kThsh, 10}};
+        host.script.playInfo = kPlugInDialogDontDisplay;
+        host.BeginRun();
+        Call(kFilterSelectorParameters);
+        host.log.clear();
+        return Call(kFilterSelectorStart);
+    }
+
+    void SetMode(int16_t imageMode, int16_t planes, int32_t depth) {
+        host.document.imageMode = imageMode;
+        host.document.planes = planes;
+        host.document.depth = depth;
+        host.document.source.clear();
+    }
+};
+
+}  // namespace
+
+TEST_F(Render, EveryFormatGoesThroughItsKernel) {
+    for (const KernelCase& format : kAllKernels) {
+        if (format.channels == 2 && format.extra != 0) continue;  // no mode of the host counts two and one
+        host.document = DocumentOf(format, 37, 23, 5);
+        EXPECT_EQ(RunScript({{kThsh, 12}, {kSftn, 80}, {kBias, 20}}), kNoErr);
+        EXPECT_TRUE(host.document.result == Smoothed(format, 12, 80, 20)) << format.name;
+        EXPECT_FALSE(host.document.result == host.document.source) << format.name;
+        EXPECT_EQ(host.pixels.advances, 1) << format.name;
+    }
+}
+
+TEST_F(Render, ServesImagesByModePlanesAndDepth) {
+    struct Row {
+        int16_t imageMode, planes;
+        int32_t depth;
+        bool isServed;
+    };
+    const Row rows[] = {
+        {kModeRGBColor, 3, 8, true},
+        {kModeRGBColor, 4, 8, true},
+        {kModeRGBColor, 5, 8, false},
+        {kModeRGBColor, 2, 8, false},
+        {kModeRGBColor, 3, 16, true},
+        {kModeRGBColor, 3, 24, false},
+        {kModeRGBColor, 3, 1, false},
+        {kModeGrayScale, 2, 8, true},
+        {kModeGrayScale, 3, 8, false},
+        {kModeCMYKColor, 5, 8, true},
+        {kModeCMYKColor, 3, 8, false},
+        {kModeMultichannel, 4, 8, true},
+        {kModeMultichannel, 5, 8, false},
+        {kModeMultichannel, 0, 8, false},
+        {kModeBitmap, 1, 8, false},
+        {kModeIndexedColor, 3, 8, false},
+        {kModeHSLColor, 3, 8, false},
+        {kModeHSBColor, 3, 8, false},
+        {kModeDuotone, 1, 8, true},
+        {kModeLabColor, 3, 8, true},
+        {kModeGray16, 1, 16, true},
+        {kModeRGB48, 3, 16, true},
+        {kModeLab48, 4, 16, true},
+        {kModeCMYK64, 4, 16, true},
+        {kModeDuotone16, 1, 16, true},
+        {kModeDeepMultichannel, 2, 16, true},
+        {kModeRGB96, 4, 32, true},
+        {kModeGray32, 1, 32, true},
+        {18, 3, 8, true},
+        {-1, 3, 8, true},
+        {-32768, 5, 8, false},
+    };
+    for (const Row& row : rows) {
+        SetMode(row.imageMode, row.planes, row.depth);
+        EXPECT_EQ(RunScript({{kThsh, 10}}), row.isServed ? kNoErr : kFilterBadMode)
+            << "mode " << row.imageMode << " planes " << row.planes << " depth " << row.depth;
+    }
+}
+
+TEST_F(Render, AsksForTheWholeImageAtOnce) {
+    EXPECT_EQ(Start(), kNoErr);
+    EXPECT_EQ(Logged({"advanceState", "progressProc", "abortProc"}), (Lines{"advanceState", "progressProc 1 1"}));
+    const VRect in = host.big.inRect32, out = host.big.outRect32;
+    EXPECT_EQ(in.bottom | in.right | in.top | in.left | out.bottom | out.right | out.top | out.left, 0);
+    EXPECT_EQ(int16_t{host.record.inLoPlane}, 0);
+    EXPECT_EQ(int16_t{host.record.inHiPlane}, 2);
+    EXPECT_EQ(int16_t{host.record.outHiPlane}, 2);
+    EXPECT_EQ(host.pixels.input.rect.right, 20);
+    EXPECT_EQ(host.pixels.output.rect.bottom, 14);
+
+    // Continue empties the output rectangle, and never the input.
+    host.big.inRect32 = {1, 2, 3, 4};
+    host.big.outRect32 = {1, 2, 3, 4};
+    Call(kFilterSelectorContinue);
+    EXPECT_EQ(host.big.inRect32.bottom, 3);
+    EXPECT_EQ(host.big.outRect32.bottom, 0);
+    host.EndRun(true);
+}
+
+TEST_F(Render, OneFormOfCoordinatesIsUsedThroughout) {
+    // The form that isn't in use holds other numbers: a use of it would show.
+    ASSERT_EQ(Start(), kNoErr);
+    EXPECT_EQ(Point{host.record.imageSize}.h, 20);
+    host.EndRun(true);
+
+    host.script.played = {{kThsh, 10}};
+    host.BeginRun();
+    host.record.imageSize = {3, 3};
+    host.record.inRect = {7, 7, 7, 7};
+    host.record.outRect = {8, 8, 8, 8};
+    EXPECT_EQ(Call(kFilterSelectorStart), kNoErr);
+    EXPECT_EQ(Rect{host.record.inRect}.top, 7);
+    EXPECT_EQ(Rect{host.record.outRect}.bottom, 8);
+    host.EndRun(true);
+    EXPECT_TRUE(host.document.result == Smoothed(10, 70, 0));
+
+    host.failures.noBigDocument = true;
+    EXPECT_EQ(RunScript({{kThsh, 10}}), kNoErr);
+    EXPECT_TRUE(host.document.result == Smoothed(10, 70, 0));
+    const Rect out = host.record.outRect;
+    EXPECT_EQ(out.right, 0);
+}
+
+TEST_F(Render, ImagesBeyond16BitsGoThrough) {
+    const KernelCase& gray = kAllKernels[0];
+    for (const auto& [width, height] : {std::pair{40000, 3}, {3, 40000}}) {
+        host.document = DocumentOf(gray, width, height, 9);
+        EXPECT_EQ(RunScript({{kThsh, 10}, {kSftn, 70}, {kBias, 0}}), kNoErr);
+        EXPECT_TRUE(host.document.result == Smoothed(gray, 10, 70, 0)) << width;
+    }
+}
+
+TEST_F(Render, SelectionIsTheHostsBusiness) {
+    host.document.selection = VRect{3, 4, 9, 12};
+    EXPECT_EQ(RunScript({{kThsh, 10}, {kSftn, 70}, {kBias, 0}}), kNoErr);
+    // Inside the selection the result is that of the whole image; the host keeps the rest.
+    const std::vector<uint8_t> whole = Smoothed(10, 70, 0);
+    for (int y = 0; y < 14; ++y) {
+        for (int x = 0; x < 20; ++x) {
+            const bool isInside = x >= 4 && x < 12 && y >= 3 && y < 9;
+            const size_t at = static_cast<size_t>((y * 20 + x) * 3);
+            EXPECT_EQ(host.document.result[at], isInside ? whole[at] : host.document.source[at]) << x << "," << y;
+        }
+    }
+}
+
+TEST_F(Render, FailuresEndWithTheirCode) {
+    host.failures.advanceState = 1;
+    host.failures.advanceStateCode = kUserCanceledErr;
+    EXPECT_EQ(Start(), kUserCanceledErr);
+    EXPECT_EQ(Logged({"progressProc"}), Lines{});
+    EXPECT_EQ(host.big.outRect32.right, 20) << "rectangles stay as requested";
+    host.failures = {};
+    host.EndRun(false);
+
+    for (const int failingLock : {1, 2}) {
+        host.BeginRun();
+        Call(kFilterSelectorParameters);
+        host.failures.lockProc = failingLock;
+        host.log.clear();
+        EXPECT_EQ(Call(kFilterSelectorStart), kMemFullErr);
+        EXPECT_EQ(Logged({"advanceState"}), Lines{});
+        host.failures.lockProc = failingLock;
+        host.script.hasRecorded = false;
+        EXPECT_EQ(Call(kFilterSelectorFinish), kMemFullErr);
+    }
+
+    // A host that brings back the block but not the word, and one that brings back neither.
+    const intptr_t word = host.data;
+    host.data = 0;
+    host.BeginRun();
+    EXPECT_EQ(Call(kFilterSelectorStart), kMemFullErr);
+    host.data = word;
+    const Handle block = host.record.parameters;
+    host.record.parameters = nullptr;
+    host.log.clear();
+    EXPECT_EQ(Call(kFilterSelectorStart), kFilterBadParameters);
+    EXPECT_EQ(Call(kFilterSelectorFinish), kFilterBadParameters);
+    EXPECT_EQ(Logged({"lockProc", "advanceState", "AcquireSuite", "openWrite"}), Lines{});
+    host.record.parameters = block;
+}
+
+TEST_F(Render, FinishRecordsEvenIfOnlyTheFlagByteIsMissing) {
+    ASSERT_EQ(Start(), kNoErr);
+    host.failures.lockProc = 2;
+    EXPECT_EQ(Call(kFilterSelectorFinish), kMemFullErr);
+    EXPECT_EQ(host.registry.persistent[PLUGIN_GUID].size(), 5u);
+    host.EndRun(true);
+    host.script.TakeRecorded();
+    EXPECT_EQ(host.script.recorded.size(), 3u);
+}
+
+TEST_F(Render, AnyScriptValuesInAnyFormatEndTheRun) {
+    SeededRandom random(31);
+    for (const KernelCase& format : kAllKernels) {
+        if (format.channels == 2 && format.extra != 0) continue;
+        for (int round = 0; round < 25; ++round) {
+            host.document = DocumentOf(format, 1 + random.Below(30), 1 + random.Below(30), random.Next());
+            const int32_t threshold = round % 2 == 0 ? random.Below(20) : random.Wild();
+            EXPECT_EQ(RunScript({{kThsh, threshold}, {kSftn, random.Wild()}, {kBias, random.Wild()}}), kNoErr);
+            ASSERT_EQ(host.Faults(), "") << format.name;
+        }
+    }
+}
+
+}  // namespace stairmelt

@@ -1,0 +1,90 @@
+// What the tests of the host boundary share: a host with a small document, run through the plug-in under test.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "hostkit/fake_host.h"
+#include "resources/plugin_ids.h"
+#include "tests/support/plugin_under_test.h"
+#include "tests/support/scenes.h"
+
+namespace stairmelt {
+
+constexpr DescriptorKeyID kThsh = KEY_THRESHOLD, kSftn = KEY_SOFTNESS, kBias = KEY_BIAS, kPdpx = KEY_WINDOW_X,
+                          kPdpy = KEY_WINDOW_Y;
+
+// What is left after runs that began with a script: the script's descriptor was the first handle.
+constexpr char kOwnHandles[] = "handle #2\nhandle #3\n";
+
+using Lines = std::vector<std::string>;
+
+// The document of a format: modes that leave the channel count to the table, or multichannel for two channels.
+inline FakeDocument DocumentOf(const KernelCase& format, int width, int height, uint64_t seed) {
+    FakeDocument document;
+    document.width = width;
+    document.height = height;
+    constexpr int16_t kModes[] = {kModeGrayScale, kModeMultichannel, kModeRGBColor, kModeCMYKColor};
+    document.imageMode = kModes[format.channels - 1];
+    document.planes = static_cast<int16_t>(format.channels + format.extra);
+    document.depth = format.depth;
+    document.hasTransparency = format.extra != 0;
+    SeededRandom random(seed);
+    document.source = Patchwork(format, width, height, random);
+    return document;
+}
+
+class PluginRun : public testing::Test {
+protected:
+    PluginRun() {
+        host.document = DocumentOf(kAllKernels[4], 20, 14, 1);  // 8-bit RGB
+        host.BeginRun();
+    }
+
+    // Nothing may be written out of place, and after a run only the plug-in's two handles may be left, unlocked.
+    void TearDown() override { EXPECT_EQ(host.Faults(), ""); }
+
+    int16_t Call(int16_t selector) { return host.Call(PluginUnderTest(), selector); }
+    int16_t Run(RunKind kind) { return host.RunFilter(PluginUnderTest(), kind); }
+
+    // A silent run from the menu with the given script values.
+    int16_t RunScript(const std::vector<ScriptValue>& values) {
+        host.script.played = values;
+        host.script.playInfo = kPlugInDialogDontDisplay;
+        return Run(RunKind::kFromMenu);
+    }
+
+    // Log lines that begin with one of the words.
+    Lines Logged(const std::vector<std::string>& words) const {
+        Lines lines;
+        for (const std::string& line : host.log) {
+            for (const std::string& word : words) {
+                if (line.compare(0, word.size(), word) == 0) {
+                    lines.push_back(line);
+                    break;
+                }
+            }
+        }
+        return lines;
+    }
+
+    // The document's pixels as the kernel makes them with these values.
+    std::vector<uint8_t> Smoothed(const KernelCase& format, int32_t threshold, int32_t softness, int32_t bias) const {
+        std::vector<uint8_t> source = host.document.source, result = host.document.source;
+        const int32_t width = host.document.width, height = host.document.height;
+        const int32_t stride = width * format.PixelBytes();
+        const ImageView from = {width, height, source.data(), stride}, to = {width, height, result.data(), stride};
+        EXPECT_EQ(format.kernel({threshold, softness, bias, nullptr, format.Key(), &from, &to, 0, 0, 0, 0}), 0);
+        return result;
+    }
+    std::vector<uint8_t> Smoothed(int32_t threshold, int32_t softness, int32_t bias) const {
+        return Smoothed(kAllKernels[4], threshold, softness, bias);
+    }
+
+    FakeHost host;
+};
+
+}  // namespace stairmelt

@@ -27,7 +27,7 @@ double Brightness(Scene scene, int32_t x, int32_t y, std::mt19937& random) {
     switch (scene) {
         case Scene::kFlat: return 0.5;
         case Scene::kDrawn: return ((x * 3 + y) / 37 & 7) == 0 || ((x - y * 2) / 53 & 15) == 0 ? 0.0 : 1.0;
-        case Scene::kNoisy: return random() % 256 / 255.0;
+        case Scene::kNoisy: return static_cast<int>(random() % 256) / 255.0;
     }
     return 0;
 }

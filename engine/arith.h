@@ -28,8 +28,10 @@ constexpr int32_t QuotientOrZero(int32_t a, int32_t b) {
 }
 
 // Truncates toward zero. A value that doesn't fit, NaN too, gives the lowest integer, as the x86-64 conversion does.
-constexpr int32_t TruncateToInt(float value) {
-    if (value >= -2147483648.0f && value < 2147483648.0f) return static_cast<int32_t>(value);
+template <class Float>
+constexpr int32_t TruncateToInt(Float value) {
+    constexpr Float kLimit = static_cast<Float>(2147483648.0);
+    if (value >= -kLimit && value < kLimit) return static_cast<int32_t>(value);
     return INT32_MIN;
 }
 

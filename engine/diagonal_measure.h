@@ -36,8 +36,8 @@ constexpr Diagonal kTreadDiagonals[4] = {
 };
 
 // True where a straight piece two pixels long stands at the pixel, whose R (for a riser) or D (for a tread) is set.
-inline bool IsStraightRiser(const FlagCursor& at) { return All(at, R(0, 1), Not(D(0, 0)), Not(D(1, 0))); }
-inline bool IsStraightTread(const FlagCursor& at) { return All(at, D(-1, 0), Not(R(-1, 0)), Not(R(-1, 1))); }
+inline bool IsStraightRiser(const FlagCursor& at) { return All<R(0, 1), Not(D(0, 0)), Not(D(1, 0))>(at); }
+inline bool IsStraightTread(const FlagCursor& at) { return All<D(-1, 0), Not(R(-1, 0)), Not(R(-1, 1))>(at); }
 
 // Steps of the diagonal; below 2 there is nothing to fade.
 inline int32_t MeasureDiagonal(const FlagCursor& at, const Diagonal& diagonal) {

@@ -39,14 +39,14 @@ inline bool Holds(const FlagCursor& at, FlagTest test) {
     return ((at.CellAt(test.dx, test.dy) & test.flag) != 0) == test.wanted;
 }
 
-template <class... Tests>
-bool All(const FlagCursor& at, Tests... tests) {
-    return (Holds(at, tests) && ...);
+template <FlagTest... kTests>
+bool All(const FlagCursor& at) {
+    return (Holds(at, kTests) && ...);
 }
 
-template <class... Tests>
-bool Any(const FlagCursor& at, Tests... tests) {
-    return (Holds(at, tests) || ...);
+template <FlagTest... kTests>
+bool Any(const FlagCursor& at) {
+    return (Holds(at, kTests) || ...);
 }
 
 }  // namespace stairmelt

@@ -31,14 +31,14 @@ template <class Format>
 void RestoreAfterRight(const ImageView& source, const ImageView& destination, int32_t x, int32_t y,
                        const EdgeMap& map) {
     const FlagCursor at(map, x, y);
-    if (All(at, D(0, -1), Not(X(0, 0)), D(-1, -1), Not(R(-1, 0)), D(-1, 0), R(-2, 0), D(-2, -1), R(-2, -1),
-            Not(X(-2, -1)), D(-2, -2))) {
+    if (All<D(0, -1), Not(X(0, 0)), D(-1, -1), Not(R(-1, 0)), D(-1, 0), R(-2, 0), D(-2, -1), R(-2, -1), Not(X(-2, -1)),
+            D(-2, -2)>(at)) {
         RestoreHalf<Format>(source, destination, x - 1, y);
-    } else if (All(at, R(-1, 0), D(0, -1), R(0, -1), Not(A(0, -1)), D(1, -1), R(1, -1), R(0, -2), Not(D(1, -2)),
-                   R(1, -3), Not(A(1, -3)))) {
+    } else if (All<R(-1, 0), D(0, -1), R(0, -1), Not(A(0, -1)), D(1, -1), R(1, -1), R(0, -2), Not(D(1, -2)), R(1, -3),
+                   Not(A(1, -3))>(at)) {
         RestoreHalf<Format>(source, destination, x + 1, y - 1);
-    } else if (All(at, R(-1, 0), D(0, -1), R(-1, -1), Not(X(-1, -1)), D(-1, -1), R(-2, -1), R(-1, -2), Not(D(-1, -2)),
-                   D(-1, -3), Not(X(-2, -3)))) {
+    } else if (All<R(-1, 0), D(0, -1), R(-1, -1), Not(X(-1, -1)), D(-1, -1), R(-2, -1), R(-1, -2), Not(D(-1, -2)),
+                   D(-1, -3), Not(X(-2, -3))>(at)) {
         RestoreHalf<Format>(source, destination, x - 1, y - 1);
     }
 }
@@ -47,14 +47,14 @@ void RestoreAfterRight(const ImageView& source, const ImageView& destination, in
 template <class Format>
 void RestoreAfterDown(const ImageView& source, const ImageView& destination, int32_t x, int32_t y, const EdgeMap& map) {
     const FlagCursor at(map, x, y);
-    if (All(at, D(0, -1), Not(A(0, -1)), R(0, -1), D(1, -1), D(1, -2), D(-1, -1), R(-2, 0), Not(R(-1, 0)),
-            Not(A(-2, 0)))) {
+    if (All<D(0, -1), Not(A(0, -1)), R(0, -1), D(1, -1), D(1, -2), D(-1, -1), R(-2, 0), Not(R(-1, 0)), Not(A(-2, 0))>(
+            at)) {
         RestoreHalf<Format>(source, destination, x, y);
-    } else if (All(at, R(-1, 0), D(0, -1), Not(X(-1, -1)), D(-1, -1), R(-1, -1), D(-1, -2), D(-2, -1), R(-3, -1),
-                   Not(R(-2, -1)), Not(X(-3, -2)))) {
+    } else if (All<R(-1, 0), D(0, -1), Not(X(-1, -1)), D(-1, -1), R(-1, -1), D(-1, -2), D(-2, -1), R(-3, -1),
+                   Not(R(-2, -1)), Not(X(-3, -2))>(at)) {
         RestoreHalf<Format>(source, destination, x - 1, y - 1);
-    } else if (All(at, R(-1, 0), R(-1, -1), Not(D(0, -1)), R(0, -1), D(0, -2), R(-1, -2), D(-1, -2), Not(X(-1, -2)),
-                   R(-2, -2), Not(X(0, 0)))) {
+    } else if (All<R(-1, 0), R(-1, -1), Not(D(0, -1)), R(0, -1), D(0, -2), R(-1, -2), D(-1, -2), Not(X(-1, -2)),
+                   R(-2, -2), Not(X(0, 0))>(at)) {
         RestoreHalf<Format>(source, destination, x, y - 1);
     }
 }
@@ -64,11 +64,11 @@ template <class Format>
 void RestoreAfterCorner(const ImageView& source, const ImageView& destination, int32_t x, int32_t y,
                         const EdgeMap& map) {
     const FlagCursor at(map, x, y);
-    if (All(at, R(0, -1), D(0, -1), D(1, -1), D(1, -2), R(2, -1), D(2, -1), Not(R(1, -1)), Not(A(2, -2)),
-            Not(A(0, -1)))) {
+    if (All<R(0, -1), D(0, -1), D(1, -1), D(1, -2), R(2, -1), D(2, -1), Not(R(1, -1)), Not(A(2, -2)), Not(A(0, -1))>(
+            at)) {
         RestoreHalf<Format>(source, destination, x + 1, y - 1);
-    } else if (All(at, R(0, -1), R(0, -2), R(-1, -1), D(0, -2), D(1, -2), R(1, -2), Not(D(0, -1)), Not(A(0, -2)),
-                   Not(A(-1, 0)))) {
+    } else if (All<R(0, -1), R(0, -2), R(-1, -1), D(0, -2), D(1, -2), R(1, -2), Not(D(0, -1)), Not(A(0, -2)),
+                   Not(A(-1, 0))>(at)) {
         RestoreHalf<Format>(source, destination, x, y - 1);
     }
 }

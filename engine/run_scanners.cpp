@@ -95,11 +95,11 @@ constexpr TailRule kTailDown = VerticalTail(1, {D(0, -1), R(-1, 0), R(0, 0), A(-
 
 template <TailRule kRule>
 int32_t MeasureTail(const FlagCursor& step) {
-    if (Any(step, kRule.clear[0], kRule.clear[1], kRule.clear[2], kRule.clear[3], kRule.clear[4])) return 0;
+    if (Any<kRule.clear[0], kRule.clear[1], kRule.clear[2], kRule.clear[3], kRule.clear[4]>(step)) return 0;
     FlagCursor c = step;
     c.Move(kRule.dx, kRule.dy);
     int32_t n = 0;
-    while (All(c, Not(kRule.end), Not(kRule.nearBreak), kRule.nearSide, Not(kRule.farBreak), kRule.farSide)) {
+    while (All<Not(kRule.end), Not(kRule.nearBreak), kRule.nearSide, Not(kRule.farBreak), kRule.farSide>(c)) {
         ++n;
         c.Move(kRule.dx, kRule.dy);
     }
@@ -128,8 +128,8 @@ int32_t MeasureTailDown(int32_t x, int32_t y, const EdgeMap& map) {
 bool IsIsolatedBlock(int32_t cx, int32_t cy, const EdgeMap& map) {
     // The left side first: at the border a cell beyond the first guard row is reached only after a test that has
     // failed.
-    return All(FlagCursor(map, cx, cy), R(-1, 0), R(-1, 1), R(1, 0), R(1, 1), D(0, -1), D(0, 1), D(1, -1), D(1, 1),
-               Not(R(0, 0)), Not(R(0, 1)), Not(D(0, 0)), Not(D(1, 0)));
+    return All<R(-1, 0), R(-1, 1), R(1, 0), R(1, 1), D(0, -1), D(0, 1), D(1, -1), D(1, 1), Not(R(0, 0)), Not(R(0, 1)),
+               Not(D(0, 0)), Not(D(1, 0))>(FlagCursor(map, cx, cy));
 }
 
 bool CornerTest(BlockSide side, int32_t x, int32_t y, int32_t width, int32_t height, const EdgeMap& map) {

@@ -100,7 +100,7 @@ struct StairScan {
     // cut the step.
     void BlendContact(int32_t x, int32_t y, bool leftDone, bool rightDone) {
         const FlagCursor at(map, x, y);
-        if (Any(at, A(0, 0), A(0, -1)) && Any(at, X(0, 0), X(0, -1))) return;
+        if (Any<A(0, 0), A(0, -1)>(at) && Any<X(0, 0), X(0, -1)>(at)) return;
         if (!rightDone) Blend(x + 1, y, x, y, weights.cornerWeight);
         if (!leftDone) Blend(x, y, x + 1, y, weights.cornerWeight);
     }
@@ -142,14 +142,14 @@ struct StairScan {
         int dy = 0;
         if (visit.hasRight) {
             if (x < destination.width - 3 && y > 2 &&
-                All(at, Not(X(0, -2)), D(1, -2), D(2, -2), R(0, -1), Not(D(1, -1)), Not(R(1, -1)))) {
+                All<Not(X(0, -2)), D(1, -2), D(2, -2), R(0, -1), Not(D(1, -1)), Not(R(1, -1))>(at)) {
                 dx = 1;
                 dy = -1;
-            } else if (!All(at, D(-1, -1), D(0, -1), Not(A(0, -1)), Not(R(-1, 0)), Not(D(0, 0)), R(0, 1)) &&
-                       !All(at, R(0, -1), Not(D(0, -1)), Not(R(-1, 0)), D(-1, 0), D(0, 0), Not(X(0, 0)))) {
+            } else if (!All<D(-1, -1), D(0, -1), Not(A(0, -1)), Not(R(-1, 0)), Not(D(0, 0)), R(0, 1)>(at) &&
+                       !All<R(0, -1), Not(D(0, -1)), Not(R(-1, 0)), D(-1, 0), D(0, 0), Not(X(0, 0))>(at)) {
                 return;
             }
-        } else if (!All(at, R(-1, -1), Not(D(0, -1)), R(-1, 0), Not(A(-1, 0)), D(1, 0))) {
+        } else if (!All<R(-1, -1), Not(D(0, -1)), R(-1, 0), Not(A(-1, 0)), D(1, 0)>(at)) {
             return;
         }
         // Column 0 stays as it is, whichever pattern stands there.
@@ -160,21 +160,21 @@ struct StairScan {
     void BlendOneSixth(int32_t x, int32_t y, const VisitState& visit) {
         const FlagCursor at(map, x, y);
         if (visit.hasRight) {
-            if (All(at, D(0, -1), D(1, -1), Not(R(0, -1)))) {
+            if (All<D(0, -1), D(1, -1), Not(R(0, -1))>(at)) {
                 if (!Holds(at, X(-1, -1))) Blend(x, y - 1, x, y, Format::kOneSixth);
                 if (!Holds(at, A(1, -1))) Blend(x + 1, y - 1, x + 1, y, Format::kOneSixth);
             }
-            if (All(at, D(0, 0), D(1, 0), Not(R(0, 1)))) {
+            if (All<D(0, 0), D(1, 0), Not(R(0, 1))>(at)) {
                 if (!Holds(at, A(-1, 0))) Blend(x, y + 1, x, y, Format::kOneSixth);
                 if (!Holds(at, X(1, 0))) Blend(x + 1, y + 1, x + 1, y, Format::kOneSixth);
             }
         }
         if (visit.hasDown) {
-            if (All(at, R(-1, 0), R(-1, 1), Not(D(-1, 0)))) {
+            if (All<R(-1, 0), R(-1, 1), Not(D(-1, 0))>(at)) {
                 if (!Holds(at, X(-1, -1))) Blend(x - 1, y, x, y, Format::kOneSixth);
                 if (!Holds(at, A(-1, 1))) Blend(x - 1, y + 1, x, y + 1, Format::kOneSixth);
             }
-            if (All(at, R(0, 0), R(0, 1), Not(D(1, 0)))) {
+            if (All<R(0, 0), R(0, 1), Not(D(1, 0))>(at)) {
                 if (!Holds(at, A(0, -1))) Blend(x + 1, y, x, y, Format::kOneSixth);
                 if (!Holds(at, X(0, 1))) Blend(x + 1, y + 1, x, y + 1, Format::kOneSixth);
             }

@@ -1,0 +1,48 @@
+#include "tools/arguments.h"
+
+#include <gtest/gtest.h>
+
+#include "tools/file_bytes.h"
+
+namespace stairmelt {
+namespace {
+
+TEST(Arguments, OptionsStandAnywhereAndTheLastOneCounts) {
+    const Arguments arguments = ParseArguments({"--bias", "-5", "a.png", "--threshold", "2147483647", "--dialog",
+                                                "b.tif", "--bias", "7", "--plugin", "x y.8bf", "--settings", "s"});
+    EXPECT_EQ(arguments.in, "a.png");
+    EXPECT_EQ(arguments.out, "b.tif");
+    EXPECT_EQ(arguments.bias, 7);
+    EXPECT_EQ(arguments.threshold, 2147483647);
+    EXPECT_FALSE(arguments.softness.has_value());
+    EXPECT_TRUE(arguments.dialog);
+    EXPECT_EQ(arguments.plugin, "x y.8bf");
+    EXPECT_EQ(arguments.settings, "s");
+}
+
+TEST(Arguments, NamesLikeOptionsFollowTwoDashesAndNamesAreUtf8) {
+    const Arguments arguments = ParseArguments({"--", "--bias", "\xC3\xA9\xE2\x82\xAC.png"});
+    EXPECT_EQ(arguments.in, "--bias");
+    EXPECT_EQ(PathText(arguments.out), "\xC3\xA9\xE2\x82\xAC.png");
+}
+
+TEST(Arguments, RefusesWhatItDoesNotUnderstand) {
+    const std::vector<std::string> cases[] = {
+        {},
+        {"a"},
+        {"a", "b", "c"},
+        {"a", "b", "--bias"},
+        {"a", "b", "--bias", ""},
+        {"a", "b", "--bias", "1.5"},
+        {"a", "b", "--bias", "2147483648"},
+        {"a", "b", "--bias", "7x"},
+        {"a", "b", "--sharpness", "1"},
+        {"a", "b", "-t"},
+    };
+    for (const std::vector<std::string>& words : cases) {
+        EXPECT_THROW(ParseArguments(words), UsageError) << testing::PrintToString(words);
+    }
+}
+
+}  // namespace
+}  // namespace stairmelt

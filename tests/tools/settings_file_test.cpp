@@ -1,0 +1,53 @@
+#include "tools/settings_file.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "tools/file_bytes.h"
+#include "tools/tool_error.h"
+
+namespace stairmelt {
+namespace {
+
+const Settings kSome = {{"b5db97bc-0172", {{0x54687368, 10}, {0x42696173, -2147483647 - 1}}},
+                        {"another plug-in", {{0, 1}, {0x5B3D5D0A, 2147483647}}}};
+
+TEST(SettingsFile, WhatIsWrittenIsReadBack) {
+    EXPECT_EQ(ParseSettings(FormatSettings(kSome)), kSome);
+    EXPECT_NE(FormatSettings(kSome).find("\nThsh=10\n"), std::string::npos);
+}
+
+TEST(SettingsFile, SoundLinesCountAmongDamagedOnes) {
+    const std::string text =
+        "Bias=1\n[unfinished\nBias=2\n[good]\r\nThsh=12\r\nSftn=\nBias=3x\nPDPX=99999999999\nab=4\n=\n\xFF\xFE=1\n"
+        "[bad\x01name]\nBias=5\n[]\nBias=6\n[good]\nBias=-7";
+    const Settings expected = {{"good", {{0x54687368, 12}, {0x42696173, -7}}}};
+    EXPECT_EQ(ParseSettings(text), expected);
+    EXPECT_EQ(ParseSettings(std::string(3, '\0')), Settings{});
+}
+
+TEST(SettingsFile, NamesThatWouldBreakTheFileAreLeftOut) {
+    const Settings bad = {{"", {{1, 1}}}, {"two\nlines", {{1, 1}}}};
+    EXPECT_EQ(FormatSettings(bad), "");
+}
+
+TEST(SettingsFile, StoringReplacesTheFileOrLeavesItAlone) {
+    const std::filesystem::path directory = std::filesystem::path(testing::TempDir()) / "stairmelt settings";
+    std::filesystem::remove_all(directory);
+    std::filesystem::create_directory(directory);
+    const std::filesystem::path path = directory / PathFromText("\xC3\xA9.settings");
+    EXPECT_EQ(LoadSettings(path), Settings{});
+    StoreSettings(path, kSome);
+    StoreSettings(path, kSome);
+    EXPECT_EQ(LoadSettings(path), kSome);
+    EXPECT_THROW(StoreSettings(directory / "missing" / "file", kSome), ToolError);
+    EXPECT_THROW(StoreSettings(directory, kSome), ToolError);
+    EXPECT_THROW(LoadSettings(directory), ToolError);
+    // Nothing else has been left behind.
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(directory), {}), 1);
+    std::filesystem::remove_all(directory);
+}
+
+}  // namespace
+}  // namespace stairmelt

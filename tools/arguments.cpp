@@ -1,0 +1,60 @@
+#include "tools/arguments.h"
+
+#include <charconv>
+
+#include "tools/file_bytes.h"
+
+namespace stairmelt {
+namespace {
+
+int32_t ParseNumber(const std::string& option, const std::string& word) {
+    int32_t value = 0;
+    const char* end = word.data() + word.size();
+    const auto [stopped, error] = std::from_chars(word.data(), end, value);
+    if (error != std::errc() || stopped != end)
+        throw UsageError(option + " needs a whole number of 32 bits, not " + word);
+    return value;
+}
+
+}  // namespace
+
+Arguments ParseArguments(const std::vector<std::string>& words) {
+    Arguments arguments;
+    std::vector<std::string> files;
+    bool optionsEnded = false;
+    for (size_t i = 0; i < words.size(); ++i) {
+        const std::string& word = words[i];
+        const auto next = [&]() -> const std::string& {
+            if (i + 1 == words.size()) throw UsageError(word + " needs a value");
+            return words[++i];
+        };
+        if (optionsEnded || !word.starts_with("-")) {
+            files.push_back(word);
+        } else if (word == "--") {
+            optionsEnded = true;
+        } else if (word == "--plugin") {
+            arguments.plugin = PathFromText(next());
+        } else if (word == "--settings") {
+            arguments.settings = PathFromText(next());
+        } else if (word == "--threshold") {
+            arguments.threshold = ParseNumber(word, next());
+        } else if (word == "--softness") {
+            arguments.softness = ParseNumber(word, next());
+        } else if (word == "--bias") {
+            arguments.bias = ParseNumber(word, next());
+        } else if (word == "--dialog") {
+            arguments.dialog = true;
+        } else if (word == "--help" || word == "-h") {
+            arguments.help = true;
+        } else {
+            throw UsageError("there is no option " + word);
+        }
+    }
+    if (arguments.help) return arguments;
+    if (files.size() != 2) throw UsageError("an input and an output file are needed");
+    arguments.in = PathFromText(files[0]);
+    arguments.out = PathFromText(files[1]);
+    return arguments;
+}
+
+}  // namespace stairmelt

@@ -1,0 +1,69 @@
+# What ./smooth and ./check share: packages, Wine's surroundings and quiet commands. Sourced by bash, with $root set to the
+# repository's directory and `set -eu` in force.
+
+say() { echo "$(basename "$0"): $*" >&2; }
+
+# Started through sudo in somebody's own clone, build and pictures should stay theirs: only the packages need root.
+stay_with_owner() {
+    if [ "$(id -u)" = 0 ] && [ -n "${SUDO_UID:-}" ] && [ "$SUDO_UID" != 0 ] &&
+        [ "$(stat -c %u "$root")" = "$SUDO_UID" ]; then
+        exec sudo --user "#$SUDO_UID" --set-home -- "$@"
+    fi
+}
+
+# quietly LOG COMMAND...: the command's output goes to the log and is shown only when it fails.
+quietly() {
+    local log=$1
+    shift
+    "$@" >"$log" 2>&1 && return
+    cat "$log" >&2
+    return 1
+}
+
+as_root() {
+    if [ "$(id -u)" = 0 ]; then
+        "$@"
+    elif command -v sudo >/dev/null; then
+        sudo --preserve-env=DEBIAN_FRONTEND "$@"
+    else
+        say "this needs root, and there is no sudo: $*"
+        return 1
+    fi
+}
+
+# install_missing PACKAGE...: installs those of the packages that aren't there.
+install_missing() {
+    local missing=() package log
+    for package in "$@"; do
+        dpkg-query --show --showformat '${db:Status-Status}' "$package" 2>/dev/null | grep -qx installed ||
+            missing+=("$package")
+    done
+    [ ${#missing[@]} = 0 ] && return
+    say "installing from Debian: ${missing[*]}"
+    export DEBIAN_FRONTEND=noninteractive
+    log=$(mktemp)
+    local install=(apt-get --yes --no-install-recommends install "${missing[@]}")
+    # The lists of packages are missing or out of date on a fresh machine; elsewhere fetching them can be spared.
+    if ! as_root "${install[@]}" >"$log" 2>&1; then
+        say "fetching Debian's package lists"
+        quietly "$log" as_root apt-get update || return 1
+        quietly "$log" as_root "${install[@]}" || return 1
+    fi
+    rm -f "$log"
+}
+
+# A prefix of the project's own (Wine refuses one that belongs to another user), without questions, pop-ups or chatter, and
+# with file names in UTF-8 whatever the locale.
+prepare_wine() {
+    export WINEPREFIX=$root/build/wineprefix-$(id -u)
+    export WINEDEBUG=-all
+    export WINEDLLOVERRIDES="mscoree,mshtml=;winemenubuilder.exe=d"
+    export LC_ALL=C.UTF-8
+    if [ ! -e "$WINEPREFIX/system.reg" ]; then
+        say "preparing Wine in $WINEPREFIX"
+        mkdir -p "$WINEPREFIX"
+        quietly "$root/build/wine.log" wineboot --init </dev/null
+        # Until it has written the prefix to disk, it isn't all there.
+        wineserver --wait
+    fi
+}

@@ -1,0 +1,29 @@
+// One run of a filter on a picture, in an imitation of the host.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "host/filter_api.h"
+#include "tools/picture.h"
+#include "tools/settings_file.h"
+
+namespace stairmelt {
+
+struct FilterRequest {
+    std::optional<int32_t> threshold, softness, bias;  // go in as a script's values
+    bool dialog = false;                               // without it no dialog is shown, whatever else is given
+};
+
+struct FilterReport {
+    std::optional<int32_t> threshold, softness, bias;  // as the filter recorded them
+    size_t changedPixels = 0;
+    double seconds = 0;  // in the filter, the user's time in the dialog included
+    std::string faults;  // lines about rules of the host that the filter broke; empty as a rule
+};
+
+// Filters the picture in place. The settings are what the host keeps for plug-ins; the filter reads and changes them.
+// Throws ToolError, with picture and settings as they were, when the filter refuses.
+FilterReport RunFilterOn(PluginMainProc pluginMain, const FilterRequest& request, Picture& picture, Settings& settings);
+
+}  // namespace stairmelt

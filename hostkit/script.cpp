@@ -155,7 +155,7 @@ FakeScript::FakeScript() {
 
 void FakeScript::BeginRun() {
     const Failures& failures = CurrentHost().failures;
-    handedOver_ = played.empty() ? nullptr : HandleOf(played);
+    handedOver_ = played.empty() && !playsWithoutValues ? nullptr : HandleOf(played);
     parameters = {};
     parameters.playInfo = playInfo;
     parameters.recordInfo = -1;  // none of the values, so that a filter that doesn't write it shows

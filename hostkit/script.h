@@ -40,7 +40,8 @@ struct FakeScript {
     std::deque<HostWriteDescriptor> writeTokens;
 
     // Set by the user of the host, and put before the filter when each run begins.
-    std::vector<ScriptValue> played;  // empty: no descriptor
+    std::vector<ScriptValue> played;  // empty: no descriptor, but for
+    bool playsWithoutValues = false;  // a script that sets none
     int16_t playInfo = kPlugInDialogDisplay;
 
     // What the last finished run recorded.

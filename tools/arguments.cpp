@@ -44,6 +44,8 @@ Arguments ParseArguments(const std::vector<std::string>& words) {
             arguments.bias = ParseNumber(word, next());
         } else if (word == "--dialog") {
             arguments.dialog = true;
+        } else if (word == "--about") {
+            arguments.about = true;
         } else if (word == "--help" || word == "-h") {
             arguments.help = true;
         } else {
@@ -51,6 +53,8 @@ Arguments ParseArguments(const std::vector<std::string>& words) {
         }
     }
     if (arguments.help) return arguments;
+    if (arguments.about && !files.empty()) throw UsageError("the about box takes no files");
+    if (arguments.about) return arguments;
     if (files.size() != 2) throw UsageError("an input and an output file are needed");
     arguments.in = PathFromText(files[0]);
     arguments.out = PathFromText(files[1]);

@@ -12,7 +12,8 @@
 namespace stairmelt {
 
 inline constexpr char kUsage[] =
-    "usage: runfilter [--plugin FILE] [--threshold N] [--softness N] [--bias N] [--dialog] [--settings FILE] IN OUT";
+    "usage: runfilter [--plugin FILE] [--threshold N] [--softness N] [--bias N] [--dialog] [--settings FILE] IN OUT\n"
+    "       runfilter [--plugin FILE] --about";
 
 // A command line that isn't understood; the usage line follows it.
 struct UsageError : ToolError {
@@ -25,13 +26,13 @@ struct Arguments {
     // Any 32-bit value goes through to the plug-in; what isn't given comes from the settings.
     std::optional<int32_t> threshold, softness, bias;
     bool dialog = false;
-    bool help = false;  // nothing else counts then
+    bool about = false;  // only the about box, without files
+    bool help = false;   // nothing else counts then
     std::filesystem::path in, out;
 };
 
 // Takes the words behind the program's name, in UTF-8. Options stand anywhere, the last of several equal ones counts,
-// and
-// "--" ends them. Throws UsageError.
+// and "--" ends them. Throws UsageError.
 Arguments ParseArguments(const std::vector<std::string>& words);
 
 }  // namespace stairmelt

@@ -3,7 +3,6 @@
 #include <chrono>
 #include <string>
 
-#include "hostkit/fake_host.h"
 #include "resources/plugin_ids.h"
 #include "tools/host_samples.h"
 #include "tools/result_words.h"
@@ -45,17 +44,6 @@ std::vector<ScriptValue> ValuesToPlay(const FilterRequest& request) {
     return values;
 }
 
-PluginMainProc gPluginMain = nullptr;
-
-// A filter that meets no script thinks that the user has chosen it from the menu, and shows its dialog. A script
-// without values keeps it silent.
-void PlayAtLeastNothing(int16_t selector, void* record, intptr_t* data, int16_t* result) {
-    FakeHost& host = CurrentHost();
-    PIDescriptorParameters& script = host.script.parameters;
-    if (selector == kFilterSelectorPrepare && !script.descriptor) script.descriptor = host.handles.Make(nullptr, 0);
-    gPluginMain(selector, record, data, result);
-}
-
 std::optional<int32_t> Recorded(const FakeScript& script, DescriptorKeyID key) {
     for (const ScriptValue& value : script.recorded) {
         if (value.key == key) return value.value;
@@ -65,18 +53,17 @@ std::optional<int32_t> Recorded(const FakeScript& script, DescriptorKeyID key) {
 
 }  // namespace
 
-FilterReport RunFilterOn(PluginMainProc pluginMain, const FilterRequest& request, Picture& picture,
+FilterReport RunFilterOn(FakeHost& host, PluginMainProc pluginMain, const FilterRequest& request, Picture& picture,
                          Settings& settings) {
-    FakeHost host;
     OpenDocument(picture, host.document);
     host.registry.persistent = settings;
     host.script.played = ValuesToPlay(request);
+    // A filter that meets no script thinks that the user has chosen it from the menu, and shows its dialog.
+    host.script.playsWithoutValues = !request.dialog;
     host.script.playInfo = request.dialog ? kPlugInDialogDisplay : kPlugInDialogDontDisplay;
 
-    gPluginMain = pluginMain;
     const auto start = std::chrono::steady_clock::now();
-    const int16_t result = request.dialog ? host.RunFilter(pluginMain, RunKind::kFromMenu)
-                                          : host.RunFilter(PlayAtLeastNothing, RunKind::kRepeat);
+    const int16_t result = host.RunFilter(pluginMain, request.dialog ? RunKind::kFromMenu : RunKind::kRepeat);
     const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
     if (result != kNoErr) throw ToolError(ResultWords(result));
 

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "host/filter_api.h"
+#include "hostkit/fake_host.h"
 #include "tools/picture.h"
 #include "tools/settings_file.h"
 
@@ -22,8 +22,10 @@ struct FilterReport {
     std::string faults;  // lines about rules of the host that the filter broke; empty as a rule
 };
 
-// Filters the picture in place. The settings are what the host keeps for plug-ins; the filter reads and changes them.
-// Throws ToolError, with picture and settings as they were, when the filter refuses.
-FilterReport RunFilterOn(PluginMainProc pluginMain, const FilterRequest& request, Picture& picture, Settings& settings);
+// Filters the picture in place, in a host of its own, which has to outlive the filter's library: that may hold the
+// host's services until it is unloaded. The settings are what the host keeps for plug-ins; the filter reads and changes
+// them. Throws ToolError, with picture and settings as they were, when the filter refuses.
+FilterReport RunFilterOn(FakeHost& host, PluginMainProc pluginMain, const FilterRequest& request, Picture& picture,
+                         Settings& settings);
 
 }  // namespace stairmelt

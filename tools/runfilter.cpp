@@ -73,8 +73,17 @@ void PrintReport(const FilterReport& report) {
     std::printf("%zu pixels changed in %.3f seconds\n", report.changedPixels, report.seconds);
 }
 
+void ShowAbout(const fs::path& pluginPath) {
+    FakeHost host;
+    With(pluginPath, [&] {
+        const PluginLibrary plugin(pluginPath);
+        host.RunFilter(plugin.entry(), RunKind::kAbout);
+    });
+}
+
 void Run(const Arguments& arguments) {
     const fs::path pluginPath = arguments.plugin.value_or(BesideProgram("stairmelt.8bf"));
+    if (arguments.about) return ShowAbout(pluginPath);
     const fs::path settingsPath = arguments.settings.value_or(BesideProgram("runfilter.settings"));
     const FileKind kind = With(arguments.out, [&] { return KindToWrite(arguments.out); });
     Picture picture = With(arguments.in, [&] { return ReadPicture(arguments.in); });
@@ -84,9 +93,10 @@ void Run(const Arguments& arguments) {
     Settings settings = before;
 
     const FilterRequest request = {arguments.threshold, arguments.softness, arguments.bias, arguments.dialog};
+    FakeHost host;
     const FilterReport report = With(pluginPath, [&] {
         const PluginLibrary plugin(pluginPath);
-        return RunFilterOn(plugin.entry(), request, picture, settings);
+        return RunFilterOn(host, plugin.entry(), request, picture, settings);
     });
     if (!report.faults.empty()) {
         std::fprintf(stderr, "runfilter: the plug-in breaks the host's rules:\n%s", report.faults.c_str());

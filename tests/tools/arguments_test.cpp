@@ -26,6 +26,11 @@ TEST(Arguments, NamesLikeOptionsFollowTwoDashesAndNamesAreUtf8) {
     EXPECT_EQ(PathText(arguments.out), "\xC3\xA9\xE2\x82\xAC.png");
 }
 
+TEST(Arguments, AboutTakesNoFiles) {
+    EXPECT_TRUE(ParseArguments({"--about", "--plugin", "p.8bf"}).about);
+    EXPECT_FALSE(ParseArguments({"a", "b"}).about);
+}
+
 TEST(Arguments, RefusesWhatItDoesNotUnderstand) {
     const std::vector<std::string> cases[] = {
         {},
@@ -38,6 +43,7 @@ TEST(Arguments, RefusesWhatItDoesNotUnderstand) {
         {"a", "b", "--bias", "7x"},
         {"a", "b", "--sharpness", "1"},
         {"a", "b", "-t"},
+        {"a", "b", "--about"},
     };
     for (const std::vector<std::string>& words : cases) {
         EXPECT_THROW(ParseArguments(words), UsageError) << testing::PrintToString(words);

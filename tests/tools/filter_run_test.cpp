@@ -71,10 +71,11 @@ Picture SixteenBitPicture() {
 }
 
 TEST(FilterRun, SilentRunsAlwaysPlayAScript) {
+    FakeHost host;
     gSeen = {};
     Picture picture = SixteenBitPicture();
     Settings settings;
-    const FilterReport report = RunFilterOn(PluginMain, {}, picture, settings);
+    const FilterReport report = RunFilterOn(host, PluginMain, {}, picture, settings);
     EXPECT_EQ(report.faults, "");
     EXPECT_EQ(gSeen.selectors,
               (std::vector<int16_t>{kFilterSelectorPrepare, kFilterSelectorStart, kFilterSelectorFinish}));
@@ -92,19 +93,21 @@ TEST(FilterRun, SilentRunsAlwaysPlayAScript) {
 }
 
 TEST(FilterRun, ValuesGoInAsAScriptAndTheDialogIsAskedFor) {
+    FakeHost host;
     gSeen = {};
     Picture picture = SixteenBitPicture();
     Settings settings;
     FilterRequest request;
     request.threshold = -77;
     request.dialog = true;
-    RunFilterOn(PluginMain, request, picture, settings);
+    RunFilterOn(host, PluginMain, request, picture, settings);
     EXPECT_EQ(gSeen.selectors[0], kFilterSelectorParameters);
     EXPECT_EQ(gSeen.playInfo, kPlugInDialogDisplay);
     EXPECT_EQ(gSeen.threshold, -77);
 }
 
 TEST(FilterRun, ARefusalIsToldInWordsAndChangesNothing) {
+    FakeHost host;
     Picture picture = SixteenBitPicture();
     const Bytes before = picture.samples;
     Settings settings = {{"name", {{1, 2}}}};
@@ -115,7 +118,7 @@ TEST(FilterRun, ARefusalIsToldInWordsAndChangesNothing) {
         gSeen = {};
         gSeen.answer = answer;
         try {
-            RunFilterOn(PluginMain, {}, picture, settings);
+            RunFilterOn(host, PluginMain, {}, picture, settings);
             ADD_FAILURE() << "no refusal of " << answer;
         } catch (const ToolError& error) {
             EXPECT_NE(std::string(error.what()).find(words), std::string::npos) << error.what();
@@ -126,7 +129,7 @@ TEST(FilterRun, ARefusalIsToldInWordsAndChangesNothing) {
 
     picture.colors = 4;
     picture.depth = 32;
-    EXPECT_THROW(RunFilterOn(PluginMain, {}, picture, settings), ToolError);
+    EXPECT_THROW(RunFilterOn(host, PluginMain, {}, picture, settings), ToolError);
 }
 
 }  // namespace

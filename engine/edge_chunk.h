@@ -125,7 +125,7 @@ struct EdgeChunk {
 };
 
 // Takes from a group of four cells the diagonals that the packed step doesn't test: those of the first three cells
-// where no R or D is set in the same cell, the one before it or the next.
+// where no R or D is set in any cell of the group up to the next one.
 inline void DropUntestedDiagonals(uint8_t* cells) {
     constexpr uint8_t kEdges = kFlagR | kFlagD;
     constexpr uint8_t kDiagonals = kFlagX | kFlagA;

@@ -1,5 +1,6 @@
 #include "engine/edge_map.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 namespace stairmelt {
@@ -15,9 +16,9 @@ bool EdgeMap::Allocate(int32_t width, int32_t height) {
     const int64_t rowCells = width + kLeftGuard + kRightGuard;
     const int64_t rowWords = (rowCells + 3) / 4;
     const int64_t rowCount = static_cast<int64_t>(height) + 2;
-    if (rowWords > INT32_MAX / 4) return false;
-    const int64_t wordCount = rowWords * rowCount;  // below 2^61, as either factor is below 2^32
-    if (wordCount < 0) return false;
+    if (rowWords < 0 || rowWords > INT32_MAX / 4 || rowCount < 0) return false;
+    const int64_t wordCount = rowWords * std::max<int64_t>(rowCount, 2);  // below 2^61, as either factor is below 2^32
+    static_assert(sizeof(size_t) == sizeof wordCount);
 
     // calloc hands out zeroed pages as they are touched, so that flat parts of an image cost no memory traffic.
     memory = std::calloc(static_cast<size_t>(wordCount), 4);

@@ -36,7 +36,7 @@ typename Format::Weight DeriveNeighbourWeight(int32_t softness) {
     }
 }
 
-// Constant from the softness at which the ramps of an even stair just meet, and falling to zero below it.
+// Constant from the softness at which the ramps between two runs of one length just meet, and falling to zero below it.
 template <class Format>
 typename Format::Weight DeriveCornerWeight(int32_t softness) {
     constexpr int32_t kFullFrom = 70;
@@ -50,7 +50,7 @@ typename Format::Weight DeriveCornerWeight(int32_t softness) {
 }
 
 // A kernel. kBuild is the form of the edge builder: BuildEdgeMapPlain gives the same result, slowly.
-template <class Format, auto kBuild = BuildEdgeMap<Format>>
+template <class Format, void (*kBuild)(const ImageView&, EdgeThreshold<Format>, EdgeMap&) = BuildEdgeMap<Format>>
 int32_t SmoothKernel(const KernelJob& job) {
     const ImageView& source = *job.source;
     const ImageView& destination = *job.destination;

@@ -24,7 +24,7 @@ struct BlendRamp {
     int32_t bias;  // 0: no curve
 };
 
-// The fall per pixel of a ramp that spends kRampBudget over `length` pixels at 100 percent. A script's softness can
+// The fall per pixel of a ramp that spends kHalf over `length` pixels at 100 percent. A script's softness can
 // wrap the divisor to 0 or make it negative: an integer step of 0 leaves the walk to the image's bounds, and a
 // floating-point one is what IEEE division gives.
 template <class Weights>

@@ -347,6 +347,10 @@ struct AboutRecord {
 #pragma pack(pop)
 
 #pragma pack(push, 4)
+#if defined(_MSC_VER)
+#pragma warning(push)
+#pragma warning(disable : 4121)  // members whose places depend on the packing: that is the point
+#endif
 
 // The 32-bit form of the record's coordinates, for images beyond 32767 pixels. The host fills both forms and trusts
 // the one that the plug-in turned on.
@@ -485,6 +489,9 @@ struct FilterRecord {
     uint8_t reserved[46];  // zeros; the record has grown out of this tail over the years
 };
 
+#if defined(_MSC_VER)
+#pragma warning(pop)
+#endif
 #pragma pack(pop)
 
 // `record` is an AboutRecord for kFilterSelectorAbout and a FilterRecord otherwise. The host keeps the word at `data`

@@ -84,7 +84,6 @@ void PluginMain(int16_t selector, void* record, intptr_t* data, int16_t* result)
     gDataHandle = data;
     gResult = result;
     gFilterRecord = static_cast<FilterRecord*>(record);
-    if (record == nullptr) return;
     if (selector == kFilterSelectorAbout) return DoAbout();
 
     gSPBasic = gFilterRecord->sSPBasic;

@@ -25,8 +25,8 @@ namespace stairmelt {
 
 struct ParameterBlock;
 
-// Set by every call. During the about selector the record is an AboutRecord. None of the host's pointers is null but
-// where the record's own fields are said to be.
+// Set by every call. During the about selector the record is an AboutRecord. A host always passes the three pointers;
+// what hangs from the record may be null where filter_api.h says so.
 extern FilterRecord* gFilterRecord;
 extern intptr_t* gDataHandle;   // the word holds the flag byte's handle, or 0
 extern int16_t* gResult;        // never set to 0 at entry: the host does that

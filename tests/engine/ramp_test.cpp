@@ -31,7 +31,7 @@ TEST(Ramp, FallsToZeroAcrossItsRun) {
         {"stair, softness 100, one pixel", StairRamp<Int>(100, 1, 0), {24576, 8193, 0}},
         {"the same, narrowed by bias 50", StairRamp<Int>(100, 1, 50), {19200, 4352, 0}},
         {"the same, widened by bias -50", StairRamp<Int>(100, 1, -50), {28415, 13569, 0}},
-        {"even stair at softness 70", StairRamp<Int>(50, 1, 0), {16383}},
+        {"softness 50, one pixel: spent on it", StairRamp<Int>(50, 1, 0), {16383}},
         {"softness 0 counts as 1", StairRamp<Int>(0, 1, 0), {327}},
         {"tail over two pixels", TailRamp<Int>(70, 2, 0), {49932, 18726, 156}},
         {"tail spent at once: the square wraps", TailRamp<Int>(10, 1, 0), {0}},

@@ -143,8 +143,8 @@ TEST(StepShape, SoftnessFollowsTheNextStep) {
     };
     const Case cases[] = {
         {"at the border", 70, 3, 0, 70},
-        {"even stair", 70, 1, 1, 50},
-        {"even stair, full softness", 100, 1, 1, 71},
+        {"runs of one length", 70, 1, 1, 50},
+        {"the same, full softness", 100, 1, 1, 71},
         {"edge turning: twice as long as the next", 70, 4, 2, 75},
         {"next step longer", 70, 2, 3, 25},
         {"next step more than twice as long: truncates toward zero", 70, 2, 5, -25},

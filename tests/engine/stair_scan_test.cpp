@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/checksum.h"
 #include "tests/support/flag_text.h"
 #include "tests/support/guarded_image.h"
+#include "tests/support/seeded_random.h"
 
 namespace stairmelt {
 
@@ -75,6 +77,36 @@ TEST(StairScan, DecidesByFlagsAlone) {
         {"a run of 1 to the left, and 1 back", {".2......", "..1....."}, {"2,1 124", "3,1 190"}},
     };
     for (const Case& c : cases) EXPECT_EQ(ScanFlags(c.flags), c.changes) << c.name;
+}
+
+// Flags that no picture would give reach every condition of every pattern: a wrong offset or a missing test anywhere in
+// the scan changes some pixel of some map.
+TEST(StairScan, RandomFlagsGiveThePinnedResult) {
+    SeededRandom random(41);
+    std::vector<uint8_t> results;
+    for (int round = 0; round < 2000; ++round) {
+        const int width = 8 + random.Below(16), height = 8 + random.Below(16);
+        const int density = 1 + random.Below(5);  // eighths
+        EdgeMap map;
+        map.Allocate(width, height);
+        std::vector<uint8_t> pixels;
+        for (int y = 0; y < height; ++y) {
+            for (int x = 0; x < width; ++x) {
+                int cell = 0;
+                for (int flag = 1; flag < 16; flag *= 2) cell |= random.Below(8) < density ? flag : 0;
+                if (x == width - 1) cell &= kFlagD;
+                if (y == height - 1) cell &= kFlagR;
+                *map.CellAt(x, y) = static_cast<uint8_t>(cell);
+                pixels.push_back(static_cast<uint8_t>(random.Below(256)));
+            }
+        }
+        GuardedImage source(width, height, 1, 0, pixels), destination(width, height, 1, 0, pixels);
+        const KernelJob job = {10, random.Below(101), 0, nullptr, 0, &source.view, &destination.view, 0, 0, 0, 0};
+        StairScan<Gray8>{job, source.view, destination.view, map, {0, 11468, 6553}}.Run();
+        const std::vector<uint8_t> result = destination.Pixels();
+        results.insert(results.end(), result.begin(), result.end());
+    }
+    EXPECT_EQ(Checksum(results), 3684746868388553095u);
 }
 
 TEST(DiagonalFades, BlendAcrossTheStair) {

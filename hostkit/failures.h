@@ -41,6 +41,7 @@ struct Failures {
 
     // Suites, by name; they are refused at any version.
     std::set<std::string> refusedSuites;
+    std::set<std::string> emptySuites;  // acquiring succeeds, with null for the table; nothing is held then
     Countdown registryGet = 0;
     Countdown registryRegister = 0;
     Countdown makeDescriptor = 0;
@@ -52,6 +53,9 @@ struct Failures {
     OSErr displayPixelsCode = kMemFullErr;
 
     // What the records lack. Looked at when a run begins, and for the about box.
+    bool noHandleProcs = false;
+    bool noProgressProc = false;
+    bool noAdvanceState = false;
     bool noDescriptorParameters = false;
     bool noReadProcs = false;
     bool noWriteProcs = false;

@@ -47,6 +47,49 @@ void CheckRecord(const GuardedRecord& guarded, const FilterRecord& before, int16
     }
 }
 
+// Memory that the plug-in can reach and has to leave alone, besides the fields of the record.
+struct Region {
+    const char* name;  // for texts
+    const void* begin;
+    size_t size;  // bytes
+    std::vector<uint8_t> before = {};
+};
+
+template <class Field>
+Region RegionOf(const char* name, const Field& field) {
+    return {name, &field, sizeof(field)};
+}
+
+// Copies of all of it.
+std::vector<Region> SaveRegions(const FakeHost& host) {
+    std::vector<Region> regions = {
+        RegionOf("imageSize32", host.big.imageSize32),
+        RegionOf("filterRect32", host.big.filterRect32),
+        RegionOf("floatCoord32", host.big.floatCoord32),
+        RegionOf("wholeSize32", host.big.wholeSize32),
+        RegionOf("the platform data", host.platform),
+        RegionOf("the handle routines", host.handles.procs),
+        RegionOf("the buffer routines", host.buffers.procs),
+        RegionOf("the read routines", host.script.readProcs),
+        RegionOf("the write routines", host.script.writeProcs),
+        RegionOf("the basic suite", host.suites.basic),
+        RegionOf("the registry suite", host.registry.registryProcs),
+        RegionOf("the descriptor suite", host.registry.descriptorProcs),
+        RegionOf("the UI hooks suite", host.ui.hooks),
+    };
+    for (Region& region : regions) {
+        const auto* bytes = static_cast<const uint8_t*>(region.begin);
+        region.before.assign(bytes, bytes + region.size);
+    }
+    return regions;
+}
+
+void CheckRegions(const std::vector<Region>& regions, int16_t selector) {
+    for (const Region& region : regions)
+        if (std::memcmp(region.begin, region.before.data(), region.size) != 0)
+            ReportFault("selector " + std::to_string(selector) + " changed " + region.name);
+}
+
 void HostPrivate(int16_t selector, intptr_t*) { LogCall("hostProc " + std::to_string(selector)); }
 
 void AppendHeld(std::string& text, const BlockStore& store) {
@@ -101,12 +144,12 @@ void FakeHost::BeginRun() {
     record.plugInRef = this;
 
     record.abortProc = TestAbort;
-    record.progressProc = ShowProgress;
+    record.progressProc = failures.noProgressProc ? nullptr : ShowProgress;
     record.hostProc = HostPrivate;
     record.processEvent = ProcessEvent;
-    record.advanceState = AdvanceState;
+    record.advanceState = failures.noAdvanceState ? nullptr : AdvanceState;
     record.displayPixels = failures.noDisplayPixels ? nullptr : DisplayPixels;
-    record.handleProcs = &handles.procs;
+    record.handleProcs = failures.noHandleProcs ? nullptr : &handles.procs;
     record.bufferProcs = failures.noBufferProcs ? nullptr : &buffers.procs;
     record.platformData = failures.noPlatformData ? nullptr : &platform;
     record.sSPBasic = failures.noBasicSuite ? nullptr : &suites.basic;
@@ -121,6 +164,9 @@ int16_t FakeHost::Call(PluginMainProc pluginMain, int16_t selector) {
     int16_t result = failures.resultStaysForFinish && selector == kFilterSelectorFinish ? lastResult : kNoErr;
     FilterRecord before;
     std::memcpy(&before, &record, sizeof(before));
+    const std::vector<Region> regions = SaveRegions(*this);
+    pixels.hasAdvanceFailed = false;
+    runningResult = &result;
     if (selector == kFilterSelectorAbout) {
         about = {};
         about.platformData = failures.noPlatformData ? nullptr : &platform;
@@ -130,7 +176,9 @@ int16_t FakeHost::Call(PluginMainProc pluginMain, int16_t selector) {
     } else {
         pluginMain(selector, &record, &data, &result);
     }
+    runningResult = nullptr;
     CheckRecord(guarded, before, selector);
+    CheckRegions(regions, selector);
     lastResult = result;
     return result;
 }

@@ -15,6 +15,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -72,14 +73,18 @@ struct FakeHost {
     AboutRecord about{};
     intptr_t data = 0;
     Str255 errorString{};
-    int16_t lastResult = 0;  // of the last selector
+    int16_t lastResult = 0;                  // of the last selector
+    const int16_t* runningResult = nullptr;  // what the running selector has stored so far; null between selectors
+
+    // Where set, what the plug-in's advances do in place of pixels.Deliver(), which it may call.
+    std::function<OSErr()> onAdvance;
 
     // Makes the record anew for the document: filled with a pattern, zeroed and set, with nothing asked for. The
     // document's result becomes a copy of its source, which is brought to the size that the document's fields say.
     void BeginRun();
 
     // Sends one selector and returns its result. kFilterSelectorAbout comes with the about record. A change of a record
-    // field that this host doesn't honour is a fault.
+    // field that this host doesn't honour, of the host's own 32-bit coordinates or of a table of routines is a fault.
     int16_t Call(PluginMainProc pluginMain, int16_t selector);
 
     // Takes the pixel buffers back. Only with `isGood` is the output committed; otherwise the document's result is the

@@ -138,6 +138,11 @@ void CheckInput(const FakeDocument& document, const Delivery& input) {
     if (!isIntact) ReportFault("write into the input buffer");
 }
 
+OSErr Advance(FakeHost& host) {
+    if (Fires(host.failures.advanceState)) return host.failures.advanceStateCode;
+    return host.onAdvance ? host.onAdvance() : host.pixels.Deliver();
+}
+
 }  // namespace
 
 bool FakePixels::IsAnythingAsked() const {
@@ -223,9 +228,10 @@ void FakePixels::Check() const {
 OSErr AdvanceState() {
     FakeHost& host = CurrentHost();
     LogCall("advanceState");
-    if (Fires(host.failures.advanceState)) return host.failures.advanceStateCode;
-    const OSErr result = host.pixels.Deliver();
+    if (host.pixels.hasAdvanceFailed) ReportFault("advanceState again, after it failed in this selector");
+    const OSErr result = Advance(host);
     if (result == kNoErr) ++host.pixels.advances;
+    host.pixels.hasAdvanceFailed = result != kNoErr;
     return result;
 }
 

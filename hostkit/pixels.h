@@ -26,8 +26,9 @@ struct FakePixels {
     Delivery input{"input"};
     Delivery output{"output"};
     Delivery mask{"mask"};
-    int advances = 0;    // successful calls of advanceState by the filter
-    int deliveries = 0;  // those and the host's own; varies the padding
+    int advances = 0;               // successful calls of advanceState by the filter
+    int deliveries = 0;             // those and the host's own; varies the padding
+    bool hasAdvanceFailed = false;  // in the selector that runs; a further call of advanceState is a fault then
 
     // Commits the output, then delivers what the record asks for. kFilterBadParameters for a request outside the
     // image, kMemFullErr where there is no room; then the filter has no buffers at all.

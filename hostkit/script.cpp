@@ -4,6 +4,7 @@
 #include <cstring>
 #include <new>
 #include <string>
+#include <utility>
 
 #include "hostkit/call_log.h"
 #include "hostkit/fake_host.h"
@@ -50,7 +51,10 @@ void NoteResult(HostReadDescriptor& token, OSErr result) {
 PIReadDescriptor OpenRead(PIDescriptorHandle descriptor, DescriptorKeyID* keys) {
     FakeHost& host = CurrentHost();
     LogCall("openReadDescriptorProc " + host.handles.blocks.NameOf(descriptor));
-    if (Fires(host.failures.openRead)) return nullptr;
+    if (Fires(host.failures.openRead)) {
+        host.script.isUnreadable = true;
+        return nullptr;
+    }
     const MovableBlock* block = host.handles.blocks.Find(descriptor, "openReadDescriptorProc");
     if (!block) return nullptr;
     return &host.script.readTokens.emplace_back(HostReadDescriptor{ValuesOf(*block), keys});
@@ -131,6 +135,12 @@ OSErr CloseWrite(PIWriteDescriptor token, PIDescriptorHandle* descriptor) {
     }
 }
 
+// What a run left to the host. A null handle is nothing; one that is disposed of already is a fault.
+void DisposeOf(Handle handle) {
+    BlockStore& blocks = CurrentHost().handles.blocks;
+    if (MovableBlock* block = blocks.Find(handle, "taking the record")) blocks.Dispose(*block);
+}
+
 void UnknownReadRoutine() { ReportFault("a read routine that this host doesn't have"); }
 void UnknownWriteRoutine() { ReportFault("a write routine that this host doesn't have"); }
 
@@ -155,6 +165,8 @@ FakeScript::FakeScript() {
 
 void FakeScript::BeginRun() {
     const Failures& failures = CurrentHost().failures;
+    DisposeOf(parameters.descriptor);
+    isUnreadable = failures.noReadProcs || failures.noDescriptorParameters;
     handedOver_ = played.empty() && !playsWithoutValues ? nullptr : HandleOf(played);
     parameters = {};
     parameters.playInfo = playInfo;
@@ -168,19 +180,18 @@ void FakeScript::BeginRun() {
 
 void FakeScript::TakeRecorded() {
     recordInfo = parameters.recordInfo;
-    const Handle left = parameters.descriptor;
-    parameters.descriptor = nullptr;
-    if (!left) return;
-    BlockStore& blocks = CurrentHost().handles.blocks;
-    MovableBlock* block = blocks.Find(left, "taking the record");
-    if (!block) return;
-    if (left == handedOver_) {
-        ReportFault("the filter left the played descriptor in its place");
-    } else {
-        hasRecorded = true;
-        recorded = ValuesOf(*block);
+    const Handle left = std::exchange(parameters.descriptor, nullptr);
+    const Handle own = std::exchange(handedOver_, nullptr);
+    // Values that could be read are the plug-in's to dispose of.
+    if (left && left == own && !isUnreadable) ReportFault("the filter left the played descriptor in its place");
+    if (left != own) {
+        if (const MovableBlock* block = CurrentHost().handles.blocks.Find(left, "taking the record")) {
+            hasRecorded = true;
+            recorded = ValuesOf(*block);
+        }
+        DisposeOf(left);
     }
-    blocks.Dispose(*block);
+    if (left == own || isUnreadable) DisposeOf(own);
 }
 
 int FakeScript::CountOpenTokens() const {

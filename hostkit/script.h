@@ -49,7 +49,11 @@ struct FakeScript {
     std::vector<ScriptValue> recorded;
     int16_t recordInfo = 0;
 
+    // The plug-in was given no way to read the played values in this run. Their handle then stays the host's.
+    bool isUnreadable = false;
+
     // Fills `parameters` for a run: the played values go into a new handle, which from then on is the plug-in's.
+    // Disposes of what a run that wasn't finished left there.
     void BeginRun();
 
     // Takes what the plug-in left in the descriptor field and disposes of the handle.

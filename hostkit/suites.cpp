@@ -31,6 +31,10 @@ SPErr AcquireSuite(const char* name, int32_t version, const void** suite) {
     LogCall(std::string("AcquireSuite ") + name + " " + std::to_string(version));
     const void* found = FindSuite(name, version);
     if (!found) return kSPSuiteNotFound;
+    if (CurrentHost().failures.emptySuites.contains(name)) {
+        *suite = nullptr;
+        return kSPNoError;
+    }
     *suite = found;
     ++CurrentHost().suites.held[name];
     return kSPNoError;

@@ -43,6 +43,7 @@ TEST_F(DialogAnswer, IsAskedForByTheMenuAndByScripts) {
         std::vector<ScriptValue> script;
         int16_t playInfo;
         int shown;
+        bool isRefused = false;  // the script can't be opened
     };
     const Row rows[] = {
         {"menu", RunKind::kFromMenu, {}, kPlugInDialogDontDisplay, 1},
@@ -50,11 +51,14 @@ TEST_F(DialogAnswer, IsAskedForByTheMenuAndByScripts) {
         {"script, display", RunKind::kFromMenu, {{kThsh, 1}}, kPlugInDialogDisplay, 1},
         {"script, don't display", RunKind::kFromMenu, {{kThsh, 1}}, kPlugInDialogDontDisplay, 0},
         {"script, silent", RunKind::kFromMenu, {{kThsh, 1}}, kPlugInDialogSilent, 0},
+        {"refused script, display", RunKind::kRepeat, {{kThsh, 1}}, kPlugInDialogDisplay, 1, true},
+        {"refused script, don't display", RunKind::kFromMenu, {{kThsh, 1}}, kPlugInDialogDontDisplay, 0, true},
     };
     for (const Row& row : rows) {
         gStubDialogs = {};
         host.script.played = row.script;
         host.script.playInfo = row.playInfo;
+        host.failures.openRead = row.isRefused ? kEveryCall : 0;
         EXPECT_EQ(Run(row.kind), kNoErr) << row.name;
         EXPECT_EQ(gStubDialogs.shown, row.shown) << row.name;
     }
@@ -76,13 +80,22 @@ TEST_F(DialogAnswer, CancellingLeavesNoTrace) {
     EXPECT_EQ(gStubDialogs.shown, 3) << "and is cleared by a run that went on";
 }
 
+TEST_F(DialogAnswer, WithoutItsInputTheDialogDoesNotOpen) {
+    host.failures.advanceState = 1;
+    host.failures.advanceStateCode = kMemFullErr;
+    EXPECT_EQ(Run(RunKind::kFromMenu), kMemFullErr);
+    EXPECT_EQ(gStubDialogs.shown, 0);
+    EXPECT_EQ(host.big.outRect32.right, 0);
+    EXPECT_EQ(Run(RunKind::kRepeat), kNoErr);
+    EXPECT_EQ(gStubDialogs.shown, 1) << "the flag byte stayed set";
+}
+
 TEST_F(DialogAnswer, AboutTakesItsParentFromTheRecord) {
     host.platform.hwnd = 1234;
     EXPECT_EQ(Call(kFilterSelectorAbout), kNoErr);
     EXPECT_EQ(gStubDialogs.aboutParent, 1234);
     EXPECT_EQ(gSPBasic, &host.suites.basic);
     host.failures.noPlatformData = true;
-    host.failures.hostSig = 0;
     host.failures.noBasicSuite = true;
     EXPECT_EQ(Call(kFilterSelectorAbout), kNoErr);
     EXPECT_EQ(gStubDialogs.aboutParent, 0);

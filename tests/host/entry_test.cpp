@@ -66,6 +66,34 @@ TEST_F(Entry, HandlesThatAreNotThereAreNotUnlocked) {
     EXPECT_EQ(Logged(kLocks), Lines{});
 }
 
+TEST_F(Entry, WithoutHandleRoutinesNothingIsMadeOrLocked) {
+    struct Row {
+        int16_t selector, withoutHandles, withHandles;  // results
+    };
+    const Row rows[] = {
+        {kFilterSelectorParameters, kMemFullErr, kMemFullErr},      {kFilterSelectorPrepare, kMemFullErr, kNoErr},
+        {kFilterSelectorStart, kFilterBadParameters, kMemFullErr},  {kFilterSelectorContinue, kNoErr, kNoErr},
+        {kFilterSelectorFinish, kFilterBadParameters, kMemFullErr},
+    };
+    for (const bool hasHandles : {false, true}) {
+        host.failures.noHandleProcs = !hasHandles;
+        host.BeginRun();
+        if (hasHandles) Call(kFilterSelectorParameters);
+        host.failures.noHandleProcs = true;
+        host.BeginRun();
+        for (const Row& row : rows)
+            EXPECT_EQ(Call(row.selector), hasHandles ? row.withHandles : row.withoutHandles) << row.selector;
+        EXPECT_EQ(Logged({"advanceState", "AcquireSuite", "openWrite"}), Lines{});
+    }
+}
+
+TEST_F(Entry, FinishKeepsTheCodeThatIsThere) {
+    EXPECT_EQ(RunScript({{kThsh, 10}}), kNoErr);
+    host.failures.resultStaysForFinish = true;
+    host.lastResult = kReadErr;
+    EXPECT_EQ(Call(kFilterSelectorFinish), kReadErr);
+}
+
 TEST_F(Entry, OtherHostsAreTurnedAway) {
     Call(kFilterSelectorParameters);
     host.failures.hostSig = FourCharCode("MIB8");

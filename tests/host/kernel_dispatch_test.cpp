@@ -12,7 +12,7 @@ namespace stairmelt {
 
 namespace {
 
-// Runs a key, or with null the kernel itself, on a picture of the format.
+// Runs a kernel, or DispatchKernel, on a picture of the format.
 std::vector<uint8_t> RunKey(const KernelCase& format, Kernel kernel, int32_t* result) {
     SeededRandom random(3);
     const std::vector<uint8_t> pixels = Patchwork(format, 24, 16, random);

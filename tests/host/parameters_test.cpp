@@ -21,6 +21,14 @@ protected:
     void SetBlock(const Values& values) { std::memcpy(*Handle{host.record.parameters}, values.data(), sizeof values); }
     int FlagByte() const { return **reinterpret_cast<Handle>(host.data); }
 
+    // From now on notes what stands in the result when the host is asked to advance.
+    void WatchResult() {
+        host.onAdvance = [this] {
+            resultAtAdvance = *host.runningResult;
+            return host.pixels.Deliver();
+        };
+    }
+
     void Store(const StoredValues& values) { host.registry.persistent[PLUGIN_GUID] = values; }
     StoredValues Stored() { return host.registry.persistent[PLUGIN_GUID]; }
 
@@ -29,6 +37,8 @@ protected:
         EXPECT_EQ(RunScript(script), kNoErr);
         return Block();
     }
+
+    int16_t resultAtAdvance = 1;
 };
 
 constexpr Values kDefaults = {10, 70, 0, -1, -1};
@@ -102,8 +112,8 @@ TEST_F(Parameters, StoreIsReadUpToTheFirstMissingKey) {
     for (const Row& row : rows) {
         host.registry.persistent.clear();
         if (!row.stored.empty()) Store(row.stored);
-        // An empty script: a key that changes nothing would hide what was stored.
-        host.script.played = {{kThsh, row.wanted[0]}};
+        // The script keeps the dialog away and leaves alone what was stored.
+        host.script.playsWithoutValues = true;
         host.script.playInfo = kPlugInDialogDontDisplay;
         EXPECT_EQ(Run(RunKind::kFromMenu), kNoErr);
         EXPECT_EQ(Block(), row.wanted) << row.name;
@@ -116,22 +126,28 @@ TEST_F(Parameters, StoreFailuresLeaveTheRunAlone) {
         void (*fail)(Failures& failures);
         Values wanted;  // in the block
         bool isStored;  // the new values reached the store
+        size_t counts;  // calls of GetCount, in Start and Finish
     };
+    constexpr Values unread = {50, 70, 0, -1, -1}, read = {50, 2, 3, 4, 5};
     const Row rows[] = {
-        {"no suites", [](Failures& f) { f.noBasicSuite = true; }, {50, 70, 0, -1, -1}, false},
-        {"no registry", [](Failures& f) { f.refusedSuites = {kDescriptorRegistrySuite}; }, {50, 70, 0, -1, -1}, false},
-        {"no descriptors", [](Failures& f) { f.refusedSuites = {kActionDescriptorSuite}; }, {50, 70, 0, -1, -1}, false},
-        {"Get fails", [](Failures& f) { f.registryGet = kEveryCall; }, {50, 70, 0, -1, -1}, true},
-        {"GetInteger fails", [](Failures& f) { f.getIntegerKey = kBias; }, {50, 2, 0, -1, -1}, true},
-        {"Make fails", [](Failures& f) { f.makeDescriptor = kEveryCall; }, {50, 2, 3, 4, 5}, false},
-        {"Register fails", [](Failures& f) { f.registryRegister = kEveryCall; }, {50, 2, 3, 4, 5}, false},
+        {"no suites", [](Failures& f) { f.noBasicSuite = true; }, unread, false, 0},
+        {"no registry", [](Failures& f) { f.refusedSuites = {kDescriptorRegistrySuite}; }, unread, false, 0},
+        {"no descriptors", [](Failures& f) { f.refusedSuites = {kActionDescriptorSuite}; }, unread, false, 0},
+        {"registry without table", [](Failures& f) { f.emptySuites = {kDescriptorRegistrySuite}; }, unread, false, 0},
+        {"descriptors without table", [](Failures& f) { f.emptySuites = {kActionDescriptorSuite}; }, unread, false, 0},
+        {"Get fails", [](Failures& f) { f.registryGet = kEveryCall; }, unread, true, 2},
+        {"GetInteger fails", [](Failures& f) { f.getIntegerKey = kBias; }, {50, 2, 0, -1, -1}, true, 3},
+        {"Make fails", [](Failures& f) { f.makeDescriptor = kEveryCall; }, read, false, 1},
+        {"Register fails", [](Failures& f) { f.registryRegister = kEveryCall; }, read, false, 2},
     };
     for (const Row& row : rows) {
         Store(kStored);
         host.failures = {};
         row.fail(host.failures);
+        host.log.clear();
         EXPECT_EQ(BlockAfter({{kThsh, 50}}), row.wanted) << row.name;
         EXPECT_EQ(Stored() != kStored, row.isStored) << row.name;
+        EXPECT_EQ(Logged({"GetCount"}).size(), row.counts) << row.name;
         EXPECT_EQ(host.StillHeld(), kOwnHandles) << row.name;
     }
 
@@ -174,18 +190,23 @@ TEST_F(Parameters, ScriptsSetThreeKeys) {
         const char* name;
         std::vector<ScriptValue> script;
         Values wanted;
+        size_t keyCalls;  // the key after a bad one is still taken, for nothing
     };
     const Row rows[] = {
-        {"all, in another order", {{kBias, 33}, {kThsh, 11}, {kSftn, 22}}, {11, 22, 33, 4, 5}},
-        {"bias alone", {{kBias, 33}}, {1, 2, 33, 4, 5}},
-        {"position first: stops the reading", {{kPdpx, 99}, {kThsh, 11}}, {1, 2, 3, 4, 5}},
-        {"position last", {{kThsh, 11}, {kPdpy, 99}}, {11, 2, 3, 4, 5}},
-        {"unknown key in between", {{kThsh, 11}, {FourCharCode("Abcd"), 7}, {kSftn, 22}}, {11, 2, 3, 4, 5}},
-        {"any number", {{kThsh, INT32_MIN}, {kSftn, INT32_MAX}}, {INT32_MIN, INT32_MAX, 3, 4, 5}},
+        {"all, in another order", {{kBias, 33}, {kThsh, 11}, {kSftn, 22}}, {11, 22, 33, 4, 5}, 4},
+        {"bias alone", {{kBias, 33}}, {1, 2, 33, 4, 5}, 2},
+        {"position first: stops the reading", {{kPdpx, 99}, {kThsh, 11}, {kSftn, 22}}, {1, 2, 3, 4, 5}, 2},
+        {"position last", {{kThsh, 11}, {kPdpy, 99}}, {11, 2, 3, 4, 5}, 3},
+        {"unknown key in between", {{kThsh, 11}, {FourCharCode("Abcd"), 7}, {kSftn, 22}}, {11, 2, 3, 4, 5}, 3},
+        {"any number", {{kThsh, INT32_MIN}, {kSftn, INT32_MAX}}, {INT32_MIN, INT32_MAX, 3, 4, 5}, 3},
     };
+    WatchResult();
     for (const Row& row : rows) {
         Store(kStored);
+        host.log.clear();
         EXPECT_EQ(BlockAfter(row.script), row.wanted) << row.name;
+        EXPECT_EQ(Logged({"getKeyProc"}).size(), row.keyCalls) << row.name;
+        EXPECT_EQ(resultAtAdvance, kNoErr) << row.name << ": closing went well";
         EXPECT_EQ(FlagByte(), 0) << row.name;
         EXPECT_EQ(host.script.CountOpenTokens(), 0) << row.name;
     }
@@ -196,19 +217,29 @@ TEST_F(Parameters, ScriptFailuresAreForgottenByTheAdvance) {
         const char* name;
         void (*fail)(Failures& failures);
         Values wanted;
+        int16_t resultAtAdvance;
     };
     const Row rows[] = {
-        {"closing fails", [](Failures& f) { f.closeReadCode = kErrMissingParameter; }, {11, 22, 3, 4, 5}},
+        {"closing fails", [](Failures& f) { f.closeReadCode = kErrMissingParameter; }, {11, 22, 3, 4, 5}, kReadErr},
         {"a value comes with an error: kept, and the last",
          [](Failures& f) {
              f.getInteger = 1;
              f.getIntegerCode = kParamErr;
          },
-         {11, 2, 3, 4, 5}},
-        {"can't be opened", [](Failures& f) { f.openRead = 1; }, {1, 2, 3, 4, 5}},
-        {"no read routines", [](Failures& f) { f.noReadProcs = true; }, {1, 2, 3, 4, 5}},
-        {"no scripting at all", [](Failures& f) { f.noDescriptorParameters = true; }, {1, 2, 3, 4, 5}},
+         {11, 2, 3, 4, 5},
+         kReadErr},
+        {"the same, but closing hides it",
+         [](Failures& f) {
+             f.getInteger = 1;
+             f.closeReadCode = kNoErr;
+         },
+         {11, 2, 3, 4, 5},
+         kNoErr},
+        {"can't be opened", [](Failures& f) { f.openRead = 1; }, {1, 2, 3, 4, 5}, kNoErr},
+        {"no read routines", [](Failures& f) { f.noReadProcs = true; }, {1, 2, 3, 4, 5}, kNoErr},
+        {"no scripting at all", [](Failures& f) { f.noDescriptorParameters = true; }, {1, 2, 3, 4, 5}, kNoErr},
     };
+    WatchResult();
     for (const Row& row : rows) {
         Store(kStored);
         host.failures = {};
@@ -217,8 +248,8 @@ TEST_F(Parameters, ScriptFailuresAreForgottenByTheAdvance) {
         host.script.playInfo = kPlugInDialogDontDisplay;
         EXPECT_EQ(Run(RunKind::kRepeat), kNoErr) << row.name;
         EXPECT_EQ(Block(), row.wanted) << row.name;
+        EXPECT_EQ(resultAtAdvance, row.resultAtAdvance) << row.name;
     }
-    host.faults.clear();  // the descriptors that those hosts couldn't have read stay with them
 }
 
 TEST_F(Parameters, ScriptDescriptorIsTakenOver) {
@@ -244,10 +275,18 @@ TEST_F(Parameters, ScriptDescriptorIsTakenOver) {
     EXPECT_EQ(host.script.recordInfo, kPlugInDialogOptional);
 }
 
+TEST_F(Parameters, WhatCanBePutIsRecorded) {
+    host.failures.putInteger = 2;
+    EXPECT_EQ(RunScript({{kThsh, 11}}), kNoErr);
+    EXPECT_EQ(host.script.recorded, (std::vector<ScriptValue>{{kThsh, 11}, {kBias, 0}}));
+    EXPECT_EQ(host.script.recordInfo, kPlugInDialogOptional);
+}
+
 TEST_F(Parameters, NothingIsRecordedWithoutAToken) {
     host.failures.openWrite = 1;
     EXPECT_EQ(RunScript({{kThsh, 11}}), kNoErr);
     EXPECT_FALSE(host.script.hasRecorded);
+    EXPECT_EQ(host.script.recordInfo, -1) << "left as the host set it";
     host.failures.noWriteProcs = true;
     EXPECT_EQ(RunScript({{kThsh, 11}}), kNoErr);
     EXPECT_FALSE(host.script.hasRecorded);

@@ -44,37 +44,21 @@ TEST_F(Render, ServesImagesByModePlanesAndDepth) {
         int32_t depth;
         bool isServed;
     };
+    // The whole table is tested beside its code. These are one of each kind.
     const Row rows[] = {
         {kModeRGBColor, 3, 8, true},
         {kModeRGBColor, 4, 8, true},
         {kModeRGBColor, 5, 8, false},
         {kModeRGBColor, 2, 8, false},
-        {kModeRGBColor, 3, 16, true},
         {kModeRGBColor, 3, 24, false},
-        {kModeRGBColor, 3, 1, false},
-        {kModeGrayScale, 2, 8, true},
-        {kModeGrayScale, 3, 8, false},
         {kModeCMYKColor, 5, 8, true},
-        {kModeCMYKColor, 3, 8, false},
         {kModeMultichannel, 4, 8, true},
         {kModeMultichannel, 5, 8, false},
         {kModeMultichannel, 0, 8, false},
-        {kModeBitmap, 1, 8, false},
         {kModeIndexedColor, 3, 8, false},
-        {kModeHSLColor, 3, 8, false},
-        {kModeHSBColor, 3, 8, false},
-        {kModeDuotone, 1, 8, true},
-        {kModeLabColor, 3, 8, true},
-        {kModeGray16, 1, 16, true},
-        {kModeRGB48, 3, 16, true},
-        {kModeLab48, 4, 16, true},
-        {kModeCMYK64, 4, 16, true},
         {kModeDuotone16, 1, 16, true},
-        {kModeDeepMultichannel, 2, 16, true},
         {kModeRGB96, 4, 32, true},
-        {kModeGray32, 1, 32, true},
         {18, 3, 8, true},
-        {-1, 3, 8, true},
         {-32768, 5, 8, false},
     };
     for (const Row& row : rows) {
@@ -160,16 +144,20 @@ TEST_F(Render, FailuresEndWithTheirCode) {
     host.failures = {};
     host.EndRun(false);
 
+    host.script.played.clear();
     for (const int failingLock : {1, 2}) {
         host.BeginRun();
         Call(kFilterSelectorParameters);
         host.failures.lockProc = failingLock;
         host.log.clear();
         EXPECT_EQ(Call(kFilterSelectorStart), kMemFullErr);
-        EXPECT_EQ(Logged({"advanceState"}), Lines{});
+        EXPECT_EQ(Logged({"lockProc", "advanceState"}), (Lines{"lockProc #2", "lockProc #3"})) << "both are tried";
         host.failures.lockProc = failingLock;
-        host.script.hasRecorded = false;
+        host.log.clear();
         EXPECT_EQ(Call(kFilterSelectorFinish), kMemFullErr);
+        EXPECT_EQ(Logged({"lockProc"}), (Lines{"lockProc #2", "lockProc #3"}));
+        // Only the block is needed to record and store.
+        EXPECT_EQ(Logged({"openWrite", "Register"}).size(), failingLock == 1 ? 0u : 2u);
     }
 
     // A host that brings back the block but not the word, and one that brings back neither.
@@ -185,6 +173,50 @@ TEST_F(Render, FailuresEndWithTheirCode) {
     EXPECT_EQ(Call(kFilterSelectorFinish), kFilterBadParameters);
     EXPECT_EQ(Logged({"lockProc", "advanceState", "AcquireSuite", "openWrite"}), Lines{});
     host.record.parameters = block;
+}
+
+TEST_F(Render, FailedKernelsEndLikeTheOthers) {
+    constexpr int16_t kParameterError = 21069, kMemoryError = 17741;  // the low halves of the kernel's codes
+    struct Row {
+        const char* name;
+        int32_t length;                         // of both sides, pixels
+        void (*deliver)(FilterRecord& record);  // what the host does wrong once it has delivered
+        int16_t result;
+    };
+    const Row rows[] = {
+        {"no input", 20, [](FilterRecord& record) { record.inData = nullptr; }, kParameterError},
+        {"no output", 20, [](FilterRecord& record) { record.outData = nullptr; }, kParameterError},
+        {"no room for the edge map", INT32_MAX, [](FilterRecord&) {}, kMemoryError},
+    };
+    for (const Row& row : rows) {
+        host.onAdvance = [&] {
+            EXPECT_EQ(host.big.inRect32.right, row.length) << row.name;
+            EXPECT_EQ(host.big.outRect32.bottom, row.length) << row.name;
+            // A small delivery, whatever was asked for: the kernel has to give up before it looks at pixels.
+            host.big.inRect32 = host.big.outRect32 = {0, 0, 14, 20};
+            const OSErr result = host.pixels.Deliver();
+            row.deliver(host.record);
+            return result;
+        };
+        host.script.played = {{kThsh, 10}};
+        host.script.playInfo = kPlugInDialogDontDisplay;
+        host.BeginRun();
+        Call(kFilterSelectorParameters);
+        host.big.imageSize32 = {row.length, row.length};
+        host.log.clear();
+        EXPECT_EQ(Call(kFilterSelectorStart), row.result) << row.name;
+        EXPECT_EQ(Logged({"progressProc"}), Lines{"progressProc 1 1"}) << row.name;
+        EXPECT_FALSE(host.pixels.IsAnythingAsked()) << row.name;
+        host.EndRun(false);
+    }
+}
+
+TEST_F(Render, HostsMayLackProgressButNotAdvance) {
+    host.failures.noProgressProc = true;
+    EXPECT_EQ(RunScript({{kThsh, 10}}), kNoErr);
+    EXPECT_TRUE(host.document.result == Smoothed(10, 70, 0));
+    host.failures.noAdvanceState = true;
+    EXPECT_EQ(RunScript({{kThsh, 10}}), kFilterBadParameters);
 }
 
 TEST_F(Render, FinishRecordsEvenIfOnlyTheFlagByteIsMissing) {

@@ -194,6 +194,23 @@ TEST_F(FakeHostRun, RefusesRequestsBeyondTheImage) {
     }
 }
 
+TEST_F(FakeHostRun, AdvanceMustNotBeTriedAgainInOneSelector) {
+    gStart = gContinue = [](FilterRecord& record) { return record.advanceState(); };
+    host.failures.advanceState = 1;
+    host.Call(SmallFilter, kFilterSelectorStart);
+    host.Call(SmallFilter, kFilterSelectorContinue);
+    EXPECT_EQ(host.Faults(), "");
+
+    gStart = [this](FilterRecord& record) {
+        host.onAdvance = [] { return kMemFullErr; };
+        EXPECT_EQ(record.advanceState(), kMemFullErr);
+        host.onAdvance = nullptr;
+        return record.advanceState();
+    };
+    EXPECT_EQ(host.Call(SmallFilter, kFilterSelectorStart), kNoErr);
+    EXPECT_EQ(host.Faults(), "advanceState again, after it failed in this selector\n");
+}
+
 TEST_F(FakeHostRun, KeepsTheResultInsideTheSelection) {
     host.document.selection = VRect{1, 2, 3, 4};
     for (const bool isMasked : {true, false}) {
@@ -270,6 +287,9 @@ TEST_F(FakeHostRun, TellsStrayWrites) {
          }},
         {"selector 3 changed the record at byte 580\n", [](FilterRecord& r) { r.reserved[20] = 1; }},
         {"selector 3 changed the record at byte 32\n", [](FilterRecord& r) { r.planes = 4; }},
+        {"selector 3 changed filterRect32\n", [](FilterRecord& r) { --r.bigDocumentData->filterRect32.bottom; }},
+        {"selector 3 changed the handle routines\n", [](FilterRecord& r) { r.handleProcs->newProc = nullptr; }},
+        {"selector 3 changed the basic suite\n", [](FilterRecord& r) { r.sSPBasic->Undefined = nullptr; }},
 #if !defined(__SANITIZE_ADDRESS__)  // which ends the program at these
         {"stray write beside the output buffer\n", [](FilterRecord& r) { RowOut(r, 0)[-1] = 0; }},
         {"stray write beside the output buffer\n", [](FilterRecord& r) { RowOut(r, 3)[15] = 0; }},

@@ -133,6 +133,24 @@ TEST(FakeScript, TakesWhatIsRecordedAndTellsAPlayedDescriptorLeftBehind) {
     EXPECT_EQ(host.StillHeld(), "");
 }
 
+TEST(FakeScript, KeepsTheDescriptorThatCouldNotBeReadOrTaken) {
+    FakeHost host;
+    host.script.played = {{kFirst, 1}};
+    host.failures.openRead = 1;
+    host.BeginRun();
+    DescriptorKeyID keys[] = {kFirst, 0};
+    EXPECT_EQ(host.script.readProcs.openReadDescriptorProc(host.script.parameters.descriptor, keys), nullptr);
+    host.script.parameters.descriptor = host.handles.procs.newProc(0);
+    host.script.TakeRecorded();
+    EXPECT_TRUE(host.script.hasRecorded);
+    EXPECT_EQ(host.StillHeld(), "");
+
+    host.BeginRun();
+    host.BeginRun();
+    EXPECT_EQ(host.StillHeld(), "handle #4\n") << "that of the unfinished run is gone";
+    EXPECT_EQ(host.Faults(), "");
+}
+
 class FakeSuitesTest : public testing::Test {
 protected:
     // The suite, or null with a failure noted.
@@ -153,6 +171,8 @@ TEST_F(FakeSuitesTest, NameAndVersionMustMatchAndReleasesMustPairUp) {
     EXPECT_EQ(basic.AcquireSuite(kUIHooksSuite, 1, &suite), kSPSuiteNotFound);
     EXPECT_EQ(basic.AcquireSuite(kActionDescriptorSuite, 2, &suite), kSPSuiteNotFound);
     EXPECT_EQ(suite, &marker) << "a refusal leaves the pointer as it was";
+    host.failures.emptySuites = {kActionDescriptorSuite};
+    EXPECT_EQ(Acquire<PSActionDescriptorProcs>(kActionDescriptorSuite, 3), nullptr);
 
     Acquire<PSDescriptorRegistryProcs>(kDescriptorRegistrySuite, 1);
     EXPECT_EQ(host.StillHeld(), std::string("suite ") + kDescriptorRegistrySuite + " acquired 1\n");

@@ -44,8 +44,16 @@ protected:
         host.BeginRun();
     }
 
-    // Nothing may be written out of place, and after a run only the plug-in's two handles may be left, unlocked.
-    void TearDown() override { EXPECT_EQ(host.Faults(), ""); }
+    // Nothing may be written out of place. When the host has disposed of what it keeps from run to run and of the
+    // descriptor of a run that wasn't finished, nothing may be left. Locks never outlast a selector.
+    void TearDown() override {
+        EXPECT_EQ(host.handles.blocks.CountLocked(), 0);
+        for (const Handle kept : {Handle{host.record.parameters}, reinterpret_cast<Handle>(host.data),
+                                  Handle{host.script.parameters.descriptor}})
+            host.handles.procs.disposeProc(kept);
+        EXPECT_EQ(host.StillHeld(), "");
+        EXPECT_EQ(host.Faults(), "");
+    }
 
     int16_t Call(int16_t selector) { return host.Call(PluginUnderTest(), selector); }
     int16_t Run(RunKind kind) { return host.RunFilter(PluginUnderTest(), kind); }

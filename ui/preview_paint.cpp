@@ -1,4 +1,5 @@
 // The painting of the preview pane.
+#include "host/coordinates.h"
 #include "host/filter_api.h"
 #include "host/image_class.h"
 #include "host/plugin_entry.h"
@@ -31,7 +32,11 @@ bool FindMask(const DialogState& state, int32_t displayedMode, PSPixelMask& mask
     mask.colBytes = 1;
     mask.maskDescription = kSimplePSMask;
     if (gFilterRecord->isFloating) {
-        // The document's own mask, at the document's scale.
+        // The document's own mask, at the document's scale. Where the display image is larger than the document, the
+        // host would read past its mask.
+        const VPoint size = ImageSize();
+        if (gFilterRecord->maskData == nullptr || state.displayWidth > size.h || state.displayHeight > size.v)
+            return false;
         mask.maskData = gFilterRecord->maskData;
         mask.rowBytes = gFilterRecord->maskRowBytes;
         return true;
@@ -85,7 +90,7 @@ void PaintPreview(HWND dialog) {
     if (state == nullptr) return;
     const int left = DisplayOrigin(state->displayWidth, kPaneLeft, kPaneWidth, kPaneCentreX);
     const int top = DisplayOrigin(state->displayHeight, kPaneTop, kPaneHeight, kPaneCentreY);
-    PAINTSTRUCT paint;
+    PAINTSTRUCT paint = {};
     if (const HDC dc = BeginPaint(dialog, &paint)) {
         DrawDisplayImage(*state, dc, left, top);
         DrawFrameAndBands(*state, dc, left, top);

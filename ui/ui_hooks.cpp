@@ -12,6 +12,9 @@ struct HeldHooks {
     const PSUIHooksSuite1* hooks = nullptr;
     SPBasicSuite* owner = nullptr;
 
+    HeldHooks() = default;
+    HeldHooks(const HeldHooks&) = delete;  // a copy would give the suite back a second time
+    HeldHooks& operator=(const HeldHooks&) = delete;
     ~HeldHooks() {
         if (hooks != nullptr) owner->ReleaseSuite(kUIHooksSuite, kUIHooksSuiteVersion);
     }
@@ -21,7 +24,8 @@ HeldHooks gHeldHooks;
 
 void ShowCursorNamed(const char* hostName, const char* systemName) {
     try {
-        if (AcquireUIHooks().SetCursor(hostName) == kSPNoError) return;
+        const PSUIHooksSuite1& hooks = AcquireUIHooks();
+        if (hooks.SetCursor != nullptr && hooks.SetCursor(hostName) == kSPNoError) return;
     } catch (const HostSuiteError&) {
         // Many hosts lack the suite.
     }
@@ -37,7 +41,8 @@ const PSUIHooksSuite1& AcquireUIHooks() {
         const int32_t error = gSPBasic->AcquireSuite(kUIHooksSuite, kUIHooksSuiteVersion, &procs);
         if (error != kSPNoError) throw HostSuiteError{error};
         if (procs == nullptr) throw HostSuiteError{kSPSuiteNotFound};
-        gHeldHooks = {static_cast<const PSUIHooksSuite1*>(procs), gSPBasic};
+        gHeldHooks.hooks = static_cast<const PSUIHooksSuite1*>(procs);
+        gHeldHooks.owner = gSPBasic;
     }
     return *gHeldHooks.hooks;
 }

@@ -2,6 +2,7 @@
 
 #include <commctrl.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <map>
 #include <new>
@@ -99,8 +100,8 @@ void Draw(HDC dc, HWND slider, const CustomSliderState& state) {
     const HGDIOBJ oldBrush = SelectObject(dc, GetStockObject(BLACK_BRUSH));
     const HGDIOBJ oldPen = SelectObject(dc, GetStockObject(BLACK_PEN));
 
-    // The bottom is far below the control on any part of the screen: it only has to cover it.
-    const RECT all = {0, 0, width, window.top + 15};
+    // The bottom only has to cover the control; a screen coordinate does, but for screens above the first one.
+    const RECT all = {0, 0, width, std::max<LONG>(window.top + 15, window.bottom - window.top)};
     FillRect(dc, &all, face);
     DrawGroove(dc, width - 1, light, shadow, black);
     DrawThumb(dc, PaintedThumbX(state.value, width, state.range), HasBuddyFocus(state) ? FocusBrush() : face, light,
@@ -114,7 +115,7 @@ void Draw(HDC dc, HWND slider, const CustomSliderState& state) {
 }
 
 LRESULT OnPaint(HWND slider, CustomSliderState& state) {
-    PAINTSTRUCT paint;
+    PAINTSTRUCT paint = {};
     if (const HDC dc = BeginPaint(slider, &paint)) Draw(dc, slider, state);
     EndPaint(slider, &paint);
     state.paintedValue = state.value;
@@ -126,10 +127,11 @@ LRESULT OnPaint(HWND slider, CustomSliderState& state) {
 void RedrawThumb(HWND slider, const CustomSliderState& state) {
     const RECT window = WindowRect(slider);
     const int32_t width = window.right - window.left;
-    const SliderStrip strip = StripBetween(StripThumbX(state.paintedValue, width, state.range),
-                                           StripThumbX(state.value, width, state.range), window.right);
-    // Right and bottom are limited by screen coordinates: they only have to be large enough.
-    const RECT rect = {strip.left, 0, strip.right, window.bottom};
+    const SliderStrip strip =
+        StripBetween(StripThumbX(state.paintedValue, width, state.range), StripThumbX(state.value, width, state.range),
+                     std::max<int32_t>(window.right, width));
+    // The limits only have to be large enough; screen coordinates are, but for screens left of or above the first one.
+    const RECT rect = {strip.left, 0, strip.right, std::max<LONG>(window.bottom, window.bottom - window.top)};
     InvalidateRect(slider, &rect, FALSE);
     SendMessageA(slider, WM_PAINT, 0, 0);
     ValidateRect(slider, &rect);
@@ -222,7 +224,7 @@ LRESULT CALLBACK CustomSliderProc(HWND slider, UINT message, WPARAM wParam, LPAR
         if (message == WM_CREATE) OnCreate(slider);
         if (message == WM_DESTROY) OnDestroy(slider);
         if (message == WM_NCDESTROY) {
-            Registry().erase(slider);
+            OnDestroy(slider);
         } else if (CustomSliderState* const state = EntryOf(slider)) {
             return HandleMessage(slider, *state, message, wParam, lParam);
         }

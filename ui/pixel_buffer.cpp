@@ -13,7 +13,7 @@ void PixelBuffer::Reallocate(int32_t bytes, int64_t needed) {
     id = allocated;
     constexpr Boolean kMoveHigh = 1;
     uint8_t* const locked = reinterpret_cast<uint8_t*>(procs->lockProc(id, kMoveHigh));
-    if (bytes == needed) pixels = locked;
+    if (bytes >= 0 && bytes == needed) pixels = locked;
 }
 
 void PixelBuffer::Release() {

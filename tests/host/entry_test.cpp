@@ -13,21 +13,19 @@ using Entry = PluginRun;
 
 TEST_F(Entry, EachSelectorLocksAndUnlocksItsHandles) {
     // Handle #1 is the parameter block, #2 the flag byte, whose word is unlocked first.
-    EXPECT_EQ(Call(kFilterSelectorParameters), kNoErr);
-    EXPECT_EQ(Logged(kLocks), (Lines{"lockProc #1", "lockProc #2", "unlockProc #2", "unlockProc #1"}));
-
     struct Row {
         const char* name;
         int16_t selector;
         Lines locks;
         int16_t result;
     };
+    const Lines both = {"lockProc #1", "lockProc #2", "unlockProc #2", "unlockProc #1"};
     const Row rows[] = {
+        {"Parameters", kFilterSelectorParameters, both, kNoErr},
         {"Prepare", kFilterSelectorPrepare, {"lockProc #1", "unlockProc #2", "unlockProc #1"}, kNoErr},
         {"Continue", kFilterSelectorContinue, {"unlockProc #2", "unlockProc #1"}, kNoErr},
-        {"Finish", kFilterSelectorFinish, {"lockProc #1", "lockProc #2", "unlockProc #2", "unlockProc #1"}, kNoErr},
+        {"Finish", kFilterSelectorFinish, both, kNoErr},
         {"unknown", 6, {"unlockProc #2", "unlockProc #1"}, kFilterBadParameters},
-        {"negative", -1, {"unlockProc #2", "unlockProc #1"}, kFilterBadParameters},
         {"low byte 0 only", 256, {"unlockProc #2", "unlockProc #1"}, kFilterBadParameters},
     };
     for (const Row& row : rows) {
@@ -41,7 +39,7 @@ TEST_F(Entry, EachSelectorLocksAndUnlocksItsHandles) {
     host.BeginRun();
     host.log.clear();
     EXPECT_EQ(Call(kFilterSelectorStart), kNoErr);
-    EXPECT_EQ(Logged(kLocks), (Lines{"lockProc #1", "lockProc #2", "unlockProc #2", "unlockProc #1"}));
+    EXPECT_EQ(Logged(kLocks), both);
 
     host.document.imageMode = kModeIndexedColor;
     host.BeginRun();
@@ -52,6 +50,8 @@ TEST_F(Entry, EachSelectorLocksAndUnlocksItsHandles) {
 }
 
 TEST_F(Entry, PrepareMakesMissingHandlesAndWantsNoSpace) {
+    EXPECT_EQ(Call(kFilterSelectorContinue), kNoErr);
+    EXPECT_EQ(Logged(kLocks), Lines{}) << "handles that aren't there are not unlocked";
     EXPECT_NE(static_cast<int32_t>(host.record.maxSpace), 0);
     host.record.bufferSpace = 5;
     EXPECT_EQ(Call(kFilterSelectorPrepare), kNoErr);
@@ -59,11 +59,6 @@ TEST_F(Entry, PrepareMakesMissingHandlesAndWantsNoSpace) {
               (Lines{"newProc 20", "newProc 1", "lockProc #1", "lockProc #2", "unlockProc #2", "unlockProc #1"}));
     EXPECT_EQ(static_cast<int32_t>(host.record.maxSpace), 0);
     EXPECT_EQ(static_cast<int32_t>(host.record.bufferSpace), 0);
-}
-
-TEST_F(Entry, HandlesThatAreNotThereAreNotUnlocked) {
-    EXPECT_EQ(Call(kFilterSelectorContinue), kNoErr);
-    EXPECT_EQ(Logged(kLocks), Lines{});
 }
 
 TEST_F(Entry, WithoutHandleRoutinesNothingIsMadeOrLocked) {
@@ -94,33 +89,17 @@ TEST_F(Entry, FinishKeepsTheCodeThatIsThere) {
     EXPECT_EQ(Call(kFilterSelectorFinish), kReadErr);
 }
 
-TEST_F(Entry, OtherHostsAreTurnedAway) {
+TEST_F(Entry, OtherHostsAreTurnedAwayOnceWideCoordinatesAreOn) {
     Call(kFilterSelectorParameters);
     host.failures.hostSig = FourCharCode("MIB8");
-    host.BeginRun();
     host.log.clear();
-    for (int16_t selector = 1; selector <= 6; ++selector) EXPECT_EQ(Call(selector), kFilterBadParameters);
-    EXPECT_EQ(Logged({"lockProc", "unlockProc", "newProc", "advanceState"}), Lines{});
-    EXPECT_EQ(host.big.PluginUsing32BitCoordinates, 1) << "marked before the host is judged";
-}
-
-TEST_F(Entry, WideCoordinatesAreTurnedOnByEverySelector) {
-    for (int16_t selector = 1; selector <= 9; ++selector) {
+    for (int16_t selector = 1; selector <= 6; ++selector) {
         host.BeginRun();
         EXPECT_EQ(host.big.PluginUsing32BitCoordinates, 0);
-        Call(selector);
+        EXPECT_EQ(Call(selector), kFilterBadParameters) << selector;
         EXPECT_EQ(host.big.PluginUsing32BitCoordinates, 1) << selector;
     }
-}
-
-TEST_F(Entry, BeginsWithWhatTheHostKept) {
-    EXPECT_EQ(RunScript({{kThsh, 10}}), kNoErr);
-    const Handle parameters = host.record.parameters;
-    const intptr_t flagByte = host.data;
-    EXPECT_EQ(RunScript({{kThsh, 10}}), kNoErr);
-    EXPECT_EQ(Handle{host.record.parameters}, parameters);
-    EXPECT_EQ(host.data, flagByte);
-    EXPECT_EQ(host.StillHeld(), kOwnHandles) << "made once, and unlocked";
+    EXPECT_EQ(Logged({"lockProc", "unlockProc", "newProc", "advanceState"}), Lines{});
 }
 
 }  // namespace stairmelt

@@ -16,13 +16,6 @@ protected:
         host.log.clear();
         return Call(kFilterSelectorStart);
     }
-
-    void SetMode(int16_t imageMode, int16_t planes, int32_t depth) {
-        host.document.imageMode = imageMode;
-        host.document.planes = planes;
-        host.document.depth = depth;
-        host.document.source.clear();
-    }
 };
 
 }  // namespace
@@ -38,37 +31,8 @@ TEST_F(Render, EveryFormatGoesThroughItsKernel) {
     }
 }
 
-TEST_F(Render, ServesImagesByModePlanesAndDepth) {
-    struct Row {
-        int16_t imageMode, planes;
-        int32_t depth;
-        bool isServed;
-    };
-    // The whole table is tested beside its code. These are one of each kind.
-    const Row rows[] = {
-        {kModeRGBColor, 3, 8, true},
-        {kModeRGBColor, 4, 8, true},
-        {kModeRGBColor, 5, 8, false},
-        {kModeRGBColor, 2, 8, false},
-        {kModeRGBColor, 3, 24, false},
-        {kModeCMYKColor, 5, 8, true},
-        {kModeMultichannel, 4, 8, true},
-        {kModeMultichannel, 5, 8, false},
-        {kModeMultichannel, 0, 8, false},
-        {kModeIndexedColor, 3, 8, false},
-        {kModeDuotone16, 1, 16, true},
-        {kModeRGB96, 4, 32, true},
-        {18, 3, 8, true},
-        {-32768, 5, 8, false},
-    };
-    for (const Row& row : rows) {
-        SetMode(row.imageMode, row.planes, row.depth);
-        EXPECT_EQ(RunScript({{kThsh, 10}}), row.isServed ? kNoErr : kFilterBadMode)
-            << "mode " << row.imageMode << " planes " << row.planes << " depth " << row.depth;
-    }
-}
-
-TEST_F(Render, AsksForTheWholeImageAtOnce) {
+TEST_F(Render, AsksForTheWholeImageAtOnceWhateverIsSelected) {
+    host.document.selection = VRect{3, 4, 9, 12};
     EXPECT_EQ(Start(), kNoErr);
     EXPECT_EQ(Logged({"advanceState", "progressProc", "abortProc"}), (Lines{"advanceState", "progressProc 1 1"}));
     const VRect in = host.big.inRect32, out = host.big.outRect32;
@@ -85,16 +49,17 @@ TEST_F(Render, AsksForTheWholeImageAtOnce) {
     Call(kFilterSelectorContinue);
     EXPECT_EQ(host.big.inRect32.bottom, 3);
     EXPECT_EQ(host.big.outRect32.bottom, 0);
+
+    // What lies outside the selection is left to the host.
+    EXPECT_TRUE(host.record.autoMask);
+    host.record.autoMask = 0;
     host.EndRun(true);
+    EXPECT_TRUE(host.document.result == Smoothed(10, 70, 0));
 }
 
 TEST_F(Render, OneFormOfCoordinatesIsUsedThroughout) {
     // The form that isn't in use holds other numbers: a use of it would show.
-    ASSERT_EQ(Start(), kNoErr);
-    EXPECT_EQ(Point{host.record.imageSize}.h, 20);
-    host.EndRun(true);
-
-    host.script.played = {{kThsh, 10}};
+    EXPECT_EQ(RunScript({{kThsh, 10}}), kNoErr);
     host.BeginRun();
     host.record.imageSize = {3, 3};
     host.record.inRect = {7, 7, 7, 7};
@@ -118,20 +83,6 @@ TEST_F(Render, ImagesBeyond16BitsGoThrough) {
         host.document = DocumentOf(gray, width, height, 9);
         EXPECT_EQ(RunScript({{kThsh, 10}, {kSftn, 70}, {kBias, 0}}), kNoErr);
         EXPECT_TRUE(host.document.result == Smoothed(gray, 10, 70, 0)) << width;
-    }
-}
-
-TEST_F(Render, SelectionIsTheHostsBusiness) {
-    host.document.selection = VRect{3, 4, 9, 12};
-    EXPECT_EQ(RunScript({{kThsh, 10}, {kSftn, 70}, {kBias, 0}}), kNoErr);
-    // Inside the selection the result is that of the whole image; the host keeps the rest.
-    const std::vector<uint8_t> whole = Smoothed(10, 70, 0);
-    for (int y = 0; y < 14; ++y) {
-        for (int x = 0; x < 20; ++x) {
-            const bool isInside = x >= 4 && x < 12 && y >= 3 && y < 9;
-            const size_t at = static_cast<size_t>((y * 20 + x) * 3);
-            EXPECT_EQ(host.document.result[at], isInside ? whole[at] : host.document.source[at]) << x << "," << y;
-        }
     }
 }
 
@@ -217,16 +168,6 @@ TEST_F(Render, HostsMayLackProgressButNotAdvance) {
     EXPECT_TRUE(host.document.result == Smoothed(10, 70, 0));
     host.failures.noAdvanceState = true;
     EXPECT_EQ(RunScript({{kThsh, 10}}), kFilterBadParameters);
-}
-
-TEST_F(Render, FinishRecordsEvenIfOnlyTheFlagByteIsMissing) {
-    ASSERT_EQ(Start(), kNoErr);
-    host.failures.lockProc = 2;
-    EXPECT_EQ(Call(kFilterSelectorFinish), kMemFullErr);
-    EXPECT_EQ(host.registry.persistent[PLUGIN_GUID].size(), 5u);
-    host.EndRun(true);
-    host.script.TakeRecorded();
-    EXPECT_EQ(host.script.recorded.size(), 3u);
 }
 
 TEST_F(Render, AnyScriptValuesInAnyFormatEndTheRun) {

@@ -9,7 +9,6 @@ namespace {
 
 TEST(HostSamples, EndsMeetAndHostValuesComeBack) {
     EXPECT_EQ(ToHostSample(0), 0);
-    EXPECT_EQ(ToHostSample(65535), 32768);
     EXPECT_EQ(FromHostSample(32768), 65535);
     EXPECT_EQ(FromHostSample(65535), 65535);
     for (uint32_t host = 0; host <= 32768; ++host) {
@@ -17,19 +16,14 @@ TEST(HostSamples, EndsMeetAndHostValuesComeBack) {
     }
 }
 
-Picture EverySixteenBitValue() {
-    Picture picture;
+TEST(HostSamples, UntouchedSamplesKeepTheFilesValue) {
+    Picture picture;  // every value there is
     picture.width = 65536 / 4;
     picture.height = 1;
     picture.colors = 3;
     picture.hasAlpha = true;
     picture.depth = 16;
     for (uint32_t value = 0; value < 65536; ++value) AppendNumber(picture.samples, static_cast<uint16_t>(value), false);
-    return picture;
-}
-
-TEST(HostSamples, UntouchedSamplesKeepTheFilesValue) {
-    Picture picture = EverySixteenBitValue();
     const Bytes original = picture.samples;
     const Bytes given = SamplesForHost(picture);
     EXPECT_EQ(TakeHostSamples(given, given, picture), 0U);

@@ -36,9 +36,7 @@ TEST(PixelLayout, EachLayoutBecomesPlainSamples) {
         {PixelLayout::kGray1, 3, 2, {0xA0, 0x40}, {}, "1 8", {255, 0, 255, 0, 255, 0}},
         {PixelLayout::kGray2, 5, 1, {0x1B, 0x80}, {}, "1 8", {0, 85, 170, 255, 170}},
         {PixelLayout::kGray4, 3, 1, {0x0F, 0x70}, {}, "1 8", {0, 255, 119}},
-        {PixelLayout::kGray16, 1, 1, {1, 2}, {}, "1 16", {1, 2}},
         {PixelLayout::kBgr24, 2, 1, {1, 2, 3, 4, 5, 6}, {}, "3 8", {3, 2, 1, 6, 5, 4}},
-        {PixelLayout::kRgb24, 1, 1, {1, 2, 3}, {}, "3 8", {1, 2, 3}},
         {PixelLayout::kBgrx32, 2, 1, {1, 2, 3, 9, 4, 5, 6, 9}, {}, "3 8", {3, 2, 1, 6, 5, 4}},
         {PixelLayout::kBgra32, 1, 1, {1, 2, 3, 4}, {}, "3+a 8", {3, 2, 1, 4}},
         {PixelLayout::kRgba64, 1, 1, {1, 2, 3, 4, 5, 6, 7, 8}, {}, "3+a 16", {1, 2, 3, 4, 5, 6, 7, 8}},
@@ -72,25 +70,6 @@ TEST(PixelLayout, PngChannelsAreWhatTheFileSays) {
     facts.hasAlpha = true;
     Picture opaque = Unpacked(PixelLayout::kGray16, 1, 1, {1, 2});
     EXPECT_THROW(RestorePngChannels(facts, opaque), ToolError);
-    facts.hasAlpha = false;
-
-    facts.colorKey = {0x0201, 0x0201, 0x0201};
-    Picture keyed = Unpacked(PixelLayout::kGray16, 2, 1, {1, 2, 2, 1});
-    RestorePngChannels(facts, keyed);
-    EXPECT_EQ(keyed.samples, (Bytes{1, 2, 0, 0, 2, 1, 255, 255}));
-
-    facts.bitDepth = 4;
-    facts.colorKey = {7, 7, 7};
-    Picture keyedNibbles = Unpacked(PixelLayout::kGray4, 2, 1, {0x78});
-    RestorePngChannels(facts, keyedNibbles);
-    EXPECT_EQ(keyedNibbles.samples, (Bytes{119, 0, 136, 255}));
-
-    facts = {};
-    facts.bitDepth = 8;
-    facts.colorKey = {3, 2, 1};
-    Picture keyedColor = Unpacked(PixelLayout::kBgr24, 2, 1, {1, 2, 3, 1, 2, 4});
-    RestorePngChannels(facts, keyedColor);
-    EXPECT_EQ(keyedColor.samples, (Bytes{3, 2, 1, 0, 4, 2, 1, 255}));
 }
 
 }  // namespace

@@ -239,7 +239,7 @@ class RunFilter(unittest.TestCase):
 
         status, _, err = self.run_tool("deep.png", "out.png", "--threshold", "much")
         self.assertNotEqual(status, 0)
-        self.assertIn("usage: runfilter", err[-1])
+        self.assertIn("usage: runfilter", err[-2])
 
     @unittest.skipIf(os.name == "nt", "needs a limit on the size of files")
     def test_a_full_disk_leaves_the_output_alone(self):

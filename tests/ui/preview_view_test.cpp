@@ -6,14 +6,6 @@
 
 namespace stairmelt {
 
-TEST(PreviewView, ZoomLadderIsExactAndRoundedOnItsLabel) {
-    constexpr int32_t kPercents[] = {6, 13, 25, 50, 100, 200, 400, 800, 1600};
-    for (int index = 0; index <= kZoomHighest; ++index) {
-        EXPECT_EQ((Zoom{index, 0.0}.Factor()), std::ldexp(1.0, index - 4));
-        EXPECT_EQ((Zoom{index, 0.0}.Percent()), kPercents[index]);
-    }
-}
-
 TEST(PreviewView, FitFillsThePane) {
     struct Case {
         const char* name;

@@ -4,22 +4,6 @@
 
 namespace stairmelt {
 
-TEST(SliderGeometry, PixelsGivePositions) {
-    struct Case {
-        const char* name;
-        int32_t x, width;
-        SliderRange range;
-        int32_t position;
-    };
-    const Case cases[] = {
-        {"first pixel of the range", 6, 400, {0, 255}, 0},  {"last pixel of the range", 394, 400, {0, 255}, 255},
-        {"in between, truncated", 200, 400, {0, 255}, 127}, {"left of the range", -300, 400, {0, 255}, 0},
-        {"right of the range", 32767, 400, {0, 255}, 255},  {"range that doesn't start at 0", 6, 400, {20, 40}, 20},
-        {"control without room", 9, 12, {0, 100}, 0},
-    };
-    for (const Case& c : cases) EXPECT_EQ(SliderPositionAt(c.x, c.width, c.range), c.position) << c.name;
-}
-
 TEST(SliderGeometry, StripCoversBothThumbs) {
     // Wherever the thumb was and is painted, the strip reaches from its left to its right side.
     for (const int32_t width : {60, 400, 467}) {

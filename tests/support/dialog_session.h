@@ -1,0 +1,123 @@
+// The dialogs of the built plug-in, as a user meets them: a host's thread runs the plug-in and stays in a dialog's
+// modal loop, while the test's own thread finds the window and drives it by messages and by moving the pointer.
+//
+// Each session loads the library anew and frees it while its host is alive, since the plug-in keeps one of the host's
+// suites until it is unloaded. The host belongs to the thread whose turn it is: the test may touch it before Open,
+// after Close, and while a dialog is open and at rest, that is after Settle or any call that ends with it.
+//
+// Nothing here waits for ever. What doesn't happen within kPatience fails the test, and the dialog is cancelled.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "resources/resource_ids.h"
+#include "tests/support/plugin_run.h"
+
+namespace stairmelt {
+
+constexpr DWORD kPatience = 20000;  // milliseconds
+
+// A parameter's controls and numbers, as a user knows them.
+struct ParameterRow {
+    const char* name;
+    int slider, edit, max, reset;
+    DescriptorKeyID key;
+};
+constexpr ParameterRow kRows[] = {
+    {"threshold", IDC_THRESHOLD_SLIDER, IDC_THRESHOLD_EDIT, 255, 10, KEY_THRESHOLD},
+    {"softness", IDC_SOFTNESS_SLIDER, IDC_SOFTNESS_EDIT, 100, 70, KEY_SOFTNESS},
+    {"bias", IDC_BIAS_SLIDER, IDC_BIAS_EDIT, 100, 0, KEY_BIAS},
+};
+
+// The middle of the preview pane, in the dialog's client coordinates, and a place outside it.
+constexpr POINT kPaneMiddle = {250, 190}, kBesidePane = {600, 300};
+
+// What the sliders answer to, by number.
+constexpr UINT kGetPos = 1024, kGetRangeMin = 1025, kGetRangeMax = 1026, kSetPos = 1029, kSetRange = 1030,
+               kSetTicFreq = 1044, kSetPageSize = 1045, kSetLineSize = 1047, kSetBuddy = 2024, kRedrawThumb = 2025;
+
+struct DialogSession : PluginRun {
+    DialogSession();  // with a small RGB picture open
+    void SetUp() override;
+    void TearDown() override;  // closes what is open; nothing may be out of place or still held
+
+    // As the host does before the first run and, in these tests, after the last.
+    void Load();
+    void Unload();
+
+    // Runs the filter from the menu, up to its dialog at rest, which is returned; null if the run has ended without.
+    HWND Open() { return Show(RunKind::kFromMenu); }
+    HWND Show(RunKind kind);
+
+    // Gives the dialog a command and waits for the end of the run; returns the run's result.
+    int16_t Close(WPARAM command);
+    int16_t WaitForEnd();
+    bool HasEnded() const { return WaitForSingleObject(ended, 0) == WAIT_OBJECT_0; }
+
+    // Waits until the dialog has worked off all messages and input, repaints included.
+    void Settle();
+
+    // Both settle. A message to null does nothing.
+    LRESULT Send(HWND window, UINT message, WPARAM wParam = 0, LPARAM lParam = 0);
+    LRESULT Send(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) { return Send(dialog, message, wParam, lParam); }
+
+    HWND Item(int id) const { return GetDlgItem(dialog, id); }
+    std::string Text(int id);
+    void SetText(int id, const std::string& text);  // as typing does: the dialog is told of the change
+    int Position(int sliderId) { return static_cast<int>(Send(Item(sliderId), kGetPos)); }
+    void SetPosition(int sliderId, int position) { Send(Item(sliderId), kSetPos, 1, position); }
+    std::vector<int> Positions();
+
+    HWND Focus() const { return ThreadInfo().hwndFocus; }
+    HWND Capture() const { return ThreadInfo().hwndCapture; }
+    void SetFocusTo(int id) { Send(WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(Item(id)), TRUE); }
+    std::string Selected(int editId);  // the selected part of its text
+
+    // A key down and up where the keyboard focus is, by way of the dialog's message loop. Not while Alt is held.
+    void Key(WPARAM key);
+    void Alt(bool isDown);
+
+    // Moves the pointer to a place in a window's client area, the dialog's by default.
+    void PointAt(const POINT& place, HWND window = nullptr);
+    void ClickOn(int id) { Send(Item(id), BM_CLICK); }
+    void Wheel(int delta) { Send(WM_MOUSEWHEEL, MAKEWPARAM(0, delta), 0); }
+
+    // A window's client area as it was last painted, as 0x00RRGGBB.
+    struct Shot {
+        int width, height;
+        std::vector<uint32_t> pixels;
+        uint32_t At(int x, int y) const {
+            return pixels[static_cast<size_t>(y) * static_cast<size_t>(width) + static_cast<size_t>(x)];
+        }
+    };
+    Shot Photograph(HWND window);
+
+    // Values in the persistent store before and after a run.
+    void Store(int threshold, int softness, int bias, int windowX = -1, int windowY = -1);
+    std::vector<int> Stored() const;
+
+    HMODULE library = nullptr;
+    HWND dialog = nullptr;      // while one is open
+    HWND hostWindow = nullptr;  // the dialog's owner; hidden
+    RECT hostWindowRect = {200, 150, 900, 700};
+    bool withHostWindow = true;
+    bool isShiftHeld = false;  // while the plug-in is called
+
+private:
+    GUITHREADINFO ThreadInfo() const;
+    void RunHost(RunKind kind);
+    bool WaitFor(HANDLE event, const char* what);
+
+    PluginMainProc pluginMain = nullptr;
+    std::thread thread;
+    DWORD threadId = 0;
+    HANDLE ready, resting, ended;
+    int16_t result = 0;
+};
+
+}  // namespace stairmelt

@@ -1,0 +1,274 @@
+// The slider class: by itself in a window of the test's own thread, where its width is known, and in the dialog beside
+// its edit box.
+#include <algorithm>
+
+#include "tests/support/dialog_objects.h"
+#include "tests/support/dialog_session.h"
+
+namespace stairmelt {
+
+namespace {
+
+std::vector<std::pair<WPARAM, LPARAM>> gScrolls;  // that the parent has got
+
+LRESULT CALLBACK ParentProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == WM_HSCROLL) gScrolls.emplace_back(wParam, lParam);
+    return DefWindowProcA(window, message, wParam, lParam);
+}
+
+uint32_t ScreenColor(int index) {
+    const uint32_t color = GetSysColor(index);
+    return (color & 0xFF) << 16 | (color & 0xFF00) | (color >> 16 & 0xFF);
+}
+
+constexpr int kWidth = 400, kHeight = 26;
+
+class CustomSlider : public DialogSession {
+protected:
+    // The class is there once the dialog has been.
+    void SetUp() override {
+        DialogSession::SetUp();
+        ASSERT_NE(Open(), nullptr);
+    }
+
+    void MakeAlone() {
+        Close(IDCANCEL);
+        WNDCLASSA windowClass = {};
+        windowClass.lpfnWndProc = ParentProc;
+        windowClass.hInstance = GetModuleHandleA(nullptr);
+        windowClass.lpszClassName = "SliderParent";
+        RegisterClassA(&windowClass);
+        parent = CreateWindowExA(0, "SliderParent", "", WS_POPUP | WS_VISIBLE, 100, 120, 500, 80, nullptr, nullptr,
+                                 windowClass.hInstance, nullptr);
+        slider = CreateWindowExA(0, "CustomSlider", "", WS_CHILD | WS_VISIBLE, 20, 10, kWidth, kHeight, parent, nullptr,
+                                 library, nullptr);
+        edit = CreateWindowExA(0, "Edit", "", WS_CHILD | WS_VISIBLE, 430, 10, 50, 20, parent, nullptr,
+                               windowClass.hInstance, nullptr);
+        ASSERT_NE(slider, nullptr);
+        SetFocus(parent);
+        gScrolls.clear();
+    }
+
+    void TearDown() override {
+        if (parent != nullptr) DestroyWindow(parent);
+        DialogSession::TearDown();
+    }
+
+    LRESULT Tell(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
+        return SendMessageA(slider, message, wParam, lParam);
+    }
+    int Pos() { return static_cast<int>(Tell(kGetPos)); }
+
+    void RepaintAll() { RedrawWindow(slider, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW); }
+
+    // The thumb's middle and what it is filled with, found in the picture: its lowest line is black, 13 pixels wide.
+    std::pair<int, uint32_t> FindThumb(int sliderId) {
+        const Shot shot = Photograph(Item(sliderId));
+        int x = 6;
+        while (x + 7 < shot.width && shot.At(x - 6, 12) != 0) ++x;
+        return {x, shot.At(x, 8)};
+    }
+
+    HWND parent = nullptr, slider = nullptr, edit = nullptr;
+};
+
+}  // namespace
+
+TEST_F(CustomSlider, AnswersTheMessagesOfATrackbar) {
+    MakeAlone();
+    EXPECT_EQ(Pos(), 0);
+    EXPECT_EQ(Tell(kGetRangeMin), 0);
+    EXPECT_EQ(Tell(kGetRangeMax), 100);
+    const struct {
+        UINT message;
+        LPARAM lParam;
+        int pos, min, max;
+    } steps[] = {{kSetPos, 50, 50, 0, 100},
+                 {kSetPos, 101, 100, 0, 100},
+                 {kSetPos, INT32_MIN, 0, 0, 100},
+                 {kSetRange, MAKELPARAM(10, 20), 0, 10, 20},
+                 {kSetPos, 0, 0, 10, 20},
+                 {kSetPos, 1, 10, 10, 20},
+                 {kSetRange, MAKELPARAM(1, 0xFFFF), 10, 1, 65535},
+                 {kSetPos, 70000, 65535, 1, 65535},
+                 {kSetPos, LPARAM{1} << 32 | 7, 7, 1, 65535},
+                 {kSetTicFreq, 3, 7, 1, 65535},
+                 {kSetPageSize, 3, 7, 1, 65535},
+                 {kSetLineSize, 3, 7, 1, 65535},
+                 {kSetRange, MAKELPARAM(5, 5), 7, 5, 5},
+                 {kSetPos, 9, 5, 5, 5},
+                 {WM_LBUTTONDOWN, 200, 5, 5, 5},
+                 {WM_LBUTTONUP, 200, 5, 5, 5}};
+    for (const auto& step : steps) {
+        const LRESULT answer = Tell(step.message, step.message == WM_LBUTTONDOWN ? MK_LBUTTON : 1, step.lParam);
+        EXPECT_EQ(answer, 0) << step.message;
+        EXPECT_EQ(Pos(), step.pos) << step.message << " " << step.lParam;
+        EXPECT_EQ(Tell(kGetRangeMin), step.min);
+        EXPECT_EQ(Tell(kGetRangeMax), step.max);
+    }
+    EXPECT_EQ(gScrolls.size(), 1u) << "of the press alone";
+}
+
+TEST_F(CustomSlider, FollowsPressAndDragAndTellsOfEachStep) {
+    MakeAlone();
+    Tell(kSetBuddy, reinterpret_cast<WPARAM>(edit));
+    Tell(kSetRange, 1, MAKELPARAM(0, 255));
+    const struct {
+        UINT message;
+        int x, pos;
+        bool isTold;
+    } steps[] = {{WM_MOUSEMOVE, 300, 0, false},   {WM_LBUTTONDOWN, 200, 127, true},
+                 {WM_LBUTTONUP, 300, 127, false}, {WM_MOUSEMOVE, 300, 127, false},
+                 {WM_LBUTTONDOWN, 6, 0, true},    {WM_MOUSEMOVE, kWidth - 6, 255, true},
+                 {WM_MOUSEMOVE, 5, 0, true},      {WM_MOUSEMOVE, kWidth - 7, 254, true},
+                 {WM_MOUSEMOVE, -300, 0, true},   {WM_MOUSEMOVE, 30000, 255, true},
+                 {WM_MOUSEMOVE, 8, 1, true},      {WM_MOUSEMOVE, 7, 0, true},
+                 {WM_LBUTTONUP, 0, 0, false},     {WM_LBUTTONUP, 200, 0, false}};
+    size_t told = 0;
+    for (const auto& step : steps) {
+        Tell(step.message, 0, MAKELPARAM(step.x, 9));
+        EXPECT_EQ(Pos(), step.pos) << step.x;
+        told += step.isTold;
+        ASSERT_EQ(gScrolls.size(), told) << step.x;
+        if (step.isTold) {
+            EXPECT_EQ(gScrolls.back(), (std::pair<WPARAM, LPARAM>(4, reinterpret_cast<LPARAM>(slider))));
+        }
+        EXPECT_EQ(GetCapture() == slider, step.isTold) << step.x;
+    }
+    EXPECT_EQ(GetFocus(), edit);
+    SetFocus(parent);
+    SetFocus(slider);
+    EXPECT_EQ(GetFocus(), edit) << "it hands the focus on";
+
+    // A range that doesn't begin with 0.
+    Tell(kSetRange, 1, MAKELPARAM(10, 20));
+    Tell(WM_LBUTTONDOWN, 0, MAKELPARAM(200, 9));
+    EXPECT_EQ(Pos(), 15);
+}
+
+TEST_F(CustomSlider, DrawsGrooveAndThumb) {
+    MakeAlone();
+    Tell(kSetRange, 1, MAKELPARAM(0, 255));
+    Tell(kSetBuddy, reinterpret_cast<WPARAM>(edit));
+    RepaintAll();
+    const uint32_t face = ScreenColor(COLOR_3DFACE), light = ScreenColor(COLOR_3DHIGHLIGHT),
+                   shadow = ScreenColor(COLOR_3DSHADOW), black = 0;
+    const std::pair<int, int> thumbs[] = {{0, 6}, {100, 387 * 100 / 255 + 6}, {255, 393}};
+    for (const auto& [position, x] : thumbs) {
+        for (const HWND focus : {parent, edit}) {
+            Tell(kSetPos, 1, position);
+            SetFocus(focus);
+            Tell(kRedrawThumb);
+            const Shot shot = Photograph(slider);
+            SCOPED_TRACE(std::to_string(position) + (focus == edit ? " with the focus" : ""));
+            const uint32_t fill = focus == edit ? black : face;
+            const struct {
+                int x, y;
+                uint32_t color;
+            } points[] = {{x, 8, fill},      {x - 6, 9, black},  {x + 6, 9, black},   {x, 12, black},
+                          {x - 5, 9, light}, {x + 5, 9, shadow}, {x - 2, 11, shadow}, {x - 7, 11, face},
+                          {x, 15, face},     {1, 3, face},       {398, 25, face}};
+            for (const auto& point : points)
+                EXPECT_EQ(shot.At(point.x, point.y), point.color) << point.x << "," << point.y;
+            // The groove, where the thumb isn't.
+            const int at = position == 255 ? 50 : 350;
+            EXPECT_EQ((std::vector<uint32_t>{shot.At(at, 0), shot.At(at, 1), shot.At(at, 3), shot.At(at, 5),
+                                             shot.At(at, 6), shot.At(at, 7)}),
+                      (std::vector<uint32_t>{shadow, black, face, black, light, face}));
+            EXPECT_EQ(position == 0 ? shot.At(393, 3) : shot.At(6, 3), position == 0 ? light : shadow);
+        }
+    }
+}
+
+TEST_F(CustomSlider, MovesLeaveNoTrace) {
+    MakeAlone();
+    Tell(kSetRange, 1, MAKELPARAM(0, 255));
+    SeededRandom random(5);
+    for (int i = 0; i < 100; ++i) {
+        Tell(kSetPos, 1, random.Below(300) - 20);
+        const Shot moved = Photograph(slider);
+        RepaintAll();
+        ASSERT_TRUE(moved.pixels == Photograph(slider).pixels) << Pos();
+    }
+}
+
+TEST_F(CustomSlider, RepaintsUseUpNoObjects) {
+    MakeAlone();
+    Tell(kSetBuddy, reinterpret_cast<WPARAM>(edit));
+    SetFocus(edit);
+    RepaintAll();
+    const Shot before = Photograph(slider);
+    const int objects = CountGdiObjects();
+    for (int i = 0; i < 10000; ++i) RepaintAll();
+    EXPECT_EQ(CountGdiObjects(), objects);
+    EXPECT_TRUE(Photograph(slider).pixels == before.pixels);
+}
+
+TEST_F(CustomSlider, DragEndsWithOneUndoStep) {
+    const struct {
+        int slider, edit, from, x;
+    } rows[] = {{IDC_THRESHOLD_SLIDER, IDC_THRESHOLD_EDIT, 10, 100},
+                {IDC_SOFTNESS_SLIDER, IDC_SOFTNESS_EDIT, 0, 200},
+                {IDC_BIAS_SLIDER, IDC_BIAS_EDIT, 33, 460}};
+    for (const auto& row : rows) {
+        SetText(row.edit, std::to_string(row.from));
+        const int displays = host.ui.displays;
+        Send(Item(row.slider), WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(row.x - 60, 5));
+        EXPECT_EQ(Text(row.edit), std::to_string(Position(row.slider)));
+        EXPECT_EQ(Capture(), Item(row.slider));
+        for (int x = row.x - 50; x <= row.x; x += 10) {
+            Send(Item(row.slider), WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(x, 5));
+            EXPECT_EQ(Text(row.edit), std::to_string(Position(row.slider)));
+            EXPECT_EQ(Selected(row.edit), Text(row.edit));
+        }
+        const int dragged = Position(row.slider), displaysBefore = host.ui.displays;
+        EXPECT_NE(dragged, row.from);
+        EXPECT_GT(displaysBefore, displays) << "the preview follows";
+        Send(Item(row.slider), WM_LBUTTONUP, 0, MAKELPARAM(row.x, 5));
+        EXPECT_EQ(host.ui.displays, displaysBefore) << "and has no need to at the end";
+        EXPECT_EQ(Capture(), nullptr);
+        EXPECT_EQ(Position(row.slider), dragged);
+        EXPECT_EQ(Selected(row.edit), std::to_string(dragged));
+        EXPECT_EQ(Focus(), Item(row.edit));
+
+        Send(Item(row.edit), EM_UNDO);
+        EXPECT_EQ(Text(row.edit), std::to_string(row.from));
+        EXPECT_EQ(Position(row.slider), row.from);
+    }
+}
+
+TEST_F(CustomSlider, ThumbIsBlackWhileItsEditBoxHasTheFocus) {
+    const uint32_t face = ScreenColor(COLOR_3DFACE);
+    const auto fills = [&] {
+        std::vector<uint32_t> colors;
+        for (const ParameterRow& row : kRows) colors.push_back(FindThumb(row.slider).second);
+        return colors;
+    };
+    EXPECT_EQ(fills(), (std::vector<uint32_t>{face, face, face}));
+    Send(Item(IDC_THRESHOLD_SLIDER), WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(100, 5));
+    EXPECT_EQ(fills(), (std::vector<uint32_t>{0, face, face}));
+    Send(Item(IDC_THRESHOLD_SLIDER), WM_LBUTTONUP);
+    Send(Item(IDC_BIAS_SLIDER), WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(100, 5));
+    Send(Item(IDC_BIAS_SLIDER), WM_LBUTTONUP);
+    EXPECT_EQ(fills(), (std::vector<uint32_t>{face, face, 0}));
+    SetFocusTo(IDC_SOFTNESS_EDIT);
+    EXPECT_EQ(fills(), (std::vector<uint32_t>{face, 0, face}));
+    PointAt(kBesidePane);
+    Send(WM_LBUTTONDOWN);
+    EXPECT_EQ(fills(), (std::vector<uint32_t>{face, face, face}));
+
+    // The thumb stands where the value is, by any way there.
+    RECT rect;
+    GetWindowRect(Item(IDC_SOFTNESS_SLIDER), &rect);
+    const auto place = [&](int value) { return static_cast<int>(rect.right - rect.left - 13) * value / 100 + 6; };
+    SetText(IDC_SOFTNESS_EDIT, "31");
+    EXPECT_EQ(FindThumb(IDC_SOFTNESS_SLIDER).first, place(31));
+    SetFocusTo(IDC_SOFTNESS_EDIT);
+    Key(VK_UP);
+    EXPECT_EQ(FindThumb(IDC_SOFTNESS_SLIDER).first, place(32));
+    Alt(true);
+    ClickOn(IDC_CANCEL_RESET);
+    EXPECT_EQ(FindThumb(IDC_SOFTNESS_SLIDER).first, place(70));
+}
+
+}  // namespace stairmelt

@@ -1,0 +1,274 @@
+// What the mouse does in the preview pane: zoom, pan, fit, comparison, cursors. The picture's colours tell the place of
+// each pixel, so that a test sees which part of the image the pane shows.
+#include <cstdlib>
+
+#include "tests/support/dialog_session.h"
+
+namespace stairmelt {
+
+namespace {
+
+class PaneGestures : public DialogSession {
+protected:
+    // A picture whose kernel finds no edges, so that filtered and raw pixels are the same.
+    bool OpenPicture(int width, int height) {
+        host.document = {};
+        host.document.width = width;
+        host.document.height = height;
+        for (int y = 0; y < height; ++y) {
+            for (int x = 0; x < width; ++x) {
+                const int high = (x >> 8) << 4 | y >> 8;
+                for (const int sample : {x & 255, y & 255, high}) {
+                    host.document.source.push_back(static_cast<uint8_t>(sample));
+                }
+            }
+        }
+        if (Open() == nullptr) return false;
+        SetText(IDC_THRESHOLD_EDIT, "255");
+        return true;
+    }
+
+    // The image pixel under a pane pixel (0, 0 is the pane's top left corner), as last drawn by the host.
+    POINT Shown(int x, int y) {
+        const DisplayedMap& display = *host.ui.display;
+        const size_t plane = static_cast<size_t>(display.map.planeBytes);
+        const size_t at = static_cast<size_t>((y + 10 - display.row) * display.map.rowBytes + x + 10 - display.column);
+        const uint8_t* const samples = display.samples.data() + at;
+        const int high = samples[2 * plane];
+        return {samples[0] + (high >> 4) * 256, samples[plane] + (high & 15) * 256};
+    }
+
+    void Press(const POINT& place) {
+        PointAt(place);
+        Send(WM_LBUTTONDOWN);
+    }
+    void Drag(const POINT& to) {
+        PointAt(to);
+        Send(WM_MOUSEMOVE);
+    }
+    void Release() { Send(WM_LBUTTONUP); }
+
+    std::string Label() { return Text(IDC_ZOOM_LABEL); }
+
+    std::string CursorOver(const POINT& place) {
+        PointAt(place);
+        host.ui.cursors.clear();
+        Send(WM_MOUSEMOVE);
+        return host.ui.cursors.empty() ? "" : host.ui.cursors.back();
+    }
+};
+
+std::string ToText(const POINT& p) { return std::to_string(p.x) + "," + std::to_string(p.y); }
+
+#define EXPECT_SHOWN(paneX, paneY, imageX, imageY) EXPECT_EQ(ToText(Shown(paneX, paneY)), ToText({imageX, imageY}))
+
+}  // namespace
+
+TEST_F(PaneGestures, ButtonsClimbTheLadder) {
+    ASSERT_TRUE(OpenPicture(700, 600));
+    const char* const labels[] = {"6 %", "13 %", "25 %", "50 %", "100 %", "200 %", "400 %", "800 %", "1600 %"};
+    for (const int i : {3, 2, 1, 0, 0}) {
+        ClickOn(IDC_ZOOM_OUT);
+        EXPECT_EQ(Label(), labels[i]);
+    }
+    for (const int i : {1, 2, 3, 4, 5, 6, 7, 8, 8}) {
+        ClickOn(IDC_ZOOM_IN);
+        EXPECT_EQ(Label(), labels[i]);
+    }
+    // The view's centre has stayed: 480 x 360 pane pixels at 16 to an image pixel.
+    EXPECT_SHOWN(0, 0, 335, 288);
+    EXPECT_SHOWN(479, 359, 364, 311);
+}
+
+TEST_F(PaneGestures, WheelZoomsInsideThePaneAndStepsOutside) {
+    ASSERT_TRUE(OpenPicture(700, 600));
+    const struct {
+        POINT place;
+        int delta;
+        const char* label;
+    } zooms[] = {{kPaneMiddle, 120, "200 %"},  {kPaneMiddle, 360, "400 %"},  {kPaneMiddle, 119, "400 %"},
+                 {kPaneMiddle, -119, "400 %"}, {kPaneMiddle, -120, "200 %"}, {kPaneMiddle, -1200, "100 %"},
+                 {{10, 10}, 120, "200 %"},     {{490, 370}, -120, "100 %"},  {{9, 190}, 120, "100 %"},
+                 {{491, 190}, 120, "100 %"},   {{250, 9}, 120, "100 %"},     {{250, 371}, 120, "100 %"}};
+    for (const auto& row : zooms) {
+        PointAt(row.place);
+        Wheel(row.delta);
+        EXPECT_EQ(Label(), row.label) << row.place.x << "," << row.place.y << " by " << row.delta;
+    }
+
+    PointAt(kBesidePane);
+    const struct {
+        int edit, slider;
+        const char* typed;
+        int delta;
+        const char* shown;
+    } steps[] = {
+        {IDC_THRESHOLD_EDIT, IDC_THRESHOLD_SLIDER, "20", 120, "21"},
+        {IDC_SOFTNESS_EDIT, IDC_SOFTNESS_SLIDER, "20", -360, "17"},
+        {IDC_SOFTNESS_EDIT, IDC_SOFTNESS_SLIDER, "20", -119, "20"},
+        {IDC_SOFTNESS_EDIT, IDC_SOFTNESS_SLIDER, "99", 32767, "100"},
+        {IDC_BIAS_EDIT, IDC_BIAS_SLIDER, "500", -120, "100"},  // from the text, not from the slider
+        {IDC_BIAS_EDIT, IDC_BIAS_SLIDER, "1", -32768, "0"},
+        {IDC_BIAS_EDIT, IDC_BIAS_SLIDER, "2147483647", 240, "0"},  // wraps
+    };
+    for (const auto& row : steps) {
+        SetFocusTo(row.edit);
+        SetText(row.edit, row.typed);
+        Wheel(row.delta);
+        EXPECT_EQ(Text(row.edit), row.shown) << row.typed << " by " << row.delta;
+        EXPECT_EQ(Selected(row.edit), row.shown);
+        EXPECT_EQ(Position(row.slider), std::atoi(row.shown));
+    }
+    SetFocusTo(IDOK);
+    const std::vector<int> before = Positions();
+    Wheel(120);
+    EXPECT_EQ(Positions(), before);
+    EXPECT_EQ(Label(), "100 %");
+}
+
+TEST_F(PaneGestures, DoubleClickFitsTheImage) {
+    const struct {
+        int width, height;
+        const char *fitted, *in, *out;
+    } rows[] = {
+        {700, 600, "60 %", "100 %", "25 %"},    // a step of the ladder is the one below, plus a fraction
+        {960, 720, "50 %", "100 %", "25 %"},    // just a step
+        {10, 10, "3600 %", "3600 %", "800 %"},  // beyond the top
+        {4080, 20, "12 %", "13 %", "6 %"},
+        {10000, 3, "5 %", "13 %", "6 %"},  // below the bottom: the way out leads to it
+    };
+    for (const auto& row : rows) {
+        ASSERT_TRUE(OpenPicture(row.width, row.height));
+        PointAt(kBesidePane);
+        Send(WM_LBUTTONDBLCLK);
+        EXPECT_EQ(Label(), "100 %");
+        PointAt(kPaneMiddle);
+        Send(WM_LBUTTONDBLCLK);
+        EXPECT_EQ(Label(), row.fitted) << row.width;
+        const PSPixelMap& map = host.ui.display->map;
+        EXPECT_TRUE(map.bounds.right == 480 || map.bounds.bottom == 360) << row.width;
+        EXPECT_LE(map.bounds.right, 480);
+        EXPECT_LE(map.bounds.bottom, 360);
+        ClickOn(IDC_ZOOM_OUT);
+        EXPECT_EQ(Label(), row.out) << row.width;
+        Send(WM_LBUTTONDBLCLK);
+        ClickOn(IDC_ZOOM_IN);
+        EXPECT_EQ(Label(), row.in) << row.width;
+        Close(IDCANCEL);
+    }
+}
+
+TEST_F(PaneGestures, RightPressShowsThePlaceAtFullSize) {
+    ASSERT_TRUE(OpenPicture(2000, 1500));
+    // At 25 percent the view is 1920 x 1440 around 1000, 750.
+    for (int i = 0; i < 2; ++i) ClickOn(IDC_ZOOM_OUT);
+    EXPECT_SHOWN(0, 0, 40, 30);
+    PointAt(kBesidePane);
+    Send(WM_RBUTTONDOWN);
+    EXPECT_EQ(Label(), "25 %");
+    PointAt({250 + 100, 190 - 50});
+    const POINT clicked = Shown(240 + 100, 180 - 50);
+    EXPECT_EQ(ToText(clicked), "1400,550");
+    Send(WM_RBUTTONDOWN);
+    EXPECT_EQ(Label(), "100 %");
+    EXPECT_SHOWN(240, 180, 1400, 550);
+    // From full size up only the zoom changes.
+    ClickOn(IDC_ZOOM_IN);
+    PointAt({20, 20});
+    Send(WM_RBUTTONDOWN);
+    EXPECT_EQ(Label(), "100 %");
+    EXPECT_SHOWN(240, 180, 1400, 550);
+    // A place near the corner is as near the middle as it can be.
+    for (int i = 0; i < 4; ++i) ClickOn(IDC_ZOOM_OUT);
+    EXPECT_EQ(Label(), "6 %");
+    Send(WM_RBUTTONDOWN);
+    EXPECT_SHOWN(0, 0, 0, 0);
+}
+
+TEST_F(PaneGestures, DraggingMovesTheViewAndStopsAtTheEdges) {
+    ASSERT_TRUE(OpenPicture(700, 600));
+    SetFocusTo(IDC_BIAS_EDIT);
+    Press(kPaneMiddle);
+    EXPECT_EQ(Capture(), dialog);
+    EXPECT_EQ(GetDlgCtrlID(Focus()), IDC_FOCUS_PARKING);
+    EXPECT_SHOWN(0, 0, 110, 120);
+    Drag({250 - 30, 190 + 20});
+    EXPECT_SHOWN(0, 0, 140, 100);
+    // Beyond the edges it stops, and turns back at once.
+    Drag({250 + 600, 190 - 300});
+    EXPECT_SHOWN(0, 0, 0, 240);
+    Drag({250 + 590, 190 - 293});
+    EXPECT_SHOWN(0, 0, 10, 233);
+    Release();
+    EXPECT_EQ(Capture(), nullptr);
+    Drag({200, 200});
+    EXPECT_SHOWN(0, 0, 10, 233);
+
+    // The middle button does the same. Pane pixels are halved at 200 percent.
+    ClickOn(IDC_ZOOM_IN);
+    EXPECT_SHOWN(0, 0, 10 + 120, 233 + 90);
+    PointAt({300, 300});
+    Send(WM_MBUTTONDOWN);
+    Drag({300 - 40, 300 + 10});
+    EXPECT_SHOWN(0, 0, 130 + 20, 323 - 5);
+    // Half an image pixel further the filtered crop begins elsewhere, but shows the same places.
+    Drag({300 - 41, 300 + 9});
+    const DisplayedMap held = *host.ui.display;
+    Send(WM_MBUTTONUP);
+    EXPECT_TRUE(host.ui.display->samples == held.samples);
+    EXPECT_EQ(Capture(), nullptr);
+
+    // A press beside the pane takes the focus, and nothing else.
+    SetFocusTo(IDC_BIAS_EDIT);
+    const int displays = host.ui.displays;
+    Press(kBesidePane);
+    EXPECT_EQ(GetDlgCtrlID(Focus()), IDC_FOCUS_PARKING);
+    EXPECT_EQ(Capture(), nullptr);
+    EXPECT_EQ(host.ui.displays, displays);
+    Drag(kPaneMiddle);
+    EXPECT_SHOWN(0, 0, 150, 318);
+    Release();
+}
+
+TEST_F(PaneGestures, TheHandShowsWhatCanBeMoved) {
+    const std::string hand = kCursorHand, arrow = kCursorArrow;
+    ASSERT_TRUE(OpenPicture(600, 500));
+    EXPECT_EQ(CursorOver(kPaneMiddle), hand);
+    EXPECT_EQ(CursorOver({10, 370}), hand);
+    EXPECT_EQ(CursorOver(kBesidePane), arrow);
+    // A drag keeps the hand outside the pane too.
+    Press(kPaneMiddle);
+    EXPECT_EQ(CursorOver(kBesidePane), hand);
+    Release();
+    EXPECT_EQ(CursorOver(kBesidePane), arrow);
+    Close(IDCANCEL);
+
+    // The height alone decides; sideways the image moves all the same.
+    ASSERT_TRUE(OpenPicture(1000, 200));
+    EXPECT_EQ(CursorOver(kPaneMiddle), arrow);
+    Press(kPaneMiddle);
+    EXPECT_EQ(CursorOver({240, 100}), hand);
+    EXPECT_SHOWN(0, 180, 270, 100);
+    Release();
+    EXPECT_EQ(CursorOver(kPaneMiddle), arrow);
+    EXPECT_EQ(host.suites.held[kUIHooksSuite], 1);
+}
+
+TEST_F(PaneGestures, HostsWithoutTheHooksGetTheSystemsCursors) {
+    host.failures.refusedSuites.insert(kUIHooksSuite);
+    ASSERT_TRUE(OpenPicture(600, 500));
+    const auto systemCursor = [&](const POINT& place) {
+        PointAt(place);
+        Send(WM_MOUSEMOVE);
+        CURSORINFO info = {};
+        info.cbSize = sizeof info;
+        GetCursorInfo(&info);
+        return info.hCursor;
+    };
+    EXPECT_EQ(systemCursor(kPaneMiddle), LoadCursorA(nullptr, IDC_HAND));
+    EXPECT_EQ(systemCursor(kBesidePane), LoadCursorA(nullptr, IDC_ARROW));
+    EXPECT_TRUE(host.ui.cursors.empty());
+    EXPECT_EQ(Close(IDOK), kNoErr);
+}
+
+}  // namespace stairmelt

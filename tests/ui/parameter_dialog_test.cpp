@@ -1,0 +1,266 @@
+// The parameter dialog's controls: what it opens with, how sliders and edit boxes keep in step, its keys, and what each
+// of its ends leaves behind.
+#include <cstdlib>
+#include <cstring>
+
+#include "tests/support/dialog_session.h"
+
+namespace stairmelt {
+
+namespace {
+
+using Values = std::vector<int>;
+
+constexpr int kJapanese = 932;
+constexpr char kCancelInJapanese[] = "\x83\x4C\x83\x83\x83\x93\x83\x5A\x83\x8B";
+constexpr char kResetInJapanese[] = "\x8F\x89\x8A\xFA\x89\xBB";
+
+class ParameterDialog : public DialogSession {
+protected:
+    std::string CancelCaption() const { return GetACP() == kJapanese ? kCancelInJapanese : "Cancel"; }
+    std::string ResetCaption() const { return GetACP() == kJapanese ? kResetInJapanese : "Reset"; }
+
+    std::vector<std::string> Texts() { return {Text(kRows[0].edit), Text(kRows[1].edit), Text(kRows[2].edit)}; }
+
+    RECT WindowRect() const {
+        RECT rect = {};
+        GetWindowRect(dialog, &rect);
+        return rect;
+    }
+};
+
+}  // namespace
+
+TEST_F(ParameterDialog, OpensWithTheStoredValues) {
+    // A run that is meant to be Japanese says so, and mustn't be another English one.
+    const char* const codePage = std::getenv("STAIRMELT_CODE_PAGE");
+    EXPECT_TRUE(codePage == nullptr || codePage == std::to_string(GetACP())) << GetACP();
+    Store(20, 30, 40);
+    ASSERT_NE(Open(), nullptr);
+    char title[64] = "";
+    GetWindowTextA(dialog, title, sizeof title);
+    EXPECT_STREQ(title, "NORVA stairmelt");
+    EXPECT_EQ(GetWindow(dialog, GW_OWNER), hostWindow);
+    EXPECT_EQ(Positions(), (Values{20, 30, 40}));
+    EXPECT_EQ(Texts(), (std::vector<std::string>{"20", "30", "40"}));
+    for (const ParameterRow& row : kRows) {
+        EXPECT_EQ(Send(Item(row.slider), kGetRangeMin), 0) << row.name;
+        EXPECT_EQ(Send(Item(row.slider), kGetRangeMax), row.max) << row.name;
+    }
+    EXPECT_EQ(Text(IDOK), "OK");
+    EXPECT_EQ(Text(IDC_CANCEL_RESET), CancelCaption());
+    EXPECT_EQ(Text(IDC_ZOOM_LABEL), "100 %");
+
+    // A script's values may lie outside the range of the dialog: the sliders limit them, the texts don't.
+    Close(IDCANCEL);
+    Store(3000, -5, 101);
+    ASSERT_NE(Open(), nullptr);
+    EXPECT_EQ(Positions(), (Values{255, 0, 100}));
+    EXPECT_EQ(Texts(), (std::vector<std::string>{"3000", "-5", "101"}));
+}
+
+TEST_F(ParameterDialog, OkKeepsThePositionsAndTheWindowsPlace) {
+    ASSERT_NE(Open(), nullptr);
+    SetText(IDC_THRESHOLD_EDIT, "999");
+    SetText(IDC_SOFTNESS_EDIT, " \t-7");
+    SetText(IDC_BIAS_EDIT, "+42.9 %");
+    EXPECT_EQ(Texts(), (std::vector<std::string>{"999", " \t-7", "+42.9 %"}));
+    SetWindowPos(dialog, nullptr, 33, 44, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
+    Settle();
+    const RECT place = WindowRect();
+    ClickOn(IDOK);
+    EXPECT_EQ(WaitForEnd(), kNoErr);
+    EXPECT_EQ(Stored(), (Values{255, 0, 42, static_cast<int>(place.left), static_cast<int>(place.top)}));
+    EXPECT_EQ(place.left, 33);
+    EXPECT_EQ(host.script.recorded,
+              (std::vector<ScriptValue>{{KEY_THRESHOLD, 255}, {KEY_SOFTNESS, 0}, {KEY_BIAS, 42}}));
+    EXPECT_TRUE(host.document.result == Smoothed(255, 0, 42));
+
+    // Enter presses OK from anywhere.
+    ASSERT_NE(Open(), nullptr);
+    SetText(IDC_THRESHOLD_EDIT, "no number");
+    SetFocusTo(IDC_BIAS_EDIT);
+    PostMessageA(Focus(), WM_KEYDOWN, VK_RETURN, 1);
+    EXPECT_EQ(WaitForEnd(), kNoErr);
+    EXPECT_EQ(Stored()[0], 0);
+    EXPECT_TRUE(host.document.result == Smoothed(0, 0, 42));
+}
+
+TEST_F(ParameterDialog, CancelLeavesEverythingAsItWas) {
+    const std::vector<std::pair<const char*, void (*)(ParameterDialog&)>> ways = {
+        {"Cancel", [](ParameterDialog& d) { PostMessageA(d.Item(IDC_CANCEL_RESET), BM_CLICK, 0, 0); }},
+        {"Escape", [](ParameterDialog& d) { PostMessageA(d.Focus(), WM_KEYDOWN, VK_ESCAPE, 1); }},
+        {"Close", [](ParameterDialog& d) { PostMessageA(d.dialog, WM_CLOSE, 0, 0); }},
+    };
+    Store(20, 30, 40, 50, 60);
+    for (const auto& [name, way] : ways) {
+        ASSERT_NE(Open(), nullptr);
+        SetText(IDC_SOFTNESS_EDIT, "1");
+        SetWindowPos(dialog, nullptr, 11, 12, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
+        Settle();
+        way(*this);
+        EXPECT_EQ(WaitForEnd(), kUserCanceledErr) << name;
+        EXPECT_EQ(Stored(), (Values{20, 30, 40, 50, 60})) << name;
+        int32_t block[5];
+        std::memcpy(block, host.handles.blocks.made[0].memory.Data(), sizeof block);
+        EXPECT_EQ(Values(block, block + 5), (Values{20, 30, 40, 50, 60})) << name;
+    }
+}
+
+TEST_F(ParameterDialog, OpensWhereItWasLeftButOnTheScreen) {
+    ASSERT_NE(Open(), nullptr);
+    const RECT first = WindowRect();
+    const int width = first.right - first.left, height = first.bottom - first.top;
+    const int screenWidth = GetSystemMetrics(SM_CXSCREEN), screenHeight = GetSystemMetrics(SM_CYSCREEN);
+    const int centreX = screenWidth / 2 - width / 2, centreY = screenHeight / 2 - height / 2;
+    const struct {
+        int storedX, storedY, x, y;
+    } rows[] = {{-1, -1, centreX, centreY},
+                {-1, 5, centreX, centreY},
+                {40, 60, 40, 60},
+                {5000, 5000, screenWidth - width, screenHeight - height}};
+    for (const auto& row : rows) {
+        Close(IDCANCEL);
+        Store(10, 70, 0, row.storedX, row.storedY);
+        ASSERT_NE(Open(), nullptr);
+        const RECT place = WindowRect();
+        EXPECT_EQ((Values{static_cast<int>(place.left), static_cast<int>(place.top)}), (Values{row.x, row.y}))
+            << row.storedX << ", " << row.storedY;
+        EXPECT_EQ(place.right - place.left, width);
+    }
+}
+
+TEST_F(ParameterDialog, ArrowsStepAParameterFromItsEditBox) {
+    ASSERT_NE(Open(), nullptr);
+    const struct {
+        int slider, edit;
+        const char* typed;
+        WPARAM key;
+        const char* shown;
+    } rows[] = {{IDC_THRESHOLD_SLIDER, IDC_THRESHOLD_EDIT, "20", VK_UP, "21"},
+                {IDC_THRESHOLD_SLIDER, IDC_THRESHOLD_EDIT, "999", VK_UP, "255"},
+                {IDC_THRESHOLD_SLIDER, IDC_THRESHOLD_EDIT, "999", VK_DOWN, "254"},
+                {IDC_SOFTNESS_SLIDER, IDC_SOFTNESS_EDIT, "70", VK_DOWN, "69"},
+                {IDC_BIAS_SLIDER, IDC_BIAS_EDIT, "0", VK_DOWN, "0"},
+                {IDC_BIAS_SLIDER, IDC_BIAS_EDIT, "", VK_UP, "1"}};
+    for (const auto& row : rows) {
+        SetFocusTo(row.edit);
+        SetText(row.edit, row.typed);
+        Key(row.key);
+        EXPECT_EQ(Text(row.edit), row.shown) << row.typed;
+        EXPECT_EQ(Selected(row.edit), row.shown) << row.typed;
+        EXPECT_EQ(Position(row.slider), std::atoi(row.shown)) << row.typed;
+        EXPECT_EQ(GetDlgCtrlID(Focus()), row.edit);
+    }
+
+    // With the focus elsewhere they step nothing, whoever hands them to the dialog.
+    SetFocusTo(IDC_ZOOM_IN);
+    const Values before = Positions();
+    Send(WM_KEYDOWN, VK_UP, 1);
+    Send(Item(IDC_THRESHOLD_SLIDER), WM_KEYDOWN, VK_UP, 1);
+    Send(Item(IDC_ZOOM_IN), WM_KEYDOWN, VK_DOWN, 1);
+    EXPECT_EQ(Positions(), before);
+}
+
+TEST_F(ParameterDialog, PlusAndMinusZoomOutsideTheEditBoxes) {
+    ASSERT_NE(Open(), nullptr);
+    const WPARAM plus[] = {VK_ADD, VK_OEM_PLUS, VK_OEM_PERIOD}, minus[] = {VK_SUBTRACT, VK_OEM_MINUS, VK_OEM_COMMA};
+    for (const int from : {static_cast<int>(IDOK), IDC_CANCEL_RESET, IDC_ZOOM_OUT, IDC_FOCUS_PARKING}) {
+        for (int i = 0; i < 3; ++i) {
+            SetFocusTo(from);
+            Key(plus[i]);
+            EXPECT_EQ(Text(IDC_ZOOM_LABEL), "200 %") << "from " << from << " key " << plus[i];
+            EXPECT_EQ(GetDlgCtrlID(Focus()), IDC_ZOOM_IN);
+            SetFocusTo(from);
+            Key(minus[i]);
+            EXPECT_EQ(Text(IDC_ZOOM_LABEL), "100 %") << "from " << from << " key " << minus[i];
+            EXPECT_EQ(GetDlgCtrlID(Focus()), IDC_ZOOM_OUT);
+        }
+    }
+    // The sliders never keep the focus, but would pass the keys up as well.
+    Send(Item(IDC_BIAS_SLIDER), WM_KEYDOWN, VK_OEM_PLUS, 1);
+    EXPECT_EQ(Text(IDC_ZOOM_LABEL), "200 %");
+
+    // In an edit box they are text.
+    SetFocusTo(IDC_SOFTNESS_EDIT);
+    SetText(IDC_SOFTNESS_EDIT, "");
+    for (const WPARAM key : {VK_ADD, VK_SUBTRACT, VK_OEM_PERIOD}) Key(key);
+    EXPECT_EQ(Text(IDC_SOFTNESS_EDIT), "+-.");
+    EXPECT_EQ(Text(IDC_ZOOM_LABEL), "200 %");
+    EXPECT_EQ(GetDlgCtrlID(Focus()), IDC_SOFTNESS_EDIT);
+}
+
+TEST_F(ParameterDialog, AltTurnsCancelIntoReset) {
+    Store(20, 30, 40);
+    ASSERT_NE(Open(), nullptr);
+    for (const int from : {static_cast<int>(IDOK), IDC_THRESHOLD_EDIT, IDC_FOCUS_PARKING}) {
+        SetFocusTo(from);
+        Alt(true);
+        EXPECT_EQ(Text(IDC_CANCEL_RESET), ResetCaption()) << from;
+        Alt(false);
+        EXPECT_EQ(Text(IDC_CANCEL_RESET), CancelCaption()) << from;
+    }
+    Send(WM_SYSKEYDOWN, VK_F10, 1);
+    EXPECT_EQ(Text(IDC_CANCEL_RESET), CancelCaption());
+
+    Alt(true);
+    ClickOn(IDC_CANCEL_RESET);
+    ASSERT_FALSE(HasEnded());
+    EXPECT_EQ(Positions(), (Values{10, 70, 0}));
+    EXPECT_EQ(Texts(), (std::vector<std::string>{"10", "70", "0"}));
+    EXPECT_EQ(Text(IDC_CANCEL_RESET), ResetCaption());
+    // What stands there already is set again, but nothing is rendered for it.
+    const int displays = host.ui.displays;
+    ClickOn(IDC_CANCEL_RESET);
+    EXPECT_EQ(host.ui.displays, displays);
+
+    // The release of any system key ends it, and then the same button cancels.
+    Send(WM_SYSKEYUP, VK_F10, 1);
+    EXPECT_EQ(Text(IDC_CANCEL_RESET), CancelCaption());
+    PostMessageA(Item(IDC_CANCEL_RESET), BM_CLICK, 0, 0);
+    EXPECT_EQ(WaitForEnd(), kUserCanceledErr);
+    EXPECT_EQ(Stored(), (Values{20, 30, 40, -1, -1}));
+}
+
+TEST_F(ParameterDialog, ScrollMessagesOfAStockTrackbarJumpToThePointer) {
+    ASSERT_NE(Open(), nullptr);
+    const HWND slider = Item(IDC_SOFTNESS_SLIDER);
+    RECT rect;
+    GetWindowRect(slider, &rect);
+    const int width = rect.right - rect.left;
+    for (const WPARAM code : {SB_PAGEUP, SB_PAGEDOWN}) {
+        const int x = code == SB_PAGEUP ? 99 : width - 60;
+        PointAt({x, 5}, slider);
+        Send(WM_HSCROLL, code, reinterpret_cast<LPARAM>(slider));
+        EXPECT_EQ(Position(IDC_SOFTNESS_SLIDER), 100 * (x - 5) / (width - 10));
+        EXPECT_EQ(Text(IDC_SOFTNESS_EDIT), std::to_string(Position(IDC_SOFTNESS_SLIDER)));
+        EXPECT_EQ(Selected(IDC_SOFTNESS_EDIT), Text(IDC_SOFTNESS_EDIT));
+    }
+
+    // From any other window it only has the preview look at the sliders.
+    SetPosition(IDC_BIAS_SLIDER, 60);
+    const int displays = host.ui.displays;
+    Send(WM_HSCROLL, SB_PAGEUP, reinterpret_cast<LPARAM>(Item(IDOK)));
+    EXPECT_EQ(Text(IDC_BIAS_EDIT), "0");
+    EXPECT_GT(host.ui.displays, displays);
+}
+
+TEST_F(ParameterDialog, EndsWithoutADialogWhereThereCanBeNone) {
+    // Without suites the run counts as cancelled.
+    host.failures.noBasicSuite = true;
+    EXPECT_EQ(Open(), nullptr);
+    EXPECT_EQ(WaitForEnd(), kUserCanceledErr);
+
+    // Where the dialog can't be created, the run goes ahead with the values as they stand.
+    host.failures = {};
+    Store(20, 30, 40, 50, 60);
+    ASSERT_NE(Open(), nullptr);
+    Close(IDCANCEL);
+    ASSERT_TRUE(UnregisterClassA("CustomSlider", library));
+    EXPECT_EQ(Open(), nullptr);
+    EXPECT_EQ(WaitForEnd(), kNoErr);
+    EXPECT_EQ(Stored(), (Values{20, 30, 40, 50, 60}));
+    EXPECT_TRUE(host.document.result == Smoothed(20, 30, 40));
+}
+
+}  // namespace stairmelt

@@ -1,0 +1,302 @@
+// What the preview pane hands to the host and draws itself, in every colour mode, beside what the final run delivers.
+#include <cstring>
+
+#include "tests/support/dialog_session.h"
+
+namespace stairmelt {
+
+namespace {
+
+constexpr int kPaneWidth = 480, kPaneHeight = 360;
+
+class Preview : public DialogSession {
+protected:
+    // Bytes of the display image's rows [0, height) x [0, width), plane after plane, with image pixel (left, top) at
+    // its corner. `step`: image pixels between neighbours.
+    std::vector<uint8_t> Displayed(const std::vector<uint8_t>& pixels, int planes, int left, int top, int step = 1,
+                                   int width = kPaneWidth, int height = kPaneHeight) const {
+        const FakeDocument& document = host.document;
+        std::vector<uint8_t> bytes;
+        for (int plane = 0; plane < planes; ++plane) {
+            for (int y = 0; y < height; ++y) {
+                for (int x = 0; x < width; ++x) {
+                    const size_t at = static_cast<size_t>(top + y * step) * document.RowBytes() +
+                                      static_cast<size_t>(left + x * step) * document.PixelBytes() +
+                                      static_cast<size_t>(plane * document.SampleBytes());
+                    bytes.push_back(ByteOf(&pixels[at], document.depth));
+                }
+            }
+        }
+        return bytes;
+    }
+
+    static uint8_t ByteOf(const uint8_t* sample, int depth) {
+        if (depth == 8) return *sample;
+        if (depth == 16) return static_cast<uint8_t>((sample[0] + sample[1] * 256) * 255 / 32768);
+        float value;
+        std::memcpy(&value, sample, sizeof value);
+        return static_cast<uint8_t>(static_cast<int>(value * 255.0f));
+    }
+
+    // Islands of hard edges, at most eight pixels wide, on a flat ground: the crop's margin covers every run of them.
+    void OpenIslands(const KernelCase& format, int width, int height) {
+        host.document = DocumentOf(format, 1, 1, 1);
+        host.document.width = width;
+        host.document.height = height;
+        std::vector<uint8_t>& source = host.document.source;
+        const size_t pixelBytes = static_cast<size_t>(format.PixelBytes());
+        source.clear();
+        for (size_t i = 0; i < static_cast<size_t>(width * height * (format.channels + format.extra)); ++i) {
+            AppendSample(source, format.depth, 120);
+        }
+        SeededRandom random(77);
+        for (int top = 0; top + 8 <= height; top += 20) {
+            for (int left = 0; left + 8 <= width; left += 20) {
+                const std::vector<uint8_t> island = Patchwork(format, 8, 8, random);
+                for (int y = 0; y < 8; ++y) {
+                    std::memcpy(&source[static_cast<size_t>((top + y) * width + left) * pixelBytes],
+                                &island[static_cast<size_t>(y * 8) * pixelBytes], 8 * pixelBytes);
+                }
+            }
+        }
+    }
+
+    const DisplayedMap& Display() const { return *host.ui.display; }
+
+    static std::string Words(std::initializer_list<ptrdiff_t> numbers) {
+        std::string text;
+        for (const ptrdiff_t number : numbers) text += std::to_string(number) + " ";
+        return text;
+    }
+
+    // What the last call was given: the map, its place, and its masks with their distance from the map's pixels.
+    std::string Handed() const {
+        if (!host.ui.display) return "nothing";
+        const PSPixelMap& map = Display().map;
+        const VRect &bounds = map.bounds, &part = Display().part;
+        std::string text = Words({map.version, map.imageMode, bounds.top, bounds.left, bounds.bottom, bounds.right,
+                                  map.rowBytes, map.colBytes, map.planeBytes, map.maskPhaseRow, map.maskPhaseCol});
+        text += "at " + Words({Display().row, Display().column});
+        if (map.mat != nullptr) text += "with a mat ";
+        if (std::memcmp(&bounds, &part, sizeof part) != 0) text += "in part ";
+        for (const PSPixelMask& mask : Display().masks) {
+            const auto from = static_cast<const uint8_t*>(map.baseAddr);
+            text += "mask " + Words({static_cast<const uint8_t*>(mask.maskData) - from, mask.rowBytes, mask.colBytes,
+                                     mask.maskDescription});
+        }
+        return text;
+    }
+};
+
+}  // namespace
+
+TEST_F(Preview, HandsTheHostItsMapInEveryMode) {
+    const struct {
+        int16_t imageMode;
+        int channels;
+        int shownMode;
+    } modes[] = {{kModeGrayScale, 1, kModeGrayScale}, {kModeRGBColor, 3, kModeRGBColor},
+                 {kModeCMYKColor, 4, kModeCMYKColor}, {kModeMultichannel, 2, kModeMultichannel},
+                 {kModeDuotone, 1, kModeDuotone},     {kModeLabColor, 3, kModeLabColor},
+                 {kModeGray16, 1, kModeGrayScale},    {kModeRGB48, 3, kModeRGBColor},
+                 {kModeLab48, 3, kModeLabColor},      {kModeCMYK64, 4, kModeCMYKColor},
+                 {kModeDuotone16, 1, kModeDuotone},   {kModeDeepMultichannel, 3, kModeMultichannel},
+                 {kModeGray32, 1, kModeGrayScale},    {kModeRGB96, 3, kModeRGBColor}};
+    enum { kFlat, kExtraPlane, kTransparent };
+    for (const auto& mode : modes) {
+        for (const int depth : {8, 16, 32}) {
+            for (const int kind : {kFlat, kExtraPlane, kTransparent}) {
+                SCOPED_TRACE(testing::Message() << "mode " << mode.imageMode << " depth " << depth << " kind " << kind);
+                const bool isLarge = (mode.imageMode + depth / 8 + kind) % 2 == 0;
+                host.document = {};
+                host.document.width = isLarge ? 640 : 301;
+                host.document.height = isLarge ? 480 : 77;
+                host.document.imageMode = mode.imageMode;
+                host.document.planes = static_cast<int16_t>(mode.channels + (kind == kFlat ? 0 : 1));
+                host.document.depth = depth;
+                host.document.hasTransparency = kind == kTransparent;
+                ASSERT_NE(Open(), nullptr);
+                const int width = isLarge ? kPaneWidth : 301, height = isLarge ? kPaneHeight : 77,
+                          plane = width * height;
+                std::string expected = Words({1, mode.shownMode, 0, 0, height, width, width, 1, plane, 0, 0}) + "at " +
+                                       (isLarge ? "10 10 " : "152 100 ");
+                if (kind == kTransparent && mode.shownMode != kModeMultichannel) {
+                    expected += "mask " + Words({mode.channels * plane, width, 1, kSimplePSMask});
+                }
+                EXPECT_EQ(Handed(), expected);
+                Close(IDCANCEL);
+            }
+        }
+    }
+
+    // A floating selection brings a mask of its own, whatever the planes.
+    host.document = DocumentOf(kAllKernels[5], 300, 200, 1);
+    host.document.isFloating = true;
+    ASSERT_NE(Open(), nullptr);
+    ASSERT_EQ(Display().masks.size(), 1u);
+    EXPECT_EQ(Display().masks[0].maskData, reinterpret_cast<void*>(reinterpret_cast<uintptr_t>(host.record.maskData)));
+    EXPECT_EQ(Display().masks[0].rowBytes, int32_t{host.record.maskRowBytes});
+}
+
+TEST_F(Preview, EqualsTheFinalRunInEveryFormat) {
+    for (const KernelCase& format : kAllKernels) {
+        if (format.channels == 2 && format.extra != 0) continue;  // no mode of the host counts two and one
+        SCOPED_TRACE(format.name);
+        OpenIslands(format, 700, 600);
+        Store(12, 80, 20);
+        ASSERT_NE(Open(), nullptr);
+        // A forced render, with the values that the sliders have.
+        ClickOn(IDC_ZOOM_IN);
+        ClickOn(IDC_ZOOM_OUT);
+        const int planes = format.channels == 2 ? 1 : format.channels;  // multichannel is shown by its first
+        const std::vector<uint8_t> shown = Display().samples;
+        std::vector<uint8_t> mask;
+        if (format.extra != 0) {
+            const auto* const data = static_cast<const uint8_t*>(Display().masks.at(0).maskData);
+            mask.assign(data, data + kPaneWidth * kPaneHeight);
+        }
+        EXPECT_EQ(Close(IDOK), kNoErr);
+        const std::vector<uint8_t>& run = host.document.result;
+        EXPECT_TRUE(run == Smoothed(format, 12, 80, 20));
+        EXPECT_TRUE(shown == Displayed(run, planes, 110, 120));
+        EXPECT_FALSE(shown == Displayed(host.document.source, planes, 110, 120));
+        if (format.extra != 0) {
+            const std::vector<uint8_t> all = Displayed(run, planes + 1, 110, 120);
+            EXPECT_TRUE(std::equal(mask.begin(), mask.end(), all.end() - static_cast<ptrdiff_t>(mask.size())));
+        }
+    }
+}
+
+TEST_F(Preview, OpensWithTheDefaultsUntilTheNextRender) {
+    OpenIslands(kAllKernels[4], 700, 600);
+    Store(60, 20, 90);
+    const auto of = [&](const std::vector<uint8_t>& pixels) { return Displayed(pixels, 3, 110, 120); };
+    const auto shown = [&] { return Display().samples; };
+    ASSERT_NE(Open(), nullptr);
+    const std::vector<uint8_t> defaults = of(Smoothed(10, 70, 0)), stored = of(Smoothed(60, 20, 90));
+    ASSERT_FALSE(defaults == stored);
+    EXPECT_TRUE(shown() == defaults);
+    // A repaint, and a text that changes no value, leave the picture as it is.
+    const int displays = host.ui.displays;
+    SetText(IDC_BIAS_EDIT, "090");
+    EXPECT_EQ(host.ui.displays, displays);
+    InvalidateRect(dialog, nullptr, FALSE);
+    Settle();
+    EXPECT_GT(host.ui.displays, displays);
+    EXPECT_TRUE(shown() == defaults);
+    // The next forced render takes the values that the first repaint has read.
+    ClickOn(IDC_ZOOM_IN);
+    ClickOn(IDC_ZOOM_OUT);
+    EXPECT_TRUE(shown() == stored);
+    Close(IDCANCEL);
+
+    // So does a change of one value, with all three.
+    ASSERT_NE(Open(), nullptr);
+    EXPECT_TRUE(shown() == defaults);
+    SetText(IDC_BIAS_EDIT, "30");
+    EXPECT_TRUE(shown() == of(Smoothed(60, 20, 30)));
+}
+
+TEST_F(Preview, ShowsTheSourceWhileHeldAndBelowHalfSize) {
+    OpenIslands(kAllKernels[4], 2000, 1600);
+    ASSERT_NE(Open(), nullptr);
+    const std::vector<uint8_t> raw = Displayed(host.document.source, 3, 760, 620);
+    const std::vector<uint8_t> filtered = Displayed(Smoothed(10, 70, 0), 3, 760, 620);
+    EXPECT_TRUE(Display().samples == filtered);
+    PointAt(kPaneMiddle);
+    Send(WM_LBUTTONDOWN);
+    EXPECT_TRUE(Display().samples == raw);
+    SetText(IDC_SOFTNESS_EDIT, "90");
+    EXPECT_TRUE(Display().samples == raw);
+    SetText(IDC_SOFTNESS_EDIT, "70");
+    Send(WM_LBUTTONUP);
+    EXPECT_TRUE(Display().samples == filtered);
+
+    // Elsewhere too, and in the corner, where the crop has no margin.
+    PointAt({250 - 37, 190 + 23});
+    Send(WM_LBUTTONDOWN);
+    PointAt({250, 190});
+    Send(WM_MOUSEMOVE);
+    Send(WM_LBUTTONUP);
+    EXPECT_TRUE(Display().samples == Displayed(Smoothed(10, 70, 0), 3, 760 - 37, 620 + 23));
+    PointAt(kPaneMiddle);
+    Send(WM_LBUTTONDBLCLK);
+    PointAt({10 + 450, 10 + 360});
+    Send(WM_RBUTTONDOWN);
+    EXPECT_TRUE(Display().samples == Displayed(Smoothed(10, 70, 0), 3, 1520, 1240));
+    PointAt(kPaneMiddle);
+    Send(WM_LBUTTONDBLCLK);
+    Send(WM_RBUTTONDOWN);
+
+    ClickOn(IDC_ZOOM_OUT);  // 50 percent: 960 x 720 image pixels, every second one
+    EXPECT_TRUE(Display().samples == Displayed(Smoothed(10, 70, 0), 3, 520, 440, 2));
+    ClickOn(IDC_ZOOM_OUT);
+    const std::vector<uint8_t> quarter = Displayed(host.document.source, 3, 40, 80, 4);
+    EXPECT_TRUE(Display().samples == quarter);
+    const int displays = host.ui.displays;
+    SetText(IDC_SOFTNESS_EDIT, "5");
+    EXPECT_GT(host.ui.displays, displays) << "it is sampled again all the same";
+    EXPECT_TRUE(Display().samples == quarter);
+}
+
+TEST_F(Preview, DrawsFrameAndBandsWhateverTheHostCanGive) {
+    const struct {
+        const char* name;
+        void (*fail)(Failures&);
+        bool isDrawn;  // something of the picture can be shown at first
+    } rows[] = {
+        {"nothing fails", [](Failures&) {}, true},
+        {"no buffers at all", [](Failures& f) { f.bufferAllocate = kEveryCall; }, false},
+        {"and the id stays wild", [](Failures& f) { f.bufferAllocate = kEveryCall, f.failedAllocateKeepsId = true; },
+         false},
+        {"no buffer to filter in", [](Failures& f) { f.bufferAllocate = 1; }, true},
+        {"no buffer to show", [](Failures& f) { f.bufferAllocate = 2; }, false},
+        {"no locks", [](Failures& f) { f.bufferLock = kEveryCall; }, false},
+        {"no lock to filter in", [](Failures& f) { f.bufferLock = 1; }, true},
+        {"no lock to show", [](Failures& f) { f.bufferLock = 2; }, false},
+        {"no buffer service", [](Failures& f) { f.noBufferProcs = true; }, false},
+        {"no drawing service", [](Failures& f) { f.noDisplayPixels = true; }, false},
+        {"drawing fails", [](Failures& f) { f.displayPixels = kEveryCall; }, false},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        OpenIslands(kAllKernels[4], 300, 200);
+        host.ui.displays = 0;
+        host.failures = {};
+        row.fail(host.failures);
+        ASSERT_NE(Open(), nullptr);
+        EXPECT_EQ(host.ui.displays > 0, row.isDrawn);
+        const Shot shot = Photograph(dialog);
+        const std::pair<int, int> corners[] = {{10, 10}, {489, 10}, {10, 369}, {489, 369}};
+        for (const auto& [x, y] : corners) EXPECT_EQ(shot.At(x, y), 0u) << x << "," << y;
+        const std::pair<int, int> bands[] = {{99, 190}, {400, 190}, {250, 89}, {250, 290}};
+        for (const auto& [x, y] : bands) EXPECT_EQ(shot.At(x, y), 0u) << x << "," << y;
+        const uint32_t face = GetSysColor(COLOR_3DFACE);  // red and blue are exchanged
+        const uint32_t outside = (face & 0xFF) << 16 | (face & 0xFF00) | face >> 16;
+        for (const auto& [x, y] : {std::pair{9, 190}, {490, 190}, {250, 9}, {250, 370}}) {
+            EXPECT_EQ(shot.At(x, y), outside) << x << "," << y;
+        }
+        if (row.isDrawn) {
+            for (const auto& [x, y] : {std::pair{100, 90}, {399, 90}, {100, 289}, {399, 289}}) {
+                const size_t at = static_cast<size_t>((y - 90) * 300 + x - 100);
+                EXPECT_EQ(shot.At(x, y), Display().screen[at]) << x << "," << y;
+            }
+        }
+
+        // All that makes and renders buffers anew.
+        for (const int id : {IDC_ZOOM_OUT, IDC_ZOOM_OUT, IDC_ZOOM_IN, IDC_ZOOM_IN, IDC_ZOOM_IN}) ClickOn(id);
+        SetText(IDC_BIAS_EDIT, "50");
+        PointAt(kPaneMiddle);
+        Send(WM_LBUTTONDOWN);
+        PointAt({20, 20});
+        Send(WM_MOUSEMOVE);
+        Send(WM_LBUTTONUP);
+        EXPECT_EQ(Close(IDOK), kNoErr);
+        EXPECT_TRUE(host.document.result == Smoothed(10, 70, 50));
+        EXPECT_EQ(host.buffers.blocks.CountLive(), 0);
+        EXPECT_EQ(Logged({"buffer.unlockProc"}).size(), Logged({"buffer.freeProc"}).size());
+        Store(10, 70, 0);
+    }
+}
+
+}  // namespace stairmelt

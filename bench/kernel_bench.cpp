@@ -65,7 +65,8 @@ double Time(int32_t (*kernel)(const KernelJob&), const KernelJob& job, const std
 template <class Depth, int kChannels, int kExtra>
 void BenchFormat(const std::string& wanted) {
     using Format = PixelFormat<Depth, kChannels, kExtra>;
-    const std::string name = "C" + std::to_string(kChannels) + "D" + std::to_string(Format::kBits) + (kExtra != 0 ? "A" : "");
+    const std::string name =
+        "C" + std::to_string(kChannels) + "D" + std::to_string(Format::kBits) + (kExtra != 0 ? "A" : "");
     if (!wanted.empty() && wanted != name) return;
     for (const Scene scene : {Scene::kFlat, Scene::kDrawn, Scene::kNoisy}) {
         std::vector<uint8_t> picture = DrawScene<Format>(scene);

@@ -18,12 +18,14 @@ const ParameterControls kParameterControls[kParameterCount] = {
 
 namespace {
 
-constexpr int32_t kNoPreviousValue = -1;
+struct NumberText {
+    char characters[12];  // the longest number, its sign and the end
+
+    explicit NumberText(int32_t value) { std::snprintf(characters, sizeof characters, "%d", static_cast<int>(value)); }
+};
 
 void SetEditText(HWND dialog, int editId, int32_t value) {
-    char text[12];  // the longest number, its sign and the end
-    std::snprintf(text, sizeof text, "%d", static_cast<int>(value));
-    SetDlgItemTextA(dialog, editId, text);
+    SetDlgItemTextA(dialog, editId, NumberText(value).characters);
 }
 
 }  // namespace
@@ -72,10 +74,9 @@ void SetEditValue(HWND dialog, int editId, int32_t value, bool selectAll, int32_
     }
     // Only what is typed over can be undone: the old text is set, and the new one replaces it.
     SetEditText(dialog, editId, previousValue);
-    char text[12];
-    std::snprintf(text, sizeof text, "%d", static_cast<int>(value));
+    const NumberText text(value);
     SendDlgItemMessageA(dialog, editId, EM_SETSEL, 0, -1);
-    SendDlgItemMessageA(dialog, editId, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(text));
+    SendDlgItemMessageA(dialog, editId, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(text.characters));
     SendDlgItemMessageA(dialog, editId, EM_SETSEL, 0, -1);
 }
 

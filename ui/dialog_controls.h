@@ -31,6 +31,8 @@ void SetSliderPosition(HWND dialog, int sliderId, int32_t position);  // the sli
 // Prepares a slider and its edit box. The low bound is 0 whatever `min` says.
 void SetupSlider(HWND dialog, int sliderId, int editId, int32_t min, int32_t max, int32_t value);
 
+constexpr int32_t kNoPreviousValue = -1;
+
 // Sets an edit box's text, and selects it on demand. With a previous value of 0 or more it also leaves one undo step
 // back to that.
 void SetEditValue(HWND dialog, int editId, int32_t value, bool selectAll, int32_t previousValue);

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 
+#include "host/parameters.h"
 #include "ui/pixel_buffer.h"
 #include "ui/preview_view.h"
 
@@ -17,7 +18,8 @@ struct ViewParams {
 };
 
 // The values that the sliders are reset to, and that the first picture is filtered with.
-constexpr ViewParams kResetParams = {10, 70, 0};
+constexpr ViewParams kResetParams = {kParameters[0].defaultValue, kParameters[1].defaultValue,
+                                     kParameters[2].defaultValue};
 
 struct DialogState {
     PixelBuffer source;        // the filtered crop: interleaved pixels of the image's own depth, rows without padding

@@ -117,7 +117,7 @@ void Reset(HWND dialog) {
     for (const ParameterControls& controls : kParameterControls) {
         const int32_t value = kResetParams.*controls.param;
         SetSliderPosition(dialog, controls.sliderId, value);
-        SetEditValue(dialog, controls.editId, value, false, -1);
+        SetEditValue(dialog, controls.editId, value, false, kNoPreviousValue);
     }
 }
 
@@ -170,7 +170,7 @@ INT_PTR OnHScroll(HWND dialog, WORD code, HWND slider) {
         } else {
             position = SliderPosition(dialog, controls->sliderId);
         }
-        SetEditValue(dialog, controls->editId, position, true, -1);
+        SetEditValue(dialog, controls->editId, position, true, kNoPreviousValue);
     }
     RenderPreview(dialog, false, false);
     return 0;

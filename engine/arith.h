@@ -4,7 +4,9 @@
 
 #include <cstdint>
 
-namespace stairmelt {
+#include "engine/instruction_set.h"
+
+namespace stairmelt::inline STAIRMELT_SET {
 
 constexpr int32_t WrapAdd(int32_t a, int32_t b) {
     return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
@@ -41,4 +43,4 @@ constexpr Sample LowBits(int32_t value) {
     return static_cast<Sample>(static_cast<uint32_t>(value));
 }
 
-}  // namespace stairmelt
+}  // namespace stairmelt::inline STAIRMELT_SET

@@ -8,9 +8,8 @@
 #include "engine/mix.h"
 #include "engine/pixel_format.h"
 #include "engine/ramp.h"
-#include "engine/restores.h"
 
-namespace stairmelt {
+namespace stairmelt::inline STAIRMELT_SET {
 
 inline bool Contains(const ImageView& view, int32_t x, int32_t y) {
     return x >= 0 && x < view.width && y >= 0 && y < view.height;
@@ -32,7 +31,7 @@ void FadeDiagonal(const KernelJob& job, int32_t x, int32_t y, const Diagonal& di
         const int32_t sourceY = y + diagonal.sourceY;
         if (!Contains(*job.destination, x, y) || !Contains(*job.source, sourceX, sourceY)) return;
         MixPixelAt<Format>(PixelAt<Format>(*job.destination, x, y),
-                           Load<Format>(PixelAt<Format>(*job.source, sourceX, sourceY)), NextBentWeight(third));
+                           LoadToward<Format>(PixelAt<Format>(*job.source, sourceX, sourceY)), NextBentWeight(third));
         if (diagonal.restores) {
             RestorePixel<Format>(*job.source, *job.destination, sourceX, sourceY, NextBentWeight(half));
         }
@@ -41,30 +40,4 @@ void FadeDiagonal(const KernelJob& job, int32_t x, int32_t y, const Diagonal& di
     }
 }
 
-// Measures and fades all four diagonals; returns whether any was faded. One that is doesn't stop the next.
-template <class Format>
-bool FadeDiagonals(const KernelJob& job, int32_t x, int32_t y, const EdgeMap& map, const Diagonal (&diagonals)[4]) {
-    const FlagCursor at(map, x, y);
-    bool faded = false;
-    for (const Diagonal& diagonal : diagonals) {
-        const int32_t n = MeasureDiagonal(at, diagonal);
-        if (n < 2) continue;
-        FadeDiagonal<Format>(job, x, y, diagonal, n);
-        faded = true;
-    }
-    return faded;
-}
-
-// At a pixel with flag R. A true result drops the scan's contact blends at this pixel.
-template <class Format>
-bool FadeDiagonalsFromRiser(const KernelJob& job, int32_t x, int32_t y, const EdgeMap& map) {
-    return IsStraightRiser(FlagCursor(map, x, y)) && FadeDiagonals<Format>(job, x, y, map, kRiserDiagonals);
-}
-
-// At a pixel with flag D. The scan goes on in the same way whatever the result is.
-template <class Format>
-bool FadeDiagonalsFromTread(const KernelJob& job, int32_t x, int32_t y, const EdgeMap& map) {
-    return IsStraightTread(FlagCursor(map, x, y)) && FadeDiagonals<Format>(job, x, y, map, kTreadDiagonals);
-}
-
-}  // namespace stairmelt
+}  // namespace stairmelt::inline STAIRMELT_SET

@@ -1,12 +1,12 @@
 // Finds the 45-degree staircases of single-pixel steps that leave the ends of a straight piece of edge two pixels long.
-// Such a diagonal has no run to measure, and the change from straight to diagonal would show. Reads only the edge map.
+// Such a diagonal has no run to measure, and the change from straight to diagonal would show. Reads only flags.
 #pragma once
 
 #include <cstdint>
 
 #include "engine/flag_pattern.h"
 
-namespace stairmelt {
+namespace stairmelt::inline STAIRMELT_SET {
 
 // One of the eight diagonals. Offsets of cells and pixels are from the pixel at which the scan stands, but for the stop
 // flags and the blend source.
@@ -35,21 +35,21 @@ constexpr Diagonal kTreadDiagonals[4] = {
     {0, 1, 1, 1, kFlagR, {X(0, 0), X(0, -1)}, 0, 1, 1, 0, false},
 };
 
-// True where a straight piece two pixels long stands at the pixel, whose R (for a riser) or D (for a tread) is set.
-inline bool IsStraightRiser(const FlagCursor& at) { return All<R(0, 1), Not(D(0, 0)), Not(D(1, 0))>(at); }
-inline bool IsStraightTread(const FlagCursor& at) { return All<D(-1, 0), Not(R(-1, 0)), Not(R(-1, 1))>(at); }
+// Steps of the diagonal, seen from the pixel at which the scan stands; below kShortestDiagonal there is nothing to
+// fade.
+constexpr int32_t kShortestDiagonal = 2;
 
-// Steps of the diagonal; below 2 there is nothing to fade.
-inline int32_t MeasureDiagonal(const FlagCursor& at, const Diagonal& diagonal) {
+template <class Cursor>
+int32_t MeasureDiagonal(const Cursor& at, const Diagonal& diagonal) {
     const FlagTest goesOn{0, 0, diagonal.continueFlag, true};
-    FlagCursor c = at;
+    Cursor c = at;
     c.Move(diagonal.startX, diagonal.startY);
     int32_t n = 0;
-    while (Holds(c, goesOn) && !Holds(c, diagonal.stop[0]) && !Holds(c, diagonal.stop[1])) {
+    while (c.Holds(goesOn) && !c.Holds(diagonal.stop[0]) && !c.Holds(diagonal.stop[1])) {
         ++n;
         c.Move(diagonal.stepX, diagonal.stepY);
     }
     return n;
 }
 
-}  // namespace stairmelt
+}  // namespace stairmelt::inline STAIRMELT_SET

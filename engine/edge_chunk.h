@@ -1,7 +1,9 @@
 // Compares a chunk of neighbouring columns at once: the fast form of the packed step. The samples are laid out plane by
-// plane, so that every loop runs over columns with a constant count and compilers turn it into vector instructions; no
-// instruction set is named. The flags are exactly those of the plain form.
+// plane, so that every loop runs over columns with a constant count and compilers turn it into vector instructions;
+// where an instruction set has something better it is taken. The flags are exactly those of the plain form.
 #pragma once
+
+#include <emmintrin.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -9,12 +11,18 @@
 #include <type_traits>
 
 #include "engine/arith.h"
-#include "engine/edge_map.h"
+#include "engine/cell_builder.h"
+#include "engine/flag_planes.h"
 #include "engine/pixel_format.h"
 
-namespace stairmelt {
+namespace stairmelt::inline STAIRMELT_SET {
 
-constexpr int kChunkColumns = 32;  // a multiple of the four columns of a group
+constexpr int kChunkColumns = 64;  // one word of flags
+
+// The flags of a chunk, column k in bit k.
+struct ChunkFlags {
+    uint64_t r, d, x, a;
+};
 
 // True if the chunk's pixels at p, the one behind them, and the same of the row below at q all have the same bits.
 // Equal pixels never differ, whatever the format, as long as the threshold isn't negative.
@@ -51,36 +59,38 @@ ChunkValue<Format> ChunkThreshold(Threshold threshold) {
     }
 }
 
+// 32 columns, laid out plane by plane.
 template <class Format>
 struct EdgeChunk {
     using Value = ChunkValue<Format>;
-    static constexpr int kColumns = kChunkColumns + 1;  // and the pixel behind the last one
+    static constexpr int kColumns = 32;
+    static constexpr int kRead = kColumns + 1;  // and the pixel behind the last one
+    using Planes = Value[Format::kPixelSize][kRead];
 
-    Value p[Format::kPixelSize][kColumns];  // the row's samples, plane by plane
-    Value q[Format::kPixelSize][kColumns];  // those of the row below
+    Planes p;  // the row's samples
+    Planes q;  // those of the row below
 
-    static void Spread(const uint8_t* row, Value (&planes)[Format::kPixelSize][kColumns]) {
-        typename Format::Sample samples[kColumns * Format::kPixelSize];
+    static void Spread(const uint8_t* row, Planes& planes) {
+        typename Format::Sample samples[kRead * Format::kPixelSize];
         std::memcpy(samples, row, sizeof samples);
         for (int c = 0; c < Format::kPixelSize; ++c) {
-            for (int x = 0; x < kColumns; ++x) planes[c][x] = static_cast<Value>(samples[x * Format::kPixelSize + c]);
+            for (int x = 0; x < kRead; ++x) planes[c][x] = static_cast<Value>(samples[x * Format::kPixelSize + c]);
         }
     }
 
     // Adds `flag` to the columns where the pixel of `a` at column + aShift differs from that of `b` at column + bShift.
-    static void Compare(const Value (&a)[Format::kPixelSize][kColumns], int aShift,
-                        const Value (&b)[Format::kPixelSize][kColumns], int bShift, Value threshold, uint8_t flag,
-                        uint8_t (&flags)[kChunkColumns]) {
-        Value left[kChunkColumns];
-        for (int x = 0; x < kChunkColumns; ++x) left[x] = threshold;
+    static void Compare(const Planes& a, int aShift, const Planes& b, int bShift, Value threshold, uint8_t flag,
+                        uint8_t (&flags)[kColumns]) {
+        Value left[kColumns];
+        for (int x = 0; x < kColumns; ++x) left[x] = threshold;
         if constexpr (Format::kExtra == 1) {
             const Value* const u = a[Format::kOpacity] + aShift;
             const Value* const v = b[Format::kOpacity] + bShift;
-            for (int x = 0; x < kChunkColumns; ++x) left[x] = static_cast<Value>(left[x] - Distance(u[x], v[x]));
+            for (int x = 0; x < kColumns; ++x) left[x] = static_cast<Value>(left[x] - Distance(u[x], v[x]));
             for (int c = 0; c < Format::kChannels; ++c) {
                 const Value* const s = a[c] + aShift;
                 const Value* const t = b[c] + bShift;
-                for (int x = 0; x < kChunkColumns; ++x) {
+                for (int x = 0; x < kColumns; ++x) {
                     left[x] = static_cast<Value>(left[x] - VisibleDistance(Distance(s[x], t[x]), u[x], v[x]));
                 }
             }
@@ -88,12 +98,10 @@ struct EdgeChunk {
             for (int c = 0; c < Format::kChannels; ++c) {
                 const Value* const s = a[c] + aShift;
                 const Value* const t = b[c] + bShift;
-                for (int x = 0; x < kChunkColumns; ++x) left[x] = static_cast<Value>(left[x] - Distance(s[x], t[x]));
+                for (int x = 0; x < kColumns; ++x) left[x] = static_cast<Value>(left[x] - Distance(s[x], t[x]));
             }
         }
-        for (int x = 0; x < kChunkColumns; ++x) {
-            flags[x] = static_cast<uint8_t>(flags[x] | (left[x] < 0 ? flag : 0));
-        }
+        for (int x = 0; x < kColumns; ++x) flags[x] = static_cast<uint8_t>(flags[x] | (left[x] < 0 ? flag : 0));
     }
 
     static Value Distance(Value s, Value t) {
@@ -114,26 +122,65 @@ struct EdgeChunk {
         }
     }
 
-    // The flags of all columns, with every diagonal tested.
-    void CompareAll(Value threshold, uint8_t (&flags)[kChunkColumns]) const {
-        std::memset(flags, 0, sizeof flags);
-        Compare(p, 0, p, 1, threshold, kFlagR, flags);
-        Compare(p, 0, q, 0, threshold, kFlagD, flags);
-        Compare(p, 0, q, 1, threshold, kFlagX, flags);
-        Compare(p, 1, q, 0, threshold, kFlagA, flags);
+    // The cells of all columns, with every diagonal tested.
+    void CompareAll(Value threshold, uint8_t (&cells)[kColumns]) const {
+        std::memset(cells, 0, sizeof cells);
+        Compare(p, 0, p, 1, threshold, kFlagR, cells);
+        Compare(p, 0, q, 0, threshold, kFlagD, cells);
+        Compare(p, 0, q, 1, threshold, kFlagX, cells);
+        Compare(p, 1, q, 0, threshold, kFlagA, cells);
     }
 };
 
-// Takes from a group of four cells the diagonals that the packed step doesn't test: those of the first three cells
-// where no R or D is set in any cell of the group up to the next one.
-inline void DropUntestedDiagonals(uint8_t* cells) {
-    constexpr uint8_t kEdges = kFlagR | kFlagD;
-    constexpr uint8_t kDiagonals = kFlagX | kFlagA;
-    uint8_t seen = cells[0] & kEdges;
-    for (int k = 0; k < 3; ++k) {
-        seen = static_cast<uint8_t>(seen | (cells[k + 1] & kEdges));
-        if (seen == 0) cells[k] = static_cast<uint8_t>(cells[k] & ~kDiagonals);
-    }
+// One flag of 16 cells as bits.
+inline uint64_t FlagBits(const uint8_t* cells, uint8_t flag) {
+    const __m128i all = _mm_loadu_si128(reinterpret_cast<const __m128i*>(cells));
+    // The flag's bit becomes the highest of its byte; what crosses into a neighbour comes in below it.
+    return static_cast<uint32_t>(_mm_movemask_epi8(_mm_sll_epi16(all, _mm_cvtsi32_si128(7 - PlaneOf(flag)))));
 }
 
-}  // namespace stairmelt
+// Compares the chunks of one image.
+template <class Format>
+class ChunkComparer {
+public:
+    explicit ChunkComparer(EdgeThreshold<Format> edgeThreshold)
+        : mayBeFlat(edgeThreshold >= 0),
+          threshold(edgeThreshold),
+          chunkThreshold(ChunkThreshold<Format>(edgeThreshold)) {}
+
+    // True if no pixel of the chunk differs from a neighbour, as far as a quick look tells.
+    bool IsFlat(const uint8_t* p, const uint8_t* q) const { return mayBeFlat && IsFlatChunk<Format>(p, q); }
+
+    // The flags of the chunk at p, with the row below at q, every diagonal tested. Reads one pixel more of both rows.
+    ChunkFlags Compare(const uint8_t* p, const uint8_t* q) const {
+        using InstructionSet = typename Format::InstructionSet;
+        if constexpr (InstructionSet::kComparesBytes && Format::kBits == 8 && Format::kExtra == 0) {
+            if (threshold >= 0 && threshold < 255) {
+                return InstructionSet::template CompareBytes<Format::kChannels>(p, q, static_cast<uint8_t>(threshold));
+            }
+        }
+        using Chunk = EdgeChunk<Format>;
+        ChunkFlags flags{};
+        for (int x = 0; x < kChunkColumns; x += Chunk::kColumns) {
+            Chunk chunk;
+            chunk.Spread(p + x * Format::kPixelBytes, chunk.p);
+            chunk.Spread(q + x * Format::kPixelBytes, chunk.q);
+            uint8_t cells[Chunk::kColumns];
+            chunk.CompareAll(chunkThreshold, cells);
+            for (int k = 0; k < Chunk::kColumns; k += 16) {
+                flags.r |= FlagBits(cells + k, kFlagR) << (x + k);
+                flags.d |= FlagBits(cells + k, kFlagD) << (x + k);
+                flags.x |= FlagBits(cells + k, kFlagX) << (x + k);
+                flags.a |= FlagBits(cells + k, kFlagA) << (x + k);
+            }
+        }
+        return flags;
+    }
+
+private:
+    bool mayBeFlat;  // equal pixels differ only where the threshold is negative
+    EdgeThreshold<Format> threshold;
+    ChunkValue<Format> chunkThreshold;
+};
+
+}  // namespace stairmelt::inline STAIRMELT_SET

@@ -10,13 +10,9 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace stairmelt {
+#include "engine/flag_pattern.h"
 
-// The flags in the cell of pixel (x, y). The high four bits of a cell are zero.
-constexpr uint8_t kFlagR = 1;  // (x, y) differs from (x + 1, y): a vertical edge on its right side
-constexpr uint8_t kFlagD = 2;  // (x, y) differs from (x, y + 1): a horizontal edge along its bottom
-constexpr uint8_t kFlagX = 4;  // (x, y) differs from (x + 1, y + 1)
-constexpr uint8_t kFlagA = 8;  // (x + 1, y) differs from (x, y + 1)
+namespace stairmelt {
 
 class EdgeMap {
 public:
@@ -38,5 +34,18 @@ public:
 private:
     void* memory = nullptr;
 };
+
+// A cell of an EdgeMap as the origin of offsets.
+struct FlagCursor {
+    const uint8_t* cell;
+    ptrdiff_t stride;
+
+    FlagCursor(const EdgeMap& map, int32_t x, int32_t y) : cell(map.CellAt(x, y)), stride(map.stride) {}
+
+    bool Holds(FlagTest test) const { return ((cell[test.dy * stride + test.dx] & test.flag) != 0) == test.wanted; }
+    void Move(int dx, int dy) { cell += dy * stride + dx; }
+};
+
+inline FlagCursor CursorAt(const EdgeMap& map, int32_t x, int32_t y) { return {map, x, y}; }
 
 }  // namespace stairmelt

@@ -1,15 +1,23 @@
 // Conditions on flags as notation. R(dx, dy) holds when flag R is set in the cell at that offset from the pixel at
-// hand, and so for D, X and A; Not turns a condition round. All(at, ...) tests its conditions from left to right and
-// stops at the first that fails: where an offset reaches further than the guard border, the conditions before it see to
-// it that the cell is never read. With constant offsets everything folds into straight byte tests.
+// hand, and so for D, X and A; Not turns a condition round. A Pattern is a row of conditions that must all hold.
+//
+// A pattern is written once and read in two ways: at one pixel of an EdgeMap, by bytes (Holds, here), or at a block of
+// pixels of FlagPlanes, by bits (flag_block.h). At one pixel the conditions are tested from left to right, and the
+// first that fails ends the test: where an offset reaches further than the edge map's guard border, the conditions
+// before it see to it that the cell is never read.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 
-#include "engine/edge_map.h"
+#include "engine/instruction_set.h"
 
-namespace stairmelt {
+namespace stairmelt::inline STAIRMELT_SET {
+
+// The flags in the cell of pixel (x, y). The high four bits of a cell are zero.
+constexpr uint8_t kFlagR = 1;  // (x, y) differs from (x + 1, y): a vertical edge on its right side
+constexpr uint8_t kFlagD = 2;  // (x, y) differs from (x, y + 1): a horizontal edge along its bottom
+constexpr uint8_t kFlagX = 4;  // (x, y) differs from (x + 1, y + 1)
+constexpr uint8_t kFlagA = 8;  // (x + 1, y) differs from (x, y + 1)
 
 struct FlagTest {
     int dx;
@@ -24,29 +32,16 @@ constexpr FlagTest X(int dx, int dy) { return {dx, dy, kFlagX, true}; }
 constexpr FlagTest A(int dx, int dy) { return {dx, dy, kFlagA, true}; }
 constexpr FlagTest Not(FlagTest test) { return {test.dx, test.dy, test.flag, !test.wanted}; }
 
-// A cell of an EdgeMap as the origin of offsets.
-struct FlagCursor {
-    const uint8_t* cell;
-    ptrdiff_t stride;
+// The same condition, seen from a pixel that lies (-dx, -dy) further on.
+constexpr FlagTest Moved(FlagTest test, int dx, int dy) { return {test.dx + dx, test.dy + dy, test.flag, test.wanted}; }
 
-    FlagCursor(const EdgeMap& map, int32_t x, int32_t y) : cell(map.CellAt(x, y)), stride(map.stride) {}
-
-    uint8_t CellAt(int dx, int dy) const { return cell[dy * stride + dx]; }
-    void Move(int dx, int dy) { cell += dy * stride + dx; }
+template <FlagTest... kTests>
+struct Pattern {
+    // Cursor: the FlagCursor of edge_map.h, or the PlaneCursor of flag_planes.h.
+    template <class Cursor>
+    static bool Holds(const Cursor& at) {
+        return (at.Holds(kTests) && ...);
+    }
 };
 
-inline bool Holds(const FlagCursor& at, FlagTest test) {
-    return ((at.CellAt(test.dx, test.dy) & test.flag) != 0) == test.wanted;
-}
-
-template <FlagTest... kTests>
-bool All(const FlagCursor& at) {
-    return (Holds(at, kTests) && ...);
-}
-
-template <FlagTest... kTests>
-bool Any(const FlagCursor& at) {
-    return (Holds(at, kTests) || ...);
-}
-
-}  // namespace stairmelt
+}  // namespace stairmelt::inline STAIRMELT_SET

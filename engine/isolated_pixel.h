@@ -10,7 +10,7 @@
 #include "engine/image.h"
 #include "engine/pixel_format.h"
 
-namespace stairmelt {
+namespace stairmelt::inline STAIRMELT_SET {
 
 // Calls visit(neighbour pixel) for the source's pixels on the left, on the right, above and below, in this order,
 // skipping what lies outside the image.
@@ -43,8 +43,9 @@ typename Format::Sample SampleFromAverage(float value) {
 }
 
 template <class Format>
-requires(Format::kExtra == 0) void AverageIsolatedPixel(const ImageView& source, const ImageView& destination,
-                                                        int32_t x, int32_t y, typename Format::Weight neighbourWeight) {
+requires(Format::kExtra == 0) void AverageSampleBySample(const ImageView& source, const ImageView& destination,
+                                                         int32_t x, int32_t y,
+                                                         typename Format::Weight neighbourWeight) {
     float weights = 0.0f;
     std::array<float, Format::kChannels> values{};
     ForEachNeighbour<Format>(source, x, y, [&](const typename Format::Pixel& neighbour) {
@@ -66,8 +67,9 @@ requires(Format::kExtra == 0) void AverageIsolatedPixel(const ImageView& source,
 // With opacity, colours are averaged by opacity, and the opacity itself is averaged. The integer depths round to
 // nearest here, and the opacity is held to its range.
 template <class Format>
-requires(Format::kExtra == 1) void AverageIsolatedPixel(const ImageView& source, const ImageView& destination,
-                                                        int32_t x, int32_t y, typename Format::Weight neighbourWeight) {
+requires(Format::kExtra == 1) void AverageSampleBySample(const ImageView& source, const ImageView& destination,
+                                                         int32_t x, int32_t y,
+                                                         typename Format::Weight neighbourWeight) {
     constexpr bool kRounds = std::is_integral_v<typename Format::Sample>;
     const float weight = static_cast<float>(neighbourWeight) / static_cast<float>(Format::kWhole);
     float weights = 0.0f;
@@ -104,4 +106,14 @@ requires(Format::kExtra == 1) void AverageIsolatedPixel(const ImageView& source,
     Store<Format>(at, pixel);
 }
 
-}  // namespace stairmelt
+template <class Format>
+void AverageIsolatedPixel(const ImageView& source, const ImageView& destination, int32_t x, int32_t y,
+                          typename Format::Weight neighbourWeight) {
+    if constexpr (Format::kMixesLanes) {
+        Format::InstructionSet::template AverageIsolatedPixel<Format>(source, destination, x, y, neighbourWeight);
+    } else {
+        AverageSampleBySample<Format>(source, destination, x, y, neighbourWeight);
+    }
+}
+
+}  // namespace stairmelt::inline STAIRMELT_SET

@@ -11,7 +11,7 @@
 #include "engine/arith.h"
 #include "engine/pixel_format.h"
 
-namespace stairmelt {
+namespace stairmelt::inline STAIRMELT_SET {
 
 // `a` moved toward `b` by `weight`. Fits 32 bits for samples and weights in range; others wrap.
 template <class Depth>
@@ -86,12 +86,33 @@ void MixPixel(typename Format::Pixel& pixel, const typename Format::Pixel& towar
     }
 }
 
-// MixPixel on a pixel in memory.
+// What a walk holds of the pixel that it moves others toward: the pixel, or what the instruction set makes of it.
 template <class Format>
-void MixPixelAt(uint8_t* at, const typename Format::Pixel& toward, typename Format::Weight weight) {
-    typename Format::Pixel pixel = Load<Format>(at);
-    MixPixel<Format>(pixel, toward, weight);
-    Store<Format>(at, pixel);
+auto LoadToward(const uint8_t* at) {
+    if constexpr (Format::kMixesLanes) {
+        return Format::InstructionSet::template LoadToward<Format>(at);
+    } else {
+        return Load<Format>(at);
+    }
 }
 
-}  // namespace stairmelt
+// MixPixel on a pixel in memory.
+template <class Format, class Toward>
+void MixPixelAt(uint8_t* at, const Toward& toward, typename Format::Weight weight) {
+    if constexpr (Format::kMixesLanes) {
+        Format::InstructionSet::template MixPixelAt<Format>(at, toward, weight);
+    } else {
+        typename Format::Pixel pixel = Load<Format>(at);
+        MixPixel<Format>(pixel, toward, weight);
+        Store<Format>(at, pixel);
+    }
+}
+
+// Moves a destination pixel toward its own source value.
+template <class Format>
+void RestorePixel(const ImageView& source, const ImageView& destination, int32_t x, int32_t y,
+                  typename Format::Weight weight) {
+    MixPixelAt<Format>(PixelAt<Format>(destination, x, y), LoadToward<Format>(PixelAt<Format>(source, x, y)), weight);
+}
+
+}  // namespace stairmelt::inline STAIRMELT_SET

@@ -8,8 +8,9 @@
 #include <cstring>
 
 #include "engine/image.h"
+#include "engine/instruction_set.h"
 
-namespace stairmelt {
+namespace stairmelt::inline STAIRMELT_SET {
 
 // Weights of the integer depths: 65535 moves a sample all the way to its neighbour.
 struct IntegerWeights {
@@ -55,14 +56,20 @@ struct Depth32 : FloatWeights {
     static constexpr int kBits = 32;
 };
 
-template <class Depth, int Channels, int Extra>
-struct PixelFormat : Depth {
+// Set names the instruction set that a kernel of the format is compiled for: instances for different ones never share
+// code.
+template <class SampleDepth, int Channels, int Extra, class Set = Baseline>
+struct PixelFormat : SampleDepth {
+    using Depth = SampleDepth;
+    using InstructionSet = Set;
     static constexpr int kChannels = Channels;           // colour samples, 1..4
     static constexpr int kExtra = Extra;                 // 1 when an opacity sample follows them
     static constexpr int kPixelSize = Channels + Extra;  // samples from one pixel to the next
     static constexpr int kPixelBytes = kPixelSize * static_cast<int>(sizeof(typename Depth::Sample));
     static constexpr int kOpacity = Channels;  // index of the opacity sample
-    using Pixel = std::array<typename Depth::Sample, kPixelSize>;
+    // Whether all colours are mixed at once. One colour alone gains nothing by it.
+    static constexpr bool kMixesLanes = Set::kHasLanes && Channels > 1;
+    using Pixel = std::array<typename Depth::Sample, static_cast<size_t>(kPixelSize)>;
 };
 
 template <class Format>
@@ -82,4 +89,4 @@ void Store(uint8_t* at, const typename Format::Pixel& pixel) {
     std::memcpy(at, &pixel, Format::kPixelBytes);
 }
 
-}  // namespace stairmelt
+}  // namespace stairmelt::inline STAIRMELT_SET

@@ -10,7 +10,7 @@
 #include "engine/arith.h"
 #include "engine/pixel_format.h"
 
-namespace stairmelt {
+namespace stairmelt::inline STAIRMELT_SET {
 
 // One walk's state. The scan fills a fresh one for every walk and never reads it back.
 template <class Weights>
@@ -74,6 +74,15 @@ typename Weights::Weight NextRampWeight(BlendRamp<Weights>& ramp) {
     }
 }
 
+// How many pixels the rest of a walk takes at most.
+template <class Weights>
+int32_t MostPixels(const BlendRamp<Weights>& ramp) {
+    constexpr int32_t kMany = 1 << 20;
+    if (!(ramp.step > 0)) return INT32_MAX;  // only the image's bounds end it
+    const auto falls = ramp.weight / ramp.step;
+    return falls < kMany ? static_cast<int32_t>(falls) + 2 : INT32_MAX;
+}
+
 // Bends a weight by `bias` percent of a cube; a negative bias is the same curve mirrored through the centre of the unit
 // square. Both ends of the curve stay fixed.
 template <class Weight>
@@ -110,4 +119,4 @@ typename Weights::Weight NextBentWeight(BlendRamp<Weights>& ramp) {
     return ApplyBiasCurve(weight, ramp.fullWeight, ramp.bias);
 }
 
-}  // namespace stairmelt
+}  // namespace stairmelt::inline STAIRMELT_SET

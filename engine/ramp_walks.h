@@ -6,6 +6,7 @@
 // walk of no pixels.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -13,14 +14,15 @@
 #include "engine/mix.h"
 #include "engine/pixel_format.h"
 #include "engine/ramp.h"
+#include "engine/ramp_table.h"
 
-namespace stairmelt {
+namespace stairmelt::inline STAIRMELT_SET {
 
 // Blends at most `pixels` pixels from `at` on, `advance` bytes apart, toward the pixel at `neighbour`.
 template <class Format>
 void WalkRamp(uint8_t* at, ptrdiff_t advance, int32_t pixels, const uint8_t* neighbour, RampOf<Format> ramp) {
     if (pixels < 1) return;
-    const auto toward = Load<Format>(neighbour);
+    const auto toward = LoadToward<Format>(neighbour);
     while (true) {
         MixPixelAt<Format>(at, toward, NextBentWeight(ramp));
         if (ramp.finished || --pixels == 0) return;
@@ -28,28 +30,38 @@ void WalkRamp(uint8_t* at, ptrdiff_t advance, int32_t pixels, const uint8_t* nei
     }
 }
 
+// The same for weights that stand in a list.
 template <class Format>
-void RampLeft(const ImageView& source, const ImageView& destination, int32_t x, int32_t y, RampOf<Format> ramp) {
+void WalkRamp(uint8_t* at, ptrdiff_t advance, int32_t pixels, const uint8_t* neighbour,
+              const RampWeights<typename Format::Weights>& ramp) {
+    if (pixels < 1) return;
+    const auto toward = LoadToward<Format>(neighbour);
+    const int32_t count = std::min(pixels, ramp.count);
+    for (int32_t i = 0; i < count; ++i, at += advance) MixPixelAt<Format>(at, toward, ramp.weights[i]);
+}
+
+template <class Format, class Ramp>
+void RampLeft(const ImageView& source, const ImageView& destination, int32_t x, int32_t y, const Ramp& ramp) {
     WalkRamp<Format>(PixelAt<Format>(destination, x, y), -Format::kPixelBytes, x + 1, PixelAt<Format>(source, x + 1, y),
                      ramp);
 }
 
-template <class Format>
-void RampRight(const ImageView& source, const ImageView& destination, int32_t x, int32_t y, RampOf<Format> ramp) {
+template <class Format, class Ramp>
+void RampRight(const ImageView& source, const ImageView& destination, int32_t x, int32_t y, const Ramp& ramp) {
     WalkRamp<Format>(PixelAt<Format>(destination, x + 1, y), Format::kPixelBytes, destination.width - 1 - x,
                      PixelAt<Format>(source, x, y), ramp);
 }
 
-template <class Format>
-void RampUp(const ImageView& source, const ImageView& destination, int32_t x, int32_t y, RampOf<Format> ramp) {
+template <class Format, class Ramp>
+void RampUp(const ImageView& source, const ImageView& destination, int32_t x, int32_t y, const Ramp& ramp) {
     WalkRamp<Format>(PixelAt<Format>(destination, x, y), -static_cast<ptrdiff_t>(destination.rowStride), y + 1,
                      PixelAt<Format>(source, x, y + 1), ramp);
 }
 
-template <class Format>
-void RampDown(const ImageView& source, const ImageView& destination, int32_t x, int32_t y, RampOf<Format> ramp) {
+template <class Format, class Ramp>
+void RampDown(const ImageView& source, const ImageView& destination, int32_t x, int32_t y, const Ramp& ramp) {
     WalkRamp<Format>(PixelAt<Format>(destination, x, y + 1), destination.rowStride, destination.height - 1 - y,
                      PixelAt<Format>(source, x, y), ramp);
 }
 
-}  // namespace stairmelt
+}  // namespace stairmelt::inline STAIRMELT_SET

@@ -1,6 +1,6 @@
-// Measures the straight runs of a stair on the edge map. A riser is a vertical piece of edge (flag R), a tread a
-// horizontal one (flag D). A run is the piece that leaves a step; its length in pixels says how far a blend may reach.
-// All of these read only the edge map, and every walk ends in its guard border at the latest.
+// Measures the straight runs of a stair on the edge map, by the rules of run_rules.h. The length of a run in pixels
+// says how far a blend may reach. All of these read only the edge map, and every walk ends in its guard border at the
+// latest.
 #pragma once
 
 #include <cstdint>
@@ -18,26 +18,10 @@ int32_t ScanRunRight(int32_t x, int32_t y, const EdgeMap& map);
 int32_t ScanRunUp(int32_t x, int32_t y, const EdgeMap& map);
 int32_t ScanRunDown(int32_t x, int32_t y, const EdgeMap& map);
 
-// Length of a tail: the last stretch of a line one pixel thick that meets the step at (x, y) end on; 0 for none. What
-// goes beyond 5 pixels counts half.
+// Length of the tail that meets the step at (x, y) end on; 0 for none. What goes beyond 5 pixels counts half.
 int32_t MeasureTailLeft(int32_t x, int32_t y, const EdgeMap& map);
 int32_t MeasureTailRight(int32_t x, int32_t y, const EdgeMap& map);
 int32_t MeasureTailUp(int32_t x, int32_t y, const EdgeMap& map);
 int32_t MeasureTailDown(int32_t x, int32_t y, const EdgeMap& map);
-
-// Where CornerTest looks for a block.
-enum class BlockSide {
-    kLeftOfRiser = 0,
-    kRightOfRiser = 1,
-    kAboveTread = 2,
-    kBelowTread = 3,
-};
-
-// True if the 2 by 2 block whose top left pixel is (cx, cy) is an edge all round and has none inside.
-bool IsIsolatedBlock(int32_t cx, int32_t cy, const EdgeMap& map);
-
-// True if the step at (x, y) belongs to an isolated 2 by 2 block on the named side of it. width and height are the
-// image's; x and y may lie one beyond it on any side.
-bool CornerTest(BlockSide side, int32_t x, int32_t y, int32_t width, int32_t height, const EdgeMap& map);
 
 }  // namespace stairmelt

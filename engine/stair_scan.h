@@ -16,17 +16,60 @@
 #include "engine/ramp_walks.h"
 #include "engine/restores.h"
 #include "engine/run_scanners.h"
+#include "engine/scan_patterns.h"
+#include "engine/scan_weights.h"
 #include "engine/step_shape.h"
 
 namespace stairmelt {
 
-// What a kernel derives from the job before it touches a pixel.
+// True if all four sides of the pixel are edges, or three of them, and the diagonals say that its colour doesn't go on
+// past its corners.
+inline bool IsLonePixelOrSpikeTip(const FlagCursor& at) {
+    // A set corner flag means that the diagonal neighbour differs from the pixel.
+    const bool nw = at.Holds(X(-1, -1));
+    const bool se = at.Holds(X(0, 0));
+    const bool ne = at.Holds(A(0, -1));
+    const bool sw = at.Holds(A(-1, 0));
+
+    const bool left = at.Holds(R(-1, 0));
+    const bool right = at.Holds(R(0, 0));
+    const bool top = at.Holds(D(0, -1));
+    const bool bottom = at.Holds(D(0, 0));
+    const int sides = left + right + top + bottom;
+    if (sides == 4) return (se || nw) && (ne || sw);
+    if (sides != 3 || (nw && se && ne && sw)) return false;
+    // The tip of a spike: the two corners on the side away from its open one.
+    if (!left) return ne && se;
+    if (!right) return sw && nw;
+    if (!top) return sw && se;
+    return ne && nw;
+}
+
+// Measures and fades all four diagonals; returns whether any was faded. One that is doesn't stop the next.
 template <class Format>
-struct ScanWeights {
-    int32_t tailBias;                         // a third of the job's bias: a tail bends less than a stair
-    typename Format::Weight neighbourWeight;  // of each neighbour in the isolated pixel average
-    typename Format::Weight cornerWeight;     // of the contact blends
-};
+bool FadeDiagonals(const KernelJob& job, int32_t x, int32_t y, const EdgeMap& map, const Diagonal (&diagonals)[4]) {
+    const FlagCursor at(map, x, y);
+    bool faded = false;
+    for (const Diagonal& diagonal : diagonals) {
+        const int32_t n = MeasureDiagonal(at, diagonal);
+        if (n < kShortestDiagonal) continue;
+        FadeDiagonal<Format>(job, x, y, diagonal, n);
+        faded = true;
+    }
+    return faded;
+}
+
+// At a pixel with flag R. A true result drops the scan's contact blends at this pixel.
+template <class Format>
+bool FadeDiagonalsFromRiser(const KernelJob& job, int32_t x, int32_t y, const EdgeMap& map) {
+    return StraightRiser::Holds(FlagCursor(map, x, y)) && FadeDiagonals<Format>(job, x, y, map, kRiserDiagonals);
+}
+
+// At a pixel with flag D. The scan goes on in the same way whatever the result is.
+template <class Format>
+bool FadeDiagonalsFromTread(const KernelJob& job, int32_t x, int32_t y, const EdgeMap& map) {
+    return StraightTread::Holds(FlagCursor(map, x, y)) && FadeDiagonals<Format>(job, x, y, map, kTreadDiagonals);
+}
 
 template <class Format>
 struct StairScan {
@@ -59,12 +102,12 @@ struct StairScan {
 
     void Visit(int32_t x, int32_t y) {
         const FlagCursor at(map, x, y);
-        VisitState visit{Holds(at, R(0, 0)), Holds(at, D(0, 0)), false};
+        VisitState visit{at.Holds(R(0, 0)), at.Holds(D(0, 0)), false};
         if (!visit.hasRight && !visit.hasDown) return;
         if (visit.hasRight) SmoothRightEdge(x, y, visit);
         if (visit.hasDown) SmoothDownEdge(x, y, visit);
-        if (!visit.tailRan) AnalyseCorner(x, y, visit);
-        BlendOneSixth(x, y, visit);
+        if (!visit.tailRan) AnalyseCorner(x, y);
+        BlendOneSixth(x, y);
     }
 
     void SmoothRightEdge(int32_t x, int32_t y, VisitState& visit) {
@@ -100,7 +143,7 @@ struct StairScan {
     // cut the step.
     void BlendContact(int32_t x, int32_t y, bool leftDone, bool rightDone) {
         const FlagCursor at(map, x, y);
-        if (Any<A(0, 0), A(0, -1)>(at) && Any<X(0, 0), X(0, -1)>(at)) return;
+        if ((at.Holds(A(0, 0)) || at.Holds(A(0, -1))) && (at.Holds(X(0, 0)) || at.Holds(X(0, -1)))) return;
         if (!rightDone) Blend(x + 1, y, x, y, weights.cornerWeight);
         if (!leftDone) Blend(x, y, x + 1, y, weights.cornerWeight);
     }
@@ -131,54 +174,34 @@ struct StairScan {
     }
 
     // Averages a lone pixel or the tip of a spike, or else takes a pixel beside a corner most of the way back.
-    void AnalyseCorner(int32_t x, int32_t y, const VisitState& visit) {
+    void AnalyseCorner(int32_t x, int32_t y) {
         const FlagCursor at(map, x, y);
         if (IsLonePixelOrSpikeTip(at)) {
             AverageIsolatedPixel<Format>(source, destination, x, y, weights.neighbourWeight);
             return;
         }
-        // The place to take back, as an offset from the pixel.
-        int dx = 0;
-        int dy = 0;
-        if (visit.hasRight) {
-            if (x < destination.width - 3 && y > 2 &&
-                All<Not(X(0, -2)), D(1, -2), D(2, -2), R(0, -1), Not(D(1, -1)), Not(R(1, -1))>(at)) {
-                dx = 1;
-                dy = -1;
-            } else if (!All<D(-1, -1), D(0, -1), Not(A(0, -1)), Not(R(-1, 0)), Not(D(0, 0)), R(0, 1)>(at) &&
-                       !All<R(0, -1), Not(D(0, -1)), Not(R(-1, 0)), D(-1, 0), D(0, 0), Not(X(0, 0))>(at)) {
-                return;
-            }
-        } else if (!All<R(-1, -1), Not(D(0, -1)), R(-1, 0), Not(A(-1, 0)), D(1, 0)>(at)) {
-            return;
+        if (x < destination.width - 3 && y > 2 && RestoreMost1::Holds(at)) {
+            RestorePixel<Format>(source, destination, x + RestoreMost1::dx, y + RestoreMost1::dy,
+                                 Format::kThreeQuarters);
+        } else if (RestoreMost2::Holds(at) || RestoreMost3::Holds(at) || RestoreMost4::Holds(at)) {
+            // Column 0 stays as it is.
+            if (x != 0) RestorePixel<Format>(source, destination, x, y, Format::kThreeQuarters);
         }
-        // Column 0 stays as it is, whichever pattern stands there.
-        if (x + dx != 0) RestorePixel<Format>(source, destination, x + dx, y + dy, Format::kThreeQuarters);
     }
 
-    // Smooths the corners at the ends of a step. The order matters, since both edges can change (x + 1, y + 1).
-    void BlendOneSixth(int32_t x, int32_t y, const VisitState& visit) {
+    // Smooths the corners at the ends of a step.
+    void BlendOneSixth(int32_t x, int32_t y) {
+        BlendEach<Sixth1, Sixth2, Sixth3, Sixth4, Sixth5, Sixth6, Sixth7, Sixth8>(x, y);
+    }
+
+    template <class... Rules>
+    void BlendEach(int32_t x, int32_t y) {
         const FlagCursor at(map, x, y);
-        if (visit.hasRight) {
-            if (All<D(0, -1), D(1, -1), Not(R(0, -1))>(at)) {
-                if (!Holds(at, X(-1, -1))) Blend(x, y - 1, x, y, Format::kOneSixth);
-                if (!Holds(at, A(1, -1))) Blend(x + 1, y - 1, x + 1, y, Format::kOneSixth);
-            }
-            if (All<D(0, 0), D(1, 0), Not(R(0, 1))>(at)) {
-                if (!Holds(at, A(-1, 0))) Blend(x, y + 1, x, y, Format::kOneSixth);
-                if (!Holds(at, X(1, 0))) Blend(x + 1, y + 1, x + 1, y, Format::kOneSixth);
-            }
-        }
-        if (visit.hasDown) {
-            if (All<R(-1, 0), R(-1, 1), Not(D(-1, 0))>(at)) {
-                if (!Holds(at, X(-1, -1))) Blend(x - 1, y, x, y, Format::kOneSixth);
-                if (!Holds(at, A(-1, 1))) Blend(x - 1, y + 1, x, y + 1, Format::kOneSixth);
-            }
-            if (All<R(0, 0), R(0, 1), Not(D(1, 0))>(at)) {
-                if (!Holds(at, A(0, -1))) Blend(x + 1, y, x, y, Format::kOneSixth);
-                if (!Holds(at, X(0, 1))) Blend(x + 1, y + 1, x, y + 1, Format::kOneSixth);
-            }
-        }
+        const auto blendIf = [&]<class Rule>(Rule) {
+            if (!Rule::Holds(at)) return;
+            Blend(x + Rule::dx, y + Rule::dy, x + Rule::fromDx, y + Rule::fromDy, Format::kOneSixth);
+        };
+        (blendIf(Rules{}), ...);
     }
 
     RampOf<Format> Stair(int32_t n, int32_t farRun, RunDirection direction, int32_t x, int32_t y) const {
@@ -193,8 +216,8 @@ struct StairScan {
 
     // Moves destination (x, y) toward source (fromX, fromY).
     void Blend(int32_t x, int32_t y, int32_t fromX, int32_t fromY, typename Format::Weight weight) {
-        MixPixelAt<Format>(PixelAt<Format>(destination, x, y), Load<Format>(PixelAt<Format>(source, fromX, fromY)),
-                           weight);
+        MixPixelAt<Format>(PixelAt<Format>(destination, x, y),
+                           LoadToward<Format>(PixelAt<Format>(source, fromX, fromY)), weight);
     }
 };
 

@@ -4,6 +4,7 @@
 
 #include <cmath>
 
+#include "engine/plane_builder.h"
 #include "tests/support/flag_text.h"
 #include "tests/support/guarded_image.h"
 #include "tests/support/scenes.h"
@@ -41,7 +42,7 @@ void CompareBuilders() {
     using Format = PixelFormat<Depth, Channels, Extra>;
     const KernelCase format = {"", Channels, Format::kBits, Extra, nullptr};
     SeededRandom random(Channels * 100 + Format::kBits + Extra);
-    for (const int width : {1, 4, 32, 33, 34, 65, 70, 131}) {
+    for (const int width : {1, 4, 33, 64, 65, 66, 70, 131, 260}) {
         for (int round = 0; round < 12; ++round) {
             const int height = 1 + random.Below(9);
             std::vector<uint8_t> pixels = Patchwork(format, width, height, random);
@@ -53,12 +54,13 @@ void CompareBuilders() {
             EdgeThreshold<Format> threshold = static_cast<EdgeThreshold<Format>>(kThresholds[random.Below(9)]);
             if constexpr (Format::kBits == 16) threshold = WrapMul(threshold, 100);
             if constexpr (Format::kBits == 32) threshold /= 255.0f;
-            EdgeMap fast, plain;
-            fast.Allocate(width, height);
-            plain.Allocate(width, height);
-            BuildEdgeMap<Format>(image.view, threshold, fast);
-            BuildEdgeMapPlain<Format>(image.view, threshold, plain);
-            ASSERT_EQ(RowsOf(fast, width, height), RowsOf(plain, width, height))
+            EdgeMap map;
+            FlagPlanes planes;
+            map.Allocate(width, height);
+            planes.Allocate(width, height);
+            BuildEdgeMap<Format>(image.view, threshold, map);
+            PlaneBuilder<Format>(image.view, threshold, planes).BuildTo(height);
+            ASSERT_EQ(RowsOf(planes, width, height), RowsOf(map, width, height))
                 << Channels << "/" << Format::kBits << "/" << Extra << " width " << width << " threshold " << threshold;
         }
     }
@@ -155,7 +157,7 @@ TEST(EdgeBuilder, ComparesByFormat) {
     EXPECT_FALSE(DiffersSamples<Gray32>({INFINITY}, {INFINITY}, 0.0f));
 }
 
-TEST(EdgeBuilder, FastFormEqualsPlainForm) {
+TEST(PlaneBuilder, SetsTheFlagsOfTheEdgeMap) {
     CompareBuildersAtDepth<Depth8>();
     CompareBuildersAtDepth<Depth16>();
     CompareBuildersAtDepth<Depth32>();

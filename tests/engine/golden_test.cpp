@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <memory>
 
+#include "engine/kernel_sets.h"
 #include "tests/support/guarded_image.h"
 #include "tests/support/kernel_list.h"
 
@@ -32,7 +33,7 @@ std::string FirstDifference(const std::vector<uint8_t>& wanted, const std::vecto
     return {};
 }
 
-int RunGoldenFile(const KernelCase& format) {
+int RunGoldenFile(const KernelCase& format, const KernelSet& set) {
     const std::string path = "golden/" + format.FileName() + ".cases";
     const std::unique_ptr<std::FILE, FileCloser> file(std::fopen(path.c_str(), "rb"));
     if (!file) return 0;
@@ -51,10 +52,10 @@ int RunGoldenFile(const KernelCase& format) {
         GuardedImage destination(h.width, h.height, format.PixelBytes(), 0, given);
         const KernelJob job = {h.colorThreshold,  h.softness, h.bias, nullptr, format.Key(), &source.view,
                                &destination.view, 0,          0,      h.width, h.height};
-        EXPECT_EQ(format.kernel(job), kKernelDone);
+        EXPECT_EQ(set.Get(format.channels, format.depth, format.extra)(job), kKernelDone);
         EXPECT_EQ(FirstDifference(wanted, destination.Pixels(), h.width, format.PixelBytes()), "")
-            << path << " case " << cases << ", threshold " << h.colorThreshold << ", softness " << h.softness
-            << ", bias " << h.bias;
+            << set.name << " " << path << " case " << cases << ", threshold " << h.colorThreshold << ", softness "
+            << h.softness << ", bias " << h.bias;
     }
     return cases;
 }
@@ -62,7 +63,10 @@ int RunGoldenFile(const KernelCase& format) {
 }  // namespace
 
 TEST(Golden, EveryCaseOfEveryFormatIsExact) {
-    for (const KernelCase& format : kAllKernels) EXPECT_EQ(RunGoldenFile(format), 14) << format.name;
+    for (const KernelSet* set : {&kPlainKernels, &kBaselineKernels, &kAvx2Kernels}) {
+        if (!set->runsHere()) continue;
+        for (const KernelCase& format : kAllKernels) EXPECT_EQ(RunGoldenFile(format, *set), 14) << format.name;
+    }
 }
 
 }  // namespace stairmelt

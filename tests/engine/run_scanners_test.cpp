@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "engine/dot_test.h"
 #include "engine/step_shape.h"
 #include "tests/support/flag_text.h"
 #include "tests/support/seeded_random.h"

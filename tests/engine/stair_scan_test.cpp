@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "engine/block_scan.h"
 #include "tests/support/checksum.h"
 #include "tests/support/flag_text.h"
 #include "tests/support/guarded_image.h"
@@ -80,7 +81,7 @@ TEST(StairScan, DecidesByFlagsAlone) {
 }
 
 // Flags that no picture would give reach every condition of every pattern: a wrong offset or a missing test anywhere in
-// the scan changes some pixel of some map.
+// the scan, or of its decisions for blocks, changes some pixel of some map.
 TEST(StairScan, RandomFlagsGiveThePinnedResult) {
     SeededRandom random(41);
     std::vector<uint8_t> results;
@@ -88,7 +89,9 @@ TEST(StairScan, RandomFlagsGiveThePinnedResult) {
         const int width = 8 + random.Below(16), height = 8 + random.Below(16);
         const int density = 1 + random.Below(5);  // eighths
         EdgeMap map;
+        FlagPlanes planes;
         map.Allocate(width, height);
+        planes.Allocate(width, height);
         std::vector<uint8_t> pixels;
         for (int y = 0; y < height; ++y) {
             for (int x = 0; x < width; ++x) {
@@ -97,6 +100,7 @@ TEST(StairScan, RandomFlagsGiveThePinnedResult) {
                 if (x == width - 1) cell &= kFlagD;
                 if (y == height - 1) cell &= kFlagR;
                 *map.CellAt(x, y) = static_cast<uint8_t>(cell);
+                planes.SetCell(x, y, static_cast<uint8_t>(cell));
                 pixels.push_back(static_cast<uint8_t>(random.Below(256)));
             }
         }
@@ -104,6 +108,12 @@ TEST(StairScan, RandomFlagsGiveThePinnedResult) {
         const KernelJob job = {10, random.Below(101), 0, nullptr, 0, &source.view, &destination.view, 0, 0, 0, 0};
         StairScan<Gray8>{job, source.view, destination.view, map, {0, 11468, 6553}}.Run();
         const std::vector<uint8_t> result = destination.Pixels();
+
+        GuardedImage inBlocks(width, height, 1, 0, pixels);
+        KernelJob sameJob = job;
+        sameJob.destination = &inBlocks.view;
+        BlockScan<Gray8>(sameJob, planes, {0, 11468, 6553}).Run();
+        ASSERT_TRUE(inBlocks.Pixels() == result) << "in blocks, round " << round;
         results.insert(results.end(), result.begin(), result.end());
     }
     EXPECT_EQ(Checksum(results), 3684746868388553095u);

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "engine/edge_map.h"
+#include "engine/flag_planes.h"
 
 namespace stairmelt {
 
@@ -29,6 +30,23 @@ inline FlagRows RowsOf(const EdgeMap& map, int32_t width, int32_t height) {
     for (int32_t y = 0; y < height; ++y) {
         std::string row;
         for (int32_t x = 0; x < width; ++x) row += ".123456789abcdef"[*map.CellAt(x, y) & 15];
+        rows.push_back(row);
+    }
+    return rows;
+}
+
+// The same of flag planes.
+inline FlagRows RowsOf(const FlagPlanes& planes, int32_t width, int32_t height) {
+    FlagRows rows;
+    for (int32_t y = 0; y < height; ++y) {
+        std::string row;
+        for (int32_t x = 0; x < width; ++x) {
+            int cell = 0;
+            for (const uint8_t flag : {kFlagR, kFlagD, kFlagX, kFlagA}) {
+                if (CursorAt(planes, x, y).Holds({0, 0, flag, true})) cell |= flag;
+            }
+            row += ".123456789abcdef"[cell];
+        }
         rows.push_back(row);
     }
     return rows;

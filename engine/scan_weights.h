@@ -1,17 +1,15 @@
-// The frame that all kernels share: checks, derived quantities and the order of the phases.
+// What a kernel derives from the job before it touches a pixel.
 #pragma once
 
 #include <cstdint>
 #include <type_traits>
 
 #include "engine/arith.h"
-#include "engine/edge_builder.h"
-#include "engine/edge_map.h"
+#include "engine/cell_builder.h"
 #include "engine/image.h"
 #include "engine/pixel_format.h"
-#include "engine/stair_scan.h"
 
-namespace stairmelt {
+namespace stairmelt::inline STAIRMELT_SET {
 
 // A pixel with more channels, whose differences are summed, is allowed a larger difference, though less than in
 // proportion. An opacity sample doesn't count.
@@ -26,6 +24,13 @@ EdgeThreshold<Format> DeriveEdgeThreshold(int32_t colorThreshold) {
         return static_cast<float>(base) / 255.0f;
     }
 }
+
+template <class Format>
+struct ScanWeights {
+    int32_t tailBias;                         // a third of the job's bias: a tail bends less than a stair
+    typename Format::Weight neighbourWeight;  // of each neighbour in the isolated pixel average
+    typename Format::Weight cornerWeight;     // of the contact blends
+};
 
 template <class Format>
 typename Format::Weight DeriveNeighbourWeight(int32_t softness) {
@@ -49,24 +54,9 @@ typename Format::Weight DeriveCornerWeight(int32_t softness) {
     }
 }
 
-// A kernel. kBuild is the form of the edge builder: BuildEdgeMapPlain gives the same result, slowly.
-template <class Format, void (*kBuild)(const ImageView&, EdgeThreshold<Format>, EdgeMap&) = BuildEdgeMap<Format>>
-int32_t SmoothKernel(const KernelJob& job) {
-    const ImageView& source = *job.source;
-    const ImageView& destination = *job.destination;
-    if (source.width != destination.width || source.height != destination.height) return kKernelParameterError;
-
-    const ScanWeights<Format> weights{
-        job.bias / 3,
-        DeriveNeighbourWeight<Format>(job.softness),
-        DeriveCornerWeight<Format>(job.softness),
-    };
-    EdgeMap map;
-    if (!map.Allocate(destination.width, destination.height)) return kKernelMemoryError;
-    // From the destination, which still equals the source.
-    kBuild(destination, DeriveEdgeThreshold<Format>(job.colorThreshold), map);
-    StairScan<Format>{job, source, destination, map, weights}.Run();
-    return kKernelDone;
+template <class Format>
+ScanWeights<Format> DeriveScanWeights(const KernelJob& job) {
+    return {job.bias / 3, DeriveNeighbourWeight<Format>(job.softness), DeriveCornerWeight<Format>(job.softness)};
 }
 
-}  // namespace stairmelt
+}  // namespace stairmelt::inline STAIRMELT_SET

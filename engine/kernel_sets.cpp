@@ -1,0 +1,29 @@
+#include "engine/kernel_sets.h"
+
+#include "engine/instruction_set.h"
+
+namespace stairmelt {
+
+namespace {
+
+bool Always() { return true; }
+
+}  // namespace
+
+const KernelSet kPlainKernels = {"plain", Always, {&kPlainD8, &kPlainD16, &kPlainD32}};
+const KernelSet kBaselineKernels = {"baseline", Always, {&kBaselineD8, &kBaselineD16, &kBaselineD32}};
+const KernelSet kAvx2Kernels = {"avx2", HasAvx2, {&kAvx2D8, &kAvx2D16, &kAvx2D32}};
+
+bool IsForBlocks(int32_t width, int32_t height) {
+    constexpr int32_t kLeastWidth = 32;
+    constexpr int32_t kMostSide = INT32_MAX - 1024;
+    return width >= kLeastWidth && width <= kMostSide && height >= 1 && height <= kMostSide;
+}
+
+const KernelSet& FastestKernels(int32_t width, int32_t height) {
+    static const bool hasAvx2 = kAvx2Kernels.runsHere();
+    if (!IsForBlocks(width, height)) return kPlainKernels;
+    return hasAvx2 ? kAvx2Kernels : kBaselineKernels;
+}
+
+}  // namespace stairmelt

@@ -1,0 +1,26 @@
+// The kernel in its plain form: the definition of the result, and what serves narrow images.
+#pragma once
+
+#include <cstdint>
+
+#include "engine/edge_builder.h"
+#include "engine/edge_map.h"
+#include "engine/image.h"
+#include "engine/scan_weights.h"
+#include "engine/stair_scan.h"
+
+namespace stairmelt {
+
+// Serves views of one size, whatever it is. Returns kKernelDone or kKernelMemoryError.
+template <class Format>
+int32_t SmoothPlainly(const KernelJob& job) {
+    const ImageView& destination = *job.destination;
+    EdgeMap map;
+    if (!map.Allocate(destination.width, destination.height)) return kKernelMemoryError;
+    // From the destination, which still equals the source.
+    BuildEdgeMap<Format>(destination, DeriveEdgeThreshold<Format>(job.colorThreshold), map);
+    StairScan<Format>{job, *job.source, destination, map, DeriveScanWeights<Format>(job)}.Run();
+    return kKernelDone;
+}
+
+}  // namespace stairmelt

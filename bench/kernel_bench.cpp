@@ -1,101 +1,174 @@
-// Megapixels per second of every kernel on a flat, a drawn and a noisy picture, and the ratio to the plain form of the
-// edge builder. The two forms run turn by turn on the same picture and the best time of each counts, so that the ratio
-// means something on a busy machine. kernel_bench [format name, as C3D8A]
+// Times of the kernels on one thread. A benchmark's name is GROUP/PICTURE/WHAT, and its groups are
+//
+//   rgb8      six pictures of 24 megapixels in 8-bit RGB: copying, reading, and every form of the kernel
+//   formats   all 24 formats, on the cartoon
+//   growth    the cartoon from 1 to 100 megapixels
+//   share     pictures of which a part is blank
+//   crop      a picture of the preview's size
+//   worst     the pictures that the kernels find hardest
+//
+// The destination becomes a copy of the picture before each run. That copy isn't part of the run's time; its own is in
+// the counter `copy`, so that each benchmark has a measure taken in the same seconds as itself. Further counters:
+// `megapixels`, and `flagged`, the share of the pixels with an edge on their right or lower side.
+#include <benchmark/benchmark.h>
+#include <emmintrin.h>
+
 #include <algorithm>
-#include <chrono>
-#include <cstdio>
+#include <cmath>
 #include <cstring>
-#include <random>
+#include <functional>
+#include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "engine/kernel_frame.h"
+#include "bench/formats.h"
+#include "bench/pictures.h"
+#include "bench/workplace.h"
 
 namespace stairmelt {
 
 namespace {
 
-constexpr int32_t kWidth = 2000;
-constexpr int32_t kHeight = 1500;
-constexpr int kRounds = 5;
+// Something to be timed on a picture. It takes the time itself, so that it can prepare what shouldn't count.
+struct Measurement {
+    std::string name;
+    std::function<double(Workplace& place)> seconds;
+};
 
-enum class Scene { kFlat, kDrawn, kNoisy };
-constexpr const char* kSceneNames[] = {"flat", "drawn", "noisy"};
-
-// Brightness of a pixel, 0..1. Drawn: lines of several slopes on paper, all hard-edged.
-double Brightness(Scene scene, int32_t x, int32_t y, std::mt19937& random) {
-    switch (scene) {
-        case Scene::kFlat: return 0.5;
-        case Scene::kDrawn: return ((x * 3 + y) / 37 & 7) == 0 || ((x - y * 2) / 53 & 15) == 0 ? 0.0 : 1.0;
-        case Scene::kNoisy: return static_cast<int>(random() % 256) / 255.0;
+// Reads every pixel and does as little with it as can be: four sums that don't wait for each other, so that the memory
+// sets the pace.
+__m128i SumOfWords(const ImageView& image) {
+    const size_t bytes = static_cast<size_t>(image.rowStride) * static_cast<size_t>(image.height);
+    __m128i sums[4] = {};
+    for (size_t i = 0; i + sizeof sums <= bytes; i += sizeof sums) {
+        const auto* const words = reinterpret_cast<const __m128i*>(image.base + i);
+        for (int k = 0; k < 4; ++k) sums[k] = _mm_add_epi64(sums[k], _mm_loadu_si128(words + k));
     }
-    return 0;
+    return _mm_add_epi64(_mm_add_epi64(sums[0], sums[1]), _mm_add_epi64(sums[2], sums[3]));
 }
 
-template <class Format>
-std::vector<uint8_t> DrawScene(Scene scene) {
-    std::mt19937 random(1);
-    std::vector<uint8_t> bytes(static_cast<size_t>(kWidth) * kHeight * Format::kPixelBytes);
-    uint8_t* at = bytes.data();
-    for (int32_t y = 0; y < kHeight; ++y) {
-        for (int32_t x = 0; x < kWidth; ++x, at += Format::kPixelBytes) {
-            typename Format::Pixel pixel;
-            for (int c = 0; c < Format::kPixelSize; ++c) {
-                const double value = c == Format::kOpacity ? 1.0 : Brightness(scene, x, y, random);
-                if constexpr (Format::kBits == 32) {
-                    pixel[c] = static_cast<float>(value);
-                } else {
-                    pixel[c] = static_cast<typename Format::Sample>(value * Format::kOpaque);
-                }
-            }
-            Store<Format>(at, pixel);
+const Measurement kCopy = {"copy", [](Workplace& place) { return place.Renew(); }};
+const Measurement kRead = {"read", [](Workplace& place) {
+                               return SecondsOf([&] { benchmark::DoNotOptimize(SumOfWords(*place.Job().source)); });
+                           }};
+
+Measurement RunOf(const KernelForm& form) {
+    return {form.name, [kernel = form.kernel](Workplace& place) {
+                return SecondsOf([&] { benchmark::DoNotOptimize(kernel(place.Job())); });
+            }};
+}
+
+// All that is measured on the pictures of the group rgb8.
+std::vector<Measurement> EverythingOn(const BenchFormat& format) {
+    std::vector<Measurement> measurements = {kCopy, kRead};
+    for (const KernelForm& form : format.forms) measurements.push_back(RunOf(form));
+    return measurements;
+}
+
+// Keeps the workplace used last: benchmarks on one picture follow each other, and two large ones needn't fit into
+// memory.
+class Workshop {
+public:
+    Workplace& PlaceFor(const Scene& scene, const BenchFormat& format) {
+        const std::string name = scene.name + " " + std::to_string(scene.width) + " " + format.name;
+        if (name != name_) {
+            place_ = nullptr;
+            place_ = std::make_unique<Workplace>(scene, format);
+            name_ = name;
+        }
+        return *place_;
+    }
+
+private:
+    std::string name_;
+    std::unique_ptr<Workplace> place_;
+};
+
+class Plan {
+public:
+    void Add(const std::string& group, const Scene& scene, const BenchFormat& format,
+             const std::vector<Measurement>& measurements, const std::string& picture) {
+        constexpr double kPixelsForEachRepetition = 24e6;
+        const double pixels = static_cast<double>(scene.width) * scene.height;
+        const auto iterations = std::clamp<int64_t>(std::lround(kPixelsForEachRepetition / pixels), 1, 30);
+        for (const Measurement& measurement : measurements) {
+            const std::string name = group + "/" + picture + "/" + measurement.name;
+            const auto run = [this, scene, &format, measurement](benchmark::State& state) {
+                Run(state, workshop_.PlaceFor(scene, format), measurement);
+            };
+            benchmark::RegisterBenchmark(name.c_str(), run)
+                ->UseManualTime()
+                ->Iterations(iterations)
+                ->Unit(benchmark::kMillisecond);
         }
     }
-    return bytes;
-}
 
-// Seconds of one run on a fresh copy of the scene.
-double Time(int32_t (*kernel)(const KernelJob&), const KernelJob& job, const std::vector<uint8_t>& scene) {
-    std::memcpy(job.destination->base, scene.data(), scene.size());
-    const auto start = std::chrono::steady_clock::now();
-    kernel(job);
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-template <class Depth, int kChannels, int kExtra>
-void BenchFormat(const std::string& wanted) {
-    using Format = PixelFormat<Depth, kChannels, kExtra>;
-    const std::string name =
-        "C" + std::to_string(kChannels) + "D" + std::to_string(Format::kBits) + (kExtra != 0 ? "A" : "");
-    if (!wanted.empty() && wanted != name) return;
-    for (const Scene scene : {Scene::kFlat, Scene::kDrawn, Scene::kNoisy}) {
-        std::vector<uint8_t> picture = DrawScene<Format>(scene);
-        std::vector<uint8_t> result(picture.size());
-        const ImageView source = {kWidth, kHeight, picture.data(), kWidth * Format::kPixelBytes};
-        const ImageView destination = {kWidth, kHeight, result.data(), kWidth * Format::kPixelBytes};
-        const KernelJob job = {10, 70, 0, nullptr, 0, &source, &destination, 0, 0, kWidth, kHeight};
-        double plain = 1e9;
-        double fast = 1e9;
-        for (int round = 0; round < kRounds; ++round) {
-            plain = std::min(plain, Time(SmoothKernel<Format, BuildEdgeMapPlain<Format>>, job, picture));
-            fast = std::min(fast, Time(SmoothKernel<Format>, job, picture));
+private:
+    static void Run(benchmark::State& state, Workplace& place, const Measurement& measurement) {
+        double copy = 0;  // seconds
+        for (auto _ : state) {
+            copy += place.Renew();
+            state.SetIterationTime(measurement.seconds(place));
         }
-        constexpr double kMegapixels = kWidth * kHeight / 1e6;
-        std::printf("%-7s %-5s  plain %7.1f MP/s  fast %7.1f MP/s  ratio %5.2f\n", name.c_str(),
-                    kSceneNames[static_cast<int>(scene)], kMegapixels / plain, kMegapixels / fast, plain / fast);
+        state.counters["copy"] = copy * 1e3 / static_cast<double>(state.iterations());  // milliseconds, like the times
+        state.counters["megapixels"] = place.Megapixels();
+        state.counters["flagged"] = place.FlaggedShare();
     }
+
+    Workshop workshop_;
+};
+
+Scene SceneOf(const PictureKind& kind, int32_t width, int32_t height) {
+    return {kind.name, width, height, [&kind](int32_t w, int32_t h) { return DrawPicture(kind, w, h); }};
 }
 
-template <class Depth>
-void BenchDepth(const std::string& wanted) {
-    BenchFormat<Depth, 1, 0>(wanted);
-    BenchFormat<Depth, 1, 1>(wanted);
-    BenchFormat<Depth, 2, 0>(wanted);
-    BenchFormat<Depth, 2, 1>(wanted);
-    BenchFormat<Depth, 3, 0>(wanted);
-    BenchFormat<Depth, 3, 1>(wanted);
-    BenchFormat<Depth, 4, 0>(wanted);
-    BenchFormat<Depth, 4, 1>(wanted);
+// Three columns to two rows: 24 megapixels are 6000 x 4000.
+Scene SceneOf(const PictureKind& kind, int megapixels) {
+    const double pixels = megapixels * 1e6;
+    const double width = std::round(std::sqrt(pixels * 1.5));
+    return SceneOf(kind, static_cast<int32_t>(width), static_cast<int32_t>(std::round(pixels / width)));
+}
+
+// A picture of which `percent` remains.
+Scene PartlyBlank(const PictureKind& kind, int megapixels, int percent) {
+    Scene scene = SceneOf(kind, megapixels);
+    scene.name += std::to_string(percent);
+    scene.draw = [&kind, percent](int32_t width, int32_t height) {
+        Canvas canvas = DrawPicture(kind, width, height);
+        BlankTiles(canvas, percent);
+        return canvas;
+    };
+    return scene;
+}
+
+void PlanAll(Plan& plan) {
+    constexpr int kMegapixels = 24;
+    const BenchFormat& rgb8 = FindFormat("C3D8");
+    const std::vector<Measurement> fast = {RunOf(rgb8.forms.front())};
+    const PictureKind& cartoon = FindPicture("cartoon");
+
+    for (const PictureKind& kind : kPictures) {
+        plan.Add("rgb8", SceneOf(kind, kMegapixels), rgb8, EverythingOn(rgb8), kind.name);
+    }
+    for (const BenchFormat& format : kFormats) {
+        plan.Add("formats", SceneOf(cartoon, kMegapixels), format, {RunOf(format.forms.front())}, format.name);
+    }
+    for (const int megapixels : {1, 4, 10, 24, 50, 100}) {
+        plan.Add("growth", SceneOf(cartoon, megapixels), rgb8, fast, std::to_string(megapixels));
+    }
+    for (const std::string name : {"cartoon", "noise"}) {
+        for (const int percent : {0, 5, 10, 25, 50, 75, 100}) {
+            plan.Add("share", PartlyBlank(FindPicture(name), kMegapixels, percent), rgb8, fast,
+                     name + "_" + std::to_string(percent));
+        }
+    }
+    for (const PictureKind& kind : kPictures) {
+        plan.Add("crop", SceneOf(kind, 980, 740), rgb8, EverythingOn(rgb8), kind.name);
+    }
+    for (const PictureKind& kind : kWorstPictures) {
+        plan.Add("worst", SceneOf(kind, kMegapixels), rgb8, fast, kind.name);
+    }
 }
 
 }  // namespace
@@ -103,9 +176,11 @@ void BenchDepth(const std::string& wanted) {
 }  // namespace stairmelt
 
 int main(int argc, char** argv) {
-    const std::string wanted = argc > 1 ? argv[1] : "";
-    stairmelt::BenchDepth<stairmelt::Depth8>(wanted);
-    stairmelt::BenchDepth<stairmelt::Depth16>(wanted);
-    stairmelt::BenchDepth<stairmelt::Depth32>(wanted);
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+    stairmelt::Plan plan;
+    stairmelt::PlanAll(plan);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
     return 0;
 }

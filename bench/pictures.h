@@ -1,0 +1,38 @@
+// The pictures that the kernels are measured on, drawn by code. A picture depends on its name and size alone, and its
+// details have a fixed size in pixels: a larger picture shows more of them, and the share of flagged pixels stays.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "bench/canvas.h"
+
+namespace stairmelt {
+
+struct PictureKind {
+    const char* name;
+    void (*draw)(Canvas& canvas);
+};
+
+// From the picture without any edge to the one that is nothing else:
+//   flat     one colour
+//   ink      thin lines and curves of all slopes
+//   cartoon  overlapping areas of one colour each, with dark outlines
+//   text     lettering of several sizes and slants
+//   photo    soft gradients, surfaces with and without texture, and grain
+//   noise    random bytes
+extern const std::vector<PictureKind> kPictures;
+
+// What the kernels find hardest: runs as long as they get, all sizes of diagonals, and patterns in which every pixel
+// has its flags.
+extern const std::vector<PictureKind> kWorstPictures;
+
+// A kind by its name, which has to exist.
+const PictureKind& FindPicture(const std::string& name);
+
+Canvas DrawPicture(const PictureKind& kind, int32_t width, int32_t height);
+
+// Leaves `percent` of the canvas as it is, in tiles scattered evenly, and blanks the others.
+void BlankTiles(Canvas& canvas, int percent);
+
+}  // namespace stairmelt

@@ -176,6 +176,7 @@ int16_t FakeHost::Call(PluginMainProc pluginMain, int16_t selector) {
     } else {
         pluginMain(selector, &record, &data, &result);
     }
+    if (onReturn) onReturn(selector);
     runningResult = nullptr;
     CheckRecord(guarded, before, selector);
     CheckRegions(regions, selector);

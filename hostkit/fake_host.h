@@ -79,6 +79,9 @@ struct FakeHost {
     // Where set, what the plug-in's advances do in place of pixels.Deliver(), which it may call.
     std::function<OSErr()> onAdvance;
 
+    // Where set, called as soon as a selector has returned, before anything is checked.
+    std::function<void(int16_t selector)> onReturn;
+
     // Makes the record anew for the document: filled with a pattern, zeroed and set, with nothing asked for. The
     // document's result becomes a copy of its source, which is brought to the size that the document's fields say.
     void BeginRun();

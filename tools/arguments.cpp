@@ -16,6 +16,13 @@ int32_t ParseNumber(const std::string& option, const std::string& word) {
     return value;
 }
 
+int32_t ParseRuns(const std::string& option, const std::string& word) {
+    const int32_t runs = ParseNumber(option, word);
+    if (runs < 1 || runs > kMostRuns)
+        throw UsageError(option + " needs a number from 1 to " + std::to_string(kMostRuns) + ", not " + word);
+    return runs;
+}
+
 }  // namespace
 
 Arguments ParseArguments(const std::vector<std::string>& words) {
@@ -42,6 +49,8 @@ Arguments ParseArguments(const std::vector<std::string>& words) {
             arguments.softness = ParseNumber(word, next());
         } else if (word == "--bias") {
             arguments.bias = ParseNumber(word, next());
+        } else if (word == "--repeat") {
+            arguments.repeat = ParseRuns(word, next());
         } else if (word == "--dialog") {
             arguments.dialog = true;
         } else if (word == "--about") {
@@ -55,6 +64,7 @@ Arguments ParseArguments(const std::vector<std::string>& words) {
     if (arguments.help) return arguments;
     if (arguments.about && !files.empty()) throw UsageError("the about box takes no files");
     if (arguments.about) return arguments;
+    if (arguments.dialog && arguments.repeat) throw UsageError("runs with the dialog can't be repeated");
     if (files.size() != 2) throw UsageError("an input and an output file are needed");
     arguments.in = PathFromText(files[0]);
     arguments.out = PathFromText(files[1]);

@@ -12,8 +12,11 @@
 namespace stairmelt {
 
 inline constexpr char kUsage[] =
-    "usage: runfilter [--plugin FILE] [--threshold N] [--softness N] [--bias N] [--dialog] [--settings FILE] IN OUT\n"
+    "usage: runfilter [--plugin FILE] [--threshold N] [--softness N] [--bias N] [--dialog | --repeat N]\n"
+    "                 [--settings FILE] IN OUT\n"
     "       runfilter [--plugin FILE] --about";
+
+constexpr int32_t kMostRuns = 10000;
 
 // A command line that isn't understood; the usage line follows it.
 struct UsageError : ToolError {
@@ -25,6 +28,7 @@ struct Arguments {
     std::optional<std::filesystem::path> settings;  // runfilter.settings beside the program when not given
     // Any 32-bit value goes through to the plug-in; what isn't given comes from the settings.
     std::optional<int32_t> threshold, softness, bias;
+    std::optional<int32_t> repeat;  // runs to be timed, 1..kMostRuns; never with a dialog
     bool dialog = false;
     bool about = false;  // only the about box, without files
     bool help = false;   // nothing else counts then

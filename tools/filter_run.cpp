@@ -1,7 +1,10 @@
 #include "tools/filter_run.h"
 
+#include <algorithm>
 #include <chrono>
+#include <cstring>
 #include <string>
+#include <vector>
 
 #include "resources/plugin_ids.h"
 #include "tools/host_samples.h"
@@ -10,6 +13,17 @@
 
 namespace stairmelt {
 namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double SecondsSince(Clock::time_point start) { return std::chrono::duration<double>(Clock::now() - start).count(); }
+
+// The upper one of the two in the middle, where their number is even.
+double Median(std::vector<double> values) {
+    const auto middle = values.begin() + static_cast<ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
 
 int16_t ModeOf(const Picture& picture) {
     struct Row {
@@ -51,6 +65,53 @@ std::optional<int32_t> Recorded(const FakeScript& script, DescriptorKeyID key) {
     return std::nullopt;
 }
 
+// One run; a failure ends in ToolError. Returns its seconds.
+double RunOnce(FakeHost& host, PluginMainProc pluginMain, RunKind kind) {
+    const Clock::time_point start = Clock::now();
+    const int16_t result = host.RunFilter(pluginMain, kind);
+    if (result != kNoErr) throw ToolError(ResultWords(result));
+    return SecondsSince(start);
+}
+
+// Runs that are timed. What the host does for the filter, the delivery of pixels above all, doesn't count: the clock
+// starts anew when they have been delivered.
+class TimedRuns {
+public:
+    explicit TimedRuns(FakeHost& host) : host_(host), copy_(host.document.source) {
+        host_.onAdvance = [this] {
+            const OSErr result = host_.pixels.Deliver();
+            start_ = Clock::now();
+            return result;
+        };
+        host_.onReturn = [this](int16_t selector) {
+            if (selector == kFilterSelectorStart) kernels_.push_back(SecondsSince(start_));
+        };
+    }
+    ~TimedRuns() {
+        host_.onAdvance = nullptr;
+        host_.onReturn = nullptr;
+    }
+    TimedRuns(const TimedRuns&) = delete;
+    TimedRuns& operator=(const TimedRuns&) = delete;
+
+    double Run(PluginMainProc pluginMain, RunKind kind) {
+        const Bytes& source = host_.document.source;
+        start_ = Clock::now();
+        std::memcpy(copy_.data(), source.data(), source.size());
+        copies_.push_back(SecondsSince(start_));
+        start_ = Clock::now();  // for a filter that asks for no pixels
+        return RunOnce(host_, pluginMain, kind);
+    }
+
+    FilterTimes Medians() const { return {Median(kernels_), Median(copies_)}; }
+
+private:
+    FakeHost& host_;
+    Bytes copy_;
+    Clock::time_point start_;
+    std::vector<double> kernels_, copies_;
+};
+
 }  // namespace
 
 FilterReport RunFilterOn(FakeHost& host, PluginMainProc pluginMain, const FilterRequest& request, Picture& picture,
@@ -62,13 +123,16 @@ FilterReport RunFilterOn(FakeHost& host, PluginMainProc pluginMain, const Filter
     host.script.playsWithoutValues = !request.dialog;
     host.script.playInfo = request.dialog ? kPlugInDialogDisplay : kPlugInDialogDontDisplay;
 
-    const auto start = std::chrono::steady_clock::now();
-    const int16_t result = host.RunFilter(pluginMain, request.dialog ? RunKind::kFromMenu : RunKind::kRepeat);
-    const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
-    if (result != kNoErr) throw ToolError(ResultWords(result));
-
+    const RunKind kind = request.dialog ? RunKind::kFromMenu : RunKind::kRepeat;
     FilterReport report;
-    report.seconds = time.count();
+    if (request.repeat) {
+        TimedRuns runs(host);
+        for (int32_t i = 0; i < *request.repeat; ++i) report.seconds = runs.Run(pluginMain, kind);
+        report.times = runs.Medians();
+    } else {
+        report.seconds = RunOnce(host, pluginMain, kind);
+    }
+
     report.threshold = Recorded(host.script, KEY_THRESHOLD);
     report.softness = Recorded(host.script, KEY_SOFTNESS);
     report.bias = Recorded(host.script, KEY_BIAS);

@@ -73,6 +73,18 @@ void PrintReport(const FilterReport& report) {
     std::printf("%zu pixels changed in %.3f seconds\n", report.changedPixels, report.seconds);
 }
 
+void PrintTimes(const FilterTimes& times, int32_t runs, const Picture& picture) {
+    const double megapixels = picture.width * 1e-6 * picture.height;
+    const auto print = [&](const char* what, double seconds) {
+        std::printf("%s %.3f ms, %.3f ms per megapixel\n", what, seconds * 1e3, seconds * 1e3 / megapixels);
+    };
+    std::printf("medians of %d runs:\n", runs);
+    print("plug-in", times.kernel);
+    print("copy   ", times.copy);
+    // The clock doesn't see the copy of a few pixels.
+    if (times.copy > 0) std::printf("ratio   %.2f\n", times.kernel / times.copy);
+}
+
 void ShowAbout(const fs::path& pluginPath) {
     FakeHost host;
     With(pluginPath, [&] {
@@ -92,7 +104,8 @@ void Run(const Arguments& arguments) {
     const Settings before = With(settingsPath, [&] { return LoadSettings(settingsPath); });
     Settings settings = before;
 
-    const FilterRequest request = {arguments.threshold, arguments.softness, arguments.bias, arguments.dialog};
+    const FilterRequest request = {arguments.threshold, arguments.softness, arguments.bias, arguments.dialog,
+                                   arguments.repeat};
     FakeHost host;
     const FilterReport report = With(pluginPath, [&] {
         const PluginLibrary plugin(pluginPath);
@@ -103,6 +116,7 @@ void Run(const Arguments& arguments) {
     }
     With(arguments.out, [&] { StoreFile(arguments.out, EncodePicture(picture, kind)); });
     PrintReport(report);
+    if (report.times) PrintTimes(*report.times, *arguments.repeat, picture);
     if (settings == before) return;
     try {
         StoreSettings(settingsPath, settings);

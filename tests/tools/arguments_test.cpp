@@ -20,6 +20,12 @@ TEST(Arguments, OptionsStandAnywhereAndTheLastOneCounts) {
     EXPECT_EQ(arguments.settings, "s");
 }
 
+TEST(Arguments, RunsAreCountedFromOneToTenThousand) {
+    EXPECT_FALSE(ParseArguments({"a", "b"}).repeat.has_value());
+    EXPECT_EQ(ParseArguments({"--repeat", "1", "a", "b"}).repeat, 1);
+    EXPECT_EQ(ParseArguments({"a", "b", "--repeat", "10000"}).repeat, 10000);
+}
+
 TEST(Arguments, NamesLikeOptionsFollowTwoDashes) {
     const Arguments arguments = ParseArguments({"--", "--bias", "\xC3\xA9\xE2\x82\xAC.png"});
     EXPECT_EQ(arguments.in, "--bias");
@@ -38,6 +44,10 @@ TEST(Arguments, RefusesWhatItDoesNotUnderstand) {
         {"a", "b", "--bias", "7x"},
         {"a", "b", "-t"},
         {"a", "b", "--about"},
+        {"a", "b", "--repeat"},
+        {"a", "b", "--repeat", "0"},
+        {"a", "b", "--repeat", "10001"},
+        {"a", "b", "--repeat", "3", "--dialog"},
     };
     for (const std::vector<std::string>& words : cases) {
         EXPECT_THROW(ParseArguments(words), UsageError) << testing::PrintToString(words);

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <thread>
+
 #include "tools/tool_error.h"
 
 namespace stairmelt {
@@ -19,6 +22,21 @@ void PluginMain(int16_t selector, void* data, intptr_t*, int16_t* result) {
     if (selector != kFilterSelectorStart) return;
     gSeen.playInfo = static_cast<FilterRecord*>(data)->descriptorParameters->playInfo;
     *result = gSeen.answer;
+}
+
+constexpr std::chrono::milliseconds kBeforePixels(100);
+constexpr std::chrono::milliseconds kWithPixels(5);
+
+// Has the host deliver the one pixel, and adds 1 to its first byte.
+void IncrementPixel(int16_t selector, void* data, intptr_t*, int16_t* result) {
+    if (selector != kFilterSelectorStart) return;
+    auto* const record = static_cast<FilterRecord*>(data);
+    record->outRect = {0, 0, 1, 1};
+    std::this_thread::sleep_for(kBeforePixels);
+    *result = record->advanceState();
+    std::this_thread::sleep_for(kWithPixels);
+    ++*static_cast<uint8_t*>(record->outData);
+    record->outRect = {};
 }
 
 class FilterRun : public testing::Test {
@@ -51,6 +69,24 @@ TEST_F(FilterRun, TheDialogIsAskedForEvenWithValues) {
     EXPECT_EQ(gSeen.playInfo, kPlugInDialogDisplay);
     ASSERT_EQ(host.script.played.size(), 1u);
     EXPECT_EQ(host.script.played[0].value, -77);
+}
+
+TEST_F(FilterRun, RepeatedRunsStartFromTheSamePixelsAndLeaveTheHostOutOfTheTime) {
+    picture.depth = 8;
+    picture.samples = {41};
+    const FilterReport once = RunFilterOn(host, IncrementPixel, {}, picture, settings);
+    EXPECT_EQ(picture.samples, Bytes{42});
+    EXPECT_FALSE(once.times.has_value());
+
+    FilterRequest request;
+    request.repeat = 3;
+    const FilterReport report = RunFilterOn(host, IncrementPixel, request, picture, settings);
+    EXPECT_EQ(picture.samples, Bytes{43});
+    EXPECT_EQ(report.changedPixels, 1u);
+    ASSERT_TRUE(report.times.has_value());
+    EXPECT_GE(report.times->kernel, std::chrono::duration<double>(kWithPixels).count());
+    EXPECT_LT(report.times->kernel, std::chrono::duration<double>(kBeforePixels).count());
+    EXPECT_LT(report.times->copy, report.times->kernel);
 }
 
 TEST_F(FilterRun, ARefusalIsToldInWordsAndChangesNothing) {

@@ -9,6 +9,7 @@ import base64
 import os
 import pathlib
 import random
+import re
 import struct
 import subprocess
 import sys
@@ -194,6 +195,20 @@ class RunFilter(unittest.TestCase):
         self.write("settings", b"\0" * 50)
         self.assertIn("threshold 10, softness 70, bias 0", self.smooth("in.png", "out.png"))
 
+    def test_repeated_runs_give_the_picture_of_one_and_the_times(self):
+        self.write("in.png", files.write_png(stairs(3, 16)))
+        once = self.smooth("in.png", "once.png")
+        out = self.smooth("in.png", "often.png", "--repeat", "4")
+        self.assertEqual(self.read("often.png"), self.read("once.png"))
+        self.assertEqual(out[1], once[1])
+        self.assertEqual(out[2].split(" in ")[0], once[2].split(" in ")[0])
+        self.assertEqual(out[3], "medians of 4 runs:")
+        times = [re.fullmatch(r"(plug-in|copy) +([0-9.]+) ms, ([0-9.]+) ms per megapixel", line) for line in out[4:6]]
+        self.assertTrue(all(times), out)
+        megapixels = 23 * 17 / 1e6
+        for match in times:
+            self.assertAlmostEqual(float(match[3]) * megapixels, float(match[2]), delta=0.001)
+
     def test_one_file_for_both_and_any_name(self):
         name = "B\u00e4ume \u6728 #1.png"
         picture = stairs(3, 8)
@@ -239,7 +254,7 @@ class RunFilter(unittest.TestCase):
 
         status, _, err = self.run_tool("deep.png", "out.png", "--threshold", "much")
         self.assertNotEqual(status, 0)
-        self.assertIn("usage: runfilter", err[-2])
+        self.assertIn("usage: runfilter", err[1])
 
     @unittest.skipIf(os.name == "nt", "needs a limit on the size of files")
     def test_a_full_disk_leaves_the_output_alone(self):

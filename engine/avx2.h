@@ -97,8 +97,80 @@ uint32_t DifferingBytes(const BytePlanes<kSamples>& a, const BytePlanes<kSamples
     return ~static_cast<uint32_t>(_mm256_movemask_epi8(isWithin));
 }
 
+// The samples of 8 pixels of floats, plane by plane.
+template <int kSamples>
+struct FloatPlanes {
+    __m256 plane[kSamples];
+};
+
+inline __m256 LoadFloatHalves(const uint8_t* low, const uint8_t* high) {
+    return _mm256_castsi256_ps(LoadHalves(low, high));
+}
+
+// Each half of a vector holds 4 of the pixels. Reads nothing behind the last one.
+template <int kSamples>
+FloatPlanes<kSamples> LoadFloatPlanes(const uint8_t* at) {
+    constexpr int kPixel = kSamples * 4;  // bytes
+    constexpr int kHalf = 4 * kPixel;
+    if constexpr (kSamples == 1) {
+        return {{LoadFloatHalves(at, at + kHalf)}};
+    } else if constexpr (kSamples == 2) {
+        const __m256 a = LoadFloatHalves(at, at + kHalf), b = LoadFloatHalves(at + 16, at + kHalf + 16);
+        return {{_mm256_shuffle_ps(a, b, _MM_SHUFFLE(2, 0, 2, 0)), _mm256_shuffle_ps(a, b, _MM_SHUFFLE(3, 1, 3, 1))}};
+    } else if constexpr (kSamples == 3) {
+        // x0 y0 z0 x1, y1 z1 x2 y2, z2 x3 y3 z3
+        const __m256 a = LoadFloatHalves(at, at + kHalf), b = LoadFloatHalves(at + 16, at + kHalf + 16);
+        const __m256 c = LoadFloatHalves(at + 32, at + kHalf + 32);
+        const __m256 xy = _mm256_shuffle_ps(b, c, _MM_SHUFFLE(2, 1, 3, 2));  // x2 y2 x3 y3
+        const __m256 yz = _mm256_shuffle_ps(a, b, _MM_SHUFFLE(1, 0, 2, 1));  // y0 z0 y1 z1
+        return {{_mm256_shuffle_ps(a, xy, _MM_SHUFFLE(2, 0, 3, 0)), _mm256_shuffle_ps(yz, xy, _MM_SHUFFLE(3, 1, 2, 0)),
+                 _mm256_shuffle_ps(yz, c, _MM_SHUFFLE(3, 0, 3, 1))}};
+    } else {
+        // The first four samples of each pixel, 4 by 4 exchanged.
+        const auto part = [&](int pixel) { return LoadFloatHalves(at + pixel * kPixel, at + kHalf + pixel * kPixel); };
+        const __m256 a = part(0), b = part(1), c = part(2), d = part(3);
+        const __m256 abLow = _mm256_unpacklo_ps(a, b), abHigh = _mm256_unpackhi_ps(a, b);
+        const __m256 cdLow = _mm256_unpacklo_ps(c, d), cdHigh = _mm256_unpackhi_ps(c, d);
+        FloatPlanes<kSamples> planes;
+        planes.plane[0] = _mm256_shuffle_ps(abLow, cdLow, _MM_SHUFFLE(1, 0, 1, 0));
+        planes.plane[1] = _mm256_shuffle_ps(abLow, cdLow, _MM_SHUFFLE(3, 2, 3, 2));
+        planes.plane[2] = _mm256_shuffle_ps(abHigh, cdHigh, _MM_SHUFFLE(1, 0, 1, 0));
+        planes.plane[3] = _mm256_shuffle_ps(abHigh, cdHigh, _MM_SHUFFLE(3, 2, 3, 2));
+        if constexpr (kSamples == 5) {
+            float fifth[8];
+            for (int pixel = 0; pixel < 8; ++pixel) std::memcpy(&fifth[pixel], at + pixel * kPixel + 16, 4);
+            planes.plane[4] =
+                _mm256_setr_ps(fifth[0], fifth[1], fifth[2], fifth[3], fifth[4], fifth[5], fifth[6], fifth[7]);
+        }
+        return planes;
+    }
+}
+
+// Bit k is set where the pixels k differ; every operation as in Differs.
+template <class Format>
+uint32_t DifferingFloats(const FloatPlanes<Format::kPixelSize>& a, const FloatPlanes<Format::kPixelSize>& b,
+                         __m256 threshold) {
+    const auto distance = [](__m256 s, __m256 t) {
+        return _mm256_andnot_ps(_mm256_set1_ps(-0.0f), _mm256_sub_ps(s, t));
+    };
+    __m256 left = threshold;
+    if constexpr (Format::kExtra == 1) {
+        const __m256 u = a.plane[Format::kOpacity], v = b.plane[Format::kOpacity];
+        const __m256 opacities = _mm256_add_ps(u, v);
+        left = _mm256_sub_ps(left, distance(u, v));
+        for (int c = 0; c < Format::kChannels; ++c) {
+            const __m256 half = _mm256_mul_ps(distance(a.plane[c], b.plane[c]), _mm256_set1_ps(0.5f));
+            left = _mm256_sub_ps(left, _mm256_mul_ps(half, opacities));
+        }
+    } else {
+        for (int c = 0; c < Format::kChannels; ++c) left = _mm256_sub_ps(left, distance(a.plane[c], b.plane[c]));
+    }
+    return static_cast<uint32_t>(_mm256_movemask_ps(_mm256_cmp_ps(left, _mm256_setzero_ps(), _CMP_LT_OQ)));
+}
+
 struct Avx2 {
     static constexpr bool kComparesBytes = true;
+    static constexpr bool kComparesFloats = true;
     static constexpr bool kHasLanes = true;
     using Word = FourWords;
 
@@ -116,6 +188,27 @@ struct Avx2 {
             flags.d |= static_cast<uint64_t>(DifferingBytes(here, below, most)) << x;
             flags.x |= static_cast<uint64_t>(DifferingBytes(here, across, most)) << x;
             flags.a |= static_cast<uint64_t>(DifferingBytes(right, below, most)) << x;
+        }
+        return flags;
+    }
+
+    // The flags of 16 columns of floats.
+    template <class Format>
+    static ChunkFlags CompareFloats(const uint8_t* p, const uint8_t* q, float threshold) {
+        constexpr int kSamples = Format::kPixelSize;
+        const __m256 most = _mm256_set1_ps(threshold);
+        ChunkFlags flags{};
+        for (int x = 0; x < 16; x += 8) {
+            const uint8_t* const pPart = p + x * Format::kPixelBytes;
+            const uint8_t* const qPart = q + x * Format::kPixelBytes;
+            const FloatPlanes<kSamples> here = LoadFloatPlanes<kSamples>(pPart);
+            const FloatPlanes<kSamples> right = LoadFloatPlanes<kSamples>(pPart + Format::kPixelBytes);
+            const FloatPlanes<kSamples> below = LoadFloatPlanes<kSamples>(qPart);
+            const FloatPlanes<kSamples> across = LoadFloatPlanes<kSamples>(qPart + Format::kPixelBytes);
+            flags.r |= static_cast<uint64_t>(DifferingFloats<Format>(here, right, most)) << x;
+            flags.d |= static_cast<uint64_t>(DifferingFloats<Format>(here, below, most)) << x;
+            flags.x |= static_cast<uint64_t>(DifferingFloats<Format>(here, across, most)) << x;
+            flags.a |= static_cast<uint64_t>(DifferingFloats<Format>(right, below, most)) << x;
         }
         return flags;
     }

@@ -26,9 +26,9 @@ struct ChunkFlags {
 
 // True if the chunk's pixels at p, the one behind them, and the same of the row below at q all have the same bits.
 // Equal pixels never differ, whatever the format, as long as the threshold isn't negative.
-template <class Format>
+template <class Format, int kColumns>
 bool IsFlatChunk(const uint8_t* p, const uint8_t* q) {
-    constexpr int kBytes = kChunkColumns * Format::kPixelBytes;
+    constexpr int kBytes = kColumns * Format::kPixelBytes;
     static_assert(kBytes % 8 == 0);
     const auto word = [](const uint8_t* at) {
         uint64_t value;
@@ -59,11 +59,36 @@ ChunkValue<Format> ChunkThreshold(Threshold threshold) {
     }
 }
 
-// 32 columns, laid out plane by plane.
+// The columns whose values lie below zero. -0.0 doesn't.
+inline uint64_t NegativeColumns(const int16_t (&values)[16]) {
+    const auto* const at = reinterpret_cast<const __m128i*>(values);
+    // Saturation keeps the sign.
+    return static_cast<uint32_t>(_mm_movemask_epi8(_mm_packs_epi16(_mm_loadu_si128(at), _mm_loadu_si128(at + 1))));
+}
+
+inline uint64_t NegativeColumns(const int32_t (&values)[16]) {
+    uint32_t columns = 0;
+    for (int x = 0; x < 16; x += 4) {
+        const __m128i four = _mm_loadu_si128(reinterpret_cast<const __m128i*>(values + x));
+        columns |= static_cast<uint32_t>(_mm_movemask_ps(_mm_castsi128_ps(four))) << x;
+    }
+    return columns;
+}
+
+inline uint64_t NegativeColumns(const float (&values)[16]) {
+    uint32_t columns = 0;
+    for (int x = 0; x < 16; x += 4) {
+        const __m128 isNegative = _mm_cmplt_ps(_mm_loadu_ps(values + x), _mm_setzero_ps());
+        columns |= static_cast<uint32_t>(_mm_movemask_ps(isNegative)) << x;
+    }
+    return columns;
+}
+
+// A quarter of a chunk, laid out plane by plane.
 template <class Format>
 struct EdgeChunk {
     using Value = ChunkValue<Format>;
-    static constexpr int kColumns = 32;
+    static constexpr int kColumns = 16;
     static constexpr int kRead = kColumns + 1;  // and the pixel behind the last one
     using Planes = Value[Format::kPixelSize][kRead];
 
@@ -78,9 +103,8 @@ struct EdgeChunk {
         }
     }
 
-    // Adds `flag` to the columns where the pixel of `a` at column + aShift differs from that of `b` at column + bShift.
-    static void Compare(const Planes& a, int aShift, const Planes& b, int bShift, Value threshold, uint8_t flag,
-                        uint8_t (&flags)[kColumns]) {
+    // The columns where the pixel of `a` at column + aShift differs from that of `b` at column + bShift.
+    static uint64_t Compare(const Planes& a, int aShift, const Planes& b, int bShift, Value threshold) {
         Value left[kColumns];
         for (int x = 0; x < kColumns; ++x) left[x] = threshold;
         if constexpr (Format::kExtra == 1) {
@@ -101,7 +125,7 @@ struct EdgeChunk {
                 for (int x = 0; x < kColumns; ++x) left[x] = static_cast<Value>(left[x] - Distance(s[x], t[x]));
             }
         }
-        for (int x = 0; x < kColumns; ++x) flags[x] = static_cast<uint8_t>(flags[x] | (left[x] < 0 ? flag : 0));
+        return NegativeColumns(left);
     }
 
     static Value Distance(Value s, Value t) {
@@ -122,22 +146,12 @@ struct EdgeChunk {
         }
     }
 
-    // The cells of all columns, with every diagonal tested.
-    void CompareAll(Value threshold, uint8_t (&cells)[kColumns]) const {
-        std::memset(cells, 0, sizeof cells);
-        Compare(p, 0, p, 1, threshold, kFlagR, cells);
-        Compare(p, 0, q, 0, threshold, kFlagD, cells);
-        Compare(p, 0, q, 1, threshold, kFlagX, cells);
-        Compare(p, 1, q, 0, threshold, kFlagA, cells);
+    // The flags of all columns, with every diagonal tested.
+    ChunkFlags CompareAll(Value threshold) const {
+        return {Compare(p, 0, p, 1, threshold), Compare(p, 0, q, 0, threshold), Compare(p, 0, q, 1, threshold),
+                Compare(p, 1, q, 0, threshold)};
     }
 };
-
-// One flag of 16 cells as bits.
-inline uint64_t FlagBits(const uint8_t* cells, uint8_t flag) {
-    const __m128i all = _mm_loadu_si128(reinterpret_cast<const __m128i*>(cells));
-    // The flag's bit becomes the highest of its byte; what crosses into a neighbour comes in below it.
-    return static_cast<uint32_t>(_mm_movemask_epi8(_mm_sll_epi16(all, _mm_cvtsi32_si128(7 - PlaneOf(flag)))));
-}
 
 // Compares the chunks of one image.
 template <class Format>
@@ -149,7 +163,9 @@ public:
           chunkThreshold(ChunkThreshold<Format>(edgeThreshold)) {}
 
     // True if no pixel of the chunk differs from a neighbour, as far as a quick look tells.
-    bool IsFlat(const uint8_t* p, const uint8_t* q) const { return mayBeFlat && IsFlatChunk<Format>(p, q); }
+    bool IsFlat(const uint8_t* p, const uint8_t* q) const {
+        return mayBeFlat && IsFlatChunk<Format, kChunkColumns>(p, q);
+    }
 
     // The flags of the chunk at p, with the row below at q, every diagonal tested. Reads one pixel more of both rows.
     ChunkFlags Compare(const uint8_t* p, const uint8_t* q) const {
@@ -159,25 +175,34 @@ public:
                 return InstructionSet::template CompareBytes<Format::kChannels>(p, q, static_cast<uint8_t>(threshold));
             }
         }
-        using Chunk = EdgeChunk<Format>;
+        constexpr int kPartColumns = EdgeChunk<Format>::kColumns;
         ChunkFlags flags{};
-        for (int x = 0; x < kChunkColumns; x += Chunk::kColumns) {
-            Chunk chunk;
-            chunk.Spread(p + x * Format::kPixelBytes, chunk.p);
-            chunk.Spread(q + x * Format::kPixelBytes, chunk.q);
-            uint8_t cells[Chunk::kColumns];
-            chunk.CompareAll(chunkThreshold, cells);
-            for (int k = 0; k < Chunk::kColumns; k += 16) {
-                flags.r |= FlagBits(cells + k, kFlagR) << (x + k);
-                flags.d |= FlagBits(cells + k, kFlagD) << (x + k);
-                flags.x |= FlagBits(cells + k, kFlagX) << (x + k);
-                flags.a |= FlagBits(cells + k, kFlagA) << (x + k);
-            }
+        for (int x = 0; x < kChunkColumns; x += kPartColumns) {
+            const uint8_t* const pPart = p + x * Format::kPixelBytes;
+            const uint8_t* const qPart = q + x * Format::kPixelBytes;
+            if (mayBeFlat && IsFlatChunk<Format, kPartColumns>(pPart, qPart)) continue;
+            const ChunkFlags part = ComparePart(pPart, qPart);
+            flags.r |= part.r << x;
+            flags.d |= part.d << x;
+            flags.x |= part.x << x;
+            flags.a |= part.a << x;
         }
         return flags;
     }
 
 private:
+    ChunkFlags ComparePart(const uint8_t* p, const uint8_t* q) const {
+        using InstructionSet = typename Format::InstructionSet;
+        if constexpr (InstructionSet::kComparesFloats && Format::kBits == 32) {
+            return InstructionSet::template CompareFloats<Format>(p, q, threshold);
+        } else {
+            EdgeChunk<Format> chunk;
+            chunk.Spread(p, chunk.p);
+            chunk.Spread(q, chunk.q);
+            return chunk.CompareAll(chunkThreshold);
+        }
+    }
+
     bool mayBeFlat;  // equal pixels differ only where the threshold is negative
     EdgeThreshold<Format> threshold;
     ChunkValue<Format> chunkThreshold;

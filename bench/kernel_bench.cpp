@@ -1,6 +1,6 @@
 // Times of the kernels on one thread. A benchmark's name is GROUP/PICTURE/WHAT, and its groups are
 //
-//   rgb8      six pictures of 24 megapixels in 8-bit RGB: copying, reading, and every form of the kernel
+//   rgb8      six pictures of 24 megapixels in 8-bit RGB: copying, reading, every form of the kernel, and its phases
 //   formats   all 24 formats, on the cartoon
 //   growth    the cartoon from 1 to 100 megapixels
 //   share     pictures of which a part is blank
@@ -23,8 +23,10 @@
 #include <vector>
 
 #include "bench/formats.h"
+#include "bench/phases.h"
 #include "bench/pictures.h"
 #include "bench/workplace.h"
+#include "engine/instruction_set.h"
 
 namespace stairmelt {
 
@@ -63,6 +65,11 @@ Measurement RunOf(const KernelForm& form) {
 std::vector<Measurement> EverythingOn(const BenchFormat& format) {
     std::vector<Measurement> measurements = {kCopy, kRead};
     for (const KernelForm& form : format.forms) measurements.push_back(RunOf(form));
+    if (HasAvx2()) {
+        measurements.push_back({"memory", [](Workplace& place) { return MeasurePhases(place.Job()).memory; }});
+        measurements.push_back({"flags", [](Workplace& place) { return MeasurePhases(place.Job()).flags; }});
+        measurements.push_back({"scan", [](Workplace& place) { return MeasurePhases(place.Job()).scan; }});
+    }
     return measurements;
 }
 

@@ -19,7 +19,6 @@
 #include "engine/plane_runs.h"
 #include "engine/ramp_table.h"
 #include "engine/ramp_walks.h"
-#include "engine/restores.h"
 #include "engine/scan_weights.h"
 #include "engine/step_masks.h"
 

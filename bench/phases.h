@@ -1,0 +1,18 @@
+// The phases of a kernel by themselves: in a kernel the flags are built while the scan goes on.
+#pragma once
+
+#include "engine/image.h"
+
+namespace stairmelt {
+
+struct PhaseSeconds {
+    double memory;  // allocating the flags, whose pages are first touched in the next phase
+    double flags;   // comparing all pixels
+    double scan;    // deciding, and changing the destination
+};
+
+// Runs the 8-bit RGB kernel for AVX2, which the machine must have (HasAvx2), phase after phase. The result is the
+// kernel's.
+PhaseSeconds MeasurePhases(const KernelJob& job);
+
+}  // namespace stairmelt

@@ -18,13 +18,13 @@ from results import Results, copies
 
 INK = "#2a2a33"
 FAINT = "#8a8a94"
-# Known measurements with their colours; further forms of the kernel take the spare ones.
+# What is shown, and its colour.
 STYLES = {
     "read": ("reading only", "#c9ccd6"),
     "fast": ("kernel", "#2f6fb7"),
+    "baseline": ("kernel without AVX2", "#8fb8e0"),
     "plain": ("kernel, plain form", "#e3a857"),
 }
-SPARE_COLORS = ("#6aa84f", "#a64d79", "#45818e")
 GROUP_WIDTH = 0.82  # of the distance between two pictures
 
 
@@ -34,15 +34,14 @@ def label(value):
 
 def draw(results, path):
     pictures = results.pictures("rgb8")
-    measurements = [what for what in results.measurements("rgb8") if what != "copy"]
+    measurements = [what for what in results.measurements("rgb8") if what in STYLES]
     if not pictures:
         sys.exit("plot.py: these results have no group rgb8")
-    spare = iter(SPARE_COLORS)
 
     figure, axes = pyplot.subplots(figsize=(9.6, 4.6))
     bar_width = GROUP_WIDTH / len(measurements)
     for i, what in enumerate(measurements):
-        name, color = STYLES.get(what) or (what, next(spare))
+        name, color = STYLES[what]
         places = [n - GROUP_WIDTH / 2 + (i + 0.5) * bar_width for n in range(len(pictures))]
         heights = [copies(results.get("rgb8", picture, what)) for picture in pictures]
         # On a logarithmic scale bars have no natural foot; theirs is below the smallest value.
@@ -72,7 +71,7 @@ def draw(results, path):
     axes.spines["bottom"].set_color(FAINT)
     axes.legend(loc="lower right", bbox_to_anchor=(1, 1), ncols=len(measurements), frameon=False, labelcolor=INK)
     megapixels = results.get("rgb8", pictures[0], measurements[0]).megapixels
-    axes.set_title(f"{megapixels:.0f} megapixels of 8-bit RGB, one thread", loc="left", color=INK, fontsize=12, pad=14)
+    axes.set_title(f"{megapixels:.0f} megapixels of 8-bit RGB, one thread", loc="left", color=INK, fontsize=12, pad=30)
     figure.tight_layout()
     figure.savefig(path, dpi=100)
 

@@ -28,7 +28,7 @@ OK, CANCEL = (334, 7, 57, 14), (334, 25, 57, 14)
 THRESHOLD, SOFTNESS, BIAS = (18, 255, 267, 16), (18, 283, 267, 16), (18, 309, 267, 16)
 SOFTNESS_EDIT, BIAS_EDIT = (289, 278, 30, 14), (289, 304, 30, 14)
 ZOOM_IN = (205, 229, 12, 11)
-PANE_MIDDLE = (250, 190)  # pixels
+PANE_MIDDLE, PANE_RIGHT = (250, 190), 490  # pixels, whatever the dialog unit
 
 
 def place_picture():
@@ -76,6 +76,7 @@ class Session(unittest.TestCase):
         window = self.xdo("search", "--sync", "--onlyvisible", "--name", "^NORVA stairmelt$").split()[0]
         size = self.ask("getwindowgeometry", "--shell", window)
         # A dialog unit is a quarter of one base unit wide and an eighth of the other high.
+        self.width = size["WIDTH"]
         self.base = round(size["WIDTH"] * 4 / UNITS_WIDE), round(size["HEIGHT"] * 8 / UNITS_HIGH)
         # The geometry's own place counts the window manager's frame twice.
         self.xdo("mousemove", "--window", window, 0, 0)
@@ -153,7 +154,7 @@ class Session(unittest.TestCase):
         self.xdo("key", "Down", "Down")
         # Dragged, and one notch of the wheel up beside the pane.
         bias = self.drag_slider(BIAS, 0, 42, 100)
-        self.move(600, 300)
+        self.move((PANE_RIGHT + self.width) // 2, 300)
         self.xdo("click", 4)
         bias += 1
 

@@ -1,5 +1,6 @@
 #include "host/parameters.h"
 
+#include "host/complete_table.h"
 #include "host/plugin_entry.h"
 #include "resources/plugin_ids.h"
 
@@ -13,7 +14,7 @@ static_assert(kParameters[0].key == KEY_THRESHOLD && kParameters[1].key == KEY_S
               kParameters[4].key == KEY_WINDOW_Y);
 
 Handle NewHandle(int32_t size) {
-    const HandleProcs* const procs = gFilterRecord->handleProcs;
+    const HandleProcs* const procs = Complete(gFilterRecord->handleProcs);
     return procs != nullptr ? procs->newProc(size) : nullptr;
 }
 

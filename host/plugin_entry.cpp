@@ -1,5 +1,6 @@
 #include "host/plugin_entry.h"
 
+#include "host/complete_table.h"
 #include "host/parameters.h"
 #include "host/render.h"
 #include "ui/about_box.h"
@@ -9,7 +10,7 @@ namespace stairmelt {
 FilterRecord* gFilterRecord = nullptr;
 intptr_t* gDataHandle = nullptr;
 int16_t* gResult = nullptr;
-SPBasicSuite* gSPBasic = nullptr;
+const SPBasicSuite* gSPBasic = nullptr;
 ParameterBlock* gParameterBlock = nullptr;
 uint8_t* gShowDialog = nullptr;
 
@@ -18,14 +19,14 @@ namespace {
 Handle FlagByteHandle() { return reinterpret_cast<Handle>(*gDataHandle); }
 
 Ptr Lock(Handle handle) {
-    const HandleProcs* const procs = gFilterRecord->handleProcs;
+    const HandleProcs* const procs = Complete(gFilterRecord->handleProcs);
     if (handle == nullptr || procs == nullptr) return nullptr;  // careless hosts follow a null handle
     constexpr Boolean kMoveHigh = 1;
     return procs->lockProc(handle, kMoveHigh);
 }
 
 void UnlockHandles() {
-    const HandleProcs* const procs = gFilterRecord->handleProcs;
+    const HandleProcs* const procs = Complete(gFilterRecord->handleProcs);
     if (procs == nullptr) return;
     if (FlagByteHandle() != nullptr) procs->unlockProc(FlagByteHandle());
     if (gFilterRecord->parameters != nullptr) procs->unlockProc(gFilterRecord->parameters);
@@ -33,7 +34,7 @@ void UnlockHandles() {
 
 void DoAbout() {
     const AboutRecord* const record = reinterpret_cast<const AboutRecord*>(gFilterRecord);
-    gSPBasic = record->sSPBasic;
+    gSPBasic = Complete(record->sSPBasic);
     ShowAboutBox(ParentWindow(record->platformData));
 }
 
@@ -86,7 +87,7 @@ void PluginMain(int16_t selector, void* record, intptr_t* data, int16_t* result)
     gFilterRecord = static_cast<FilterRecord*>(record);
     if (selector == kFilterSelectorAbout) return DoAbout();
 
-    gSPBasic = gFilterRecord->sSPBasic;
+    gSPBasic = Complete(gFilterRecord->sSPBasic);
     // From now on both sides use the 32-bit coordinates, in this call and in every later one of the run.
     BigDocumentStruct* const bigDocument = gFilterRecord->bigDocumentData;
     if (bigDocument != nullptr) bigDocument->PluginUsing32BitCoordinates = 1;

@@ -28,9 +28,9 @@ struct ParameterBlock;
 // Set by every call. During the about selector the record is an AboutRecord. A host always passes the three pointers;
 // what hangs from the record may be null where filter_api.h says so.
 extern FilterRecord* gFilterRecord;
-extern intptr_t* gDataHandle;   // the word holds the flag byte's handle, or 0
-extern int16_t* gResult;        // never set to 0 at entry: the host does that
-extern SPBasicSuite* gSPBasic;  // null in hosts without suites
+extern intptr_t* gDataHandle;         // the word holds the flag byte's handle, or 0
+extern int16_t* gResult;              // never set to 0 at entry: the host does that
+extern const SPBasicSuite* gSPBasic;  // null in hosts without suites
 
 // Set by the selectors that lock; stale after the end of that call. Null after a lock that failed.
 extern ParameterBlock* gParameterBlock;

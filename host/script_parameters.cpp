@@ -1,6 +1,7 @@
 // The values of a script: three integers in, three integers out.
 #include <iterator>
 
+#include "host/complete_table.h"
 #include "host/parameters.h"
 #include "host/plugin_entry.h"
 
@@ -50,7 +51,7 @@ int16_t ReadKeys(const ReadDescriptorProcs& procs, PIReadDescriptor token) {
 int16_t ReadScriptParameters() {
     PIDescriptorParameters* const script = gFilterRecord->descriptorParameters;
     if (script == nullptr) return kNoErr;  // some hosts have no scripting at all
-    const ReadDescriptorProcs* const procs = script->readDescriptorProcs;
+    const ReadDescriptorProcs* const procs = Complete(script->readDescriptorProcs);
     if (script->descriptor == nullptr || procs == nullptr) return kNoErr;
 
     int16_t error = kNoErr;
@@ -67,16 +68,17 @@ int16_t ReadScriptParameters() {
 
 void WriteScriptParameters() {
     PIDescriptorParameters* const script = gFilterRecord->descriptorParameters;
-    if (script == nullptr || script->writeDescriptorProcs == nullptr) return;
-    const WriteDescriptorProcs& procs = *script->writeDescriptorProcs;
-    const PIWriteDescriptor token = procs.openWriteDescriptorProc();
+    if (script == nullptr) return;
+    const WriteDescriptorProcs* const procs = Complete(script->writeDescriptorProcs);
+    if (procs == nullptr) return;
+    const PIWriteDescriptor token = procs->openWriteDescriptorProc();
     if (token == nullptr) return;
 
     for (const Parameter& parameter : kParameters) {
-        if (parameter.isScripted) procs.putIntegerProc(token, parameter.key, gParameterBlock->*parameter.field);
+        if (parameter.isScripted) procs->putIntegerProc(token, parameter.key, gParameterBlock->*parameter.field);
     }
     PIDescriptorHandle recorded = nullptr;
-    procs.closeWriteDescriptorProc(token, &recorded);
+    procs->closeWriteDescriptorProc(token, &recorded);
     script->recordInfo = kPlugInDialogOptional;
     script->descriptor = recorded;
 }

@@ -1,4 +1,5 @@
 // The persistent store: a descriptor of five integers in the host's registry, under the plug-in's GUID.
+#include "host/complete_table.h"
 #include "host/parameters.h"
 #include "host/plugin_entry.h"
 #include "resources/plugin_ids.h"
@@ -38,9 +39,10 @@ private:
         const void* procs = nullptr;
         const int32_t error = gSPBasic->AcquireSuite(name, version, &procs);
         if (error != 0) return error;
-        if (procs == nullptr) return kErrPlugInHostInsufficient;
-        suite = static_cast<const Suite*>(procs);
-        return 0;
+        suite = Complete(static_cast<const Suite*>(procs));
+        if (suite != nullptr) return 0;
+        if (procs != nullptr) gSPBasic->ReleaseSuite(name, version);
+        return kErrPlugInHostInsufficient;
     }
 };
 

@@ -16,10 +16,10 @@ BlockStore& Blocks() { return CurrentHost().buffers.blocks; }
 
 OSErr Allocate(const std::string& caller, int64_t size, BufferID* id) {
     Failures& failures = CurrentHost().failures;
-    LogCall(caller + " " + std::to_string(size));
+    const bool fails = LogFallible(caller + " " + std::to_string(size), &failures.bufferAllocate);
     if (!id || size < 0) return kParamErr;
     if (!failures.failedAllocateKeepsId) *id = nullptr;
-    if (Fires(failures.bufferAllocate)) return kMemFullErr;
+    if (fails) return kMemFullErr;
     try {
         *id = reinterpret_cast<BufferID>(&Blocks().Make(nullptr, static_cast<size_t>(size)).inner);
         return kNoErr;
@@ -33,8 +33,8 @@ OSErr AllocateBuffer(int32_t size, BufferID* id) { return Allocate("buffer.alloc
 OSErr AllocateBuffer64(int64_t size, BufferID* id) { return Allocate("buffer.allocateProc64", size, id); }
 
 Ptr LockBuffer(BufferID id, Boolean moveHigh) {
-    LogCall("buffer.lockProc " + Blocks().NameOf(id) + (moveHigh ? "" : " low"));
-    if (Fires(CurrentHost().failures.bufferLock)) return nullptr;
+    const std::string line = "buffer.lockProc " + Blocks().NameOf(id) + (moveHigh ? "" : " low");
+    if (LogFallible(line, &CurrentHost().failures.bufferLock)) return nullptr;
     MovableBlock* block = Blocks().Find(id, "buffer.lockProc");
     return block ? Blocks().Lock(*block, moveHigh != 0) : nullptr;
 }
@@ -52,8 +52,7 @@ void FreeBuffer(BufferID id) {
 int32_t BufferSpace() { return std::numeric_limits<int32_t>::max(); }
 
 OSErr ReserveSpace(int32_t size) {
-    LogCall("buffer.reserveProc " + std::to_string(size));
-    return kNoErr;
+    return LogFallible("buffer.reserveProc " + std::to_string(size)) ? kMemFullErr : kNoErr;
 }
 
 int64_t BufferSpace64() { return kFreeSpace; }

@@ -6,6 +6,16 @@ namespace stairmelt {
 
 void LogCall(const std::string& line) { CurrentHost().log.push_back(line); }
 
+bool LogFallible(const std::string& line, Countdown* own) {
+    Failures& failures = CurrentHost().failures;
+    const bool isNumbered = failures.failingCalls.contains(++CurrentHost().fallibleCalls);
+    bool fails = Fires(failures.anyCall);
+    if (fails && failures.failureLasts) failures.anyCall = kEveryCall;
+    fails = fails || isNumbered;
+    LogCall(fails ? line + kFailedMark : line);
+    return (own && Fires(*own)) || fails;
+}
+
 void ReportFault(const std::string& text) { CurrentHost().faults.push_back(text); }
 
 std::string CodeText(uint32_t code) {

@@ -18,6 +18,12 @@ constexpr Countdown kEveryCall = -1;
 inline bool Fires(Countdown& countdown) { return countdown == kEveryCall || (countdown > 0 && --countdown == 0); }
 
 struct Failures {
+    // Any call that can report a failure, whichever routine it goes to: it does nothing and answers as that routine
+    // fails. What gives something back (releasing, freeing, closing) does so all the same.
+    Countdown anyCall = 0;
+    bool failureLasts = false;   // from that call on all fail
+    std::set<int> failingCalls;  // those calls fail too, by their numbers from 1 on
+
     // Handles and buffers: the routine gives null, or kMemFullErr.
     Countdown newProc = 0;
     Countdown lockProc = 0;
@@ -68,6 +74,7 @@ struct Failures {
 
     // Some hosts hand the previous selector's code to Finish instead of 0.
     bool resultStaysForFinish = false;
+    int16_t resultOnEntry = kNoErr;  // what else each selector finds in its result
 };
 
 }  // namespace stairmelt

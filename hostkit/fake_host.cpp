@@ -157,11 +157,13 @@ void FakeHost::BeginRun() {
 
     script.BeginRun();
     record.descriptorParameters = failures.noDescriptorParameters ? nullptr : &script.parameters;
+    if (onBegin) onBegin();
 }
 
 int16_t FakeHost::Call(PluginMainProc pluginMain, int16_t selector) {
     LogCall("PluginMain " + std::to_string(selector));
-    int16_t result = failures.resultStaysForFinish && selector == kFilterSelectorFinish ? lastResult : kNoErr;
+    int16_t result =
+        failures.resultStaysForFinish && selector == kFilterSelectorFinish ? lastResult : failures.resultOnEntry;
     FilterRecord before;
     std::memcpy(&before, &record, sizeof(before));
     const std::vector<Region> regions = SaveRegions(*this);

@@ -56,6 +56,7 @@ struct FakeHost {
     Failures failures;
     std::vector<std::string> log;     // calls of the plug-in and of the services, in order
     std::vector<std::string> faults;  // breaches of the rules found so far; Faults() looks for more
+    int fallibleCalls = 0;            // calls of the plug-in so far that could report a failure
 
     FakeHandles handles;
     FakeBuffers buffers;
@@ -75,6 +76,9 @@ struct FakeHost {
     Str255 errorString{};
     int16_t lastResult = 0;                  // of the last selector
     const int16_t* runningResult = nullptr;  // what the running selector has stored so far; null between selectors
+
+    // Where set, called when a run's record has been made, which it may spoil.
+    std::function<void()> onBegin;
 
     // Where set, what the plug-in's advances do in place of pixels.Deliver(), which it may call.
     std::function<OSErr()> onAdvance;

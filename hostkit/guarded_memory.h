@@ -13,6 +13,8 @@ constexpr uint8_t kFillPattern = 0xA5;
 // Under the address sanitizer there are no zones: its own begin right at the block and show stray reads as well.
 #if defined(__SANITIZE_ADDRESS__)
 constexpr size_t kGuardBytes = 0;
+#elif defined(__has_feature)
+constexpr size_t kGuardBytes = __has_feature(address_sanitizer) ? 0 : 64;
 #else
 constexpr size_t kGuardBytes = 64;
 #endif

@@ -12,8 +12,8 @@ namespace {
 BlockStore& Blocks() { return CurrentHost().handles.blocks; }
 
 Handle NewHandle(int32_t size) {
-    LogCall("newProc " + std::to_string(size));
-    if (Fires(CurrentHost().failures.newProc) || size < 0) return nullptr;
+    const bool fails = LogFallible("newProc " + std::to_string(size), &CurrentHost().failures.newProc);
+    if (fails || size < 0) return nullptr;
     try {
         return CurrentHost().handles.Make(nullptr, static_cast<size_t>(size));
     } catch (const std::bad_alloc&) {
@@ -33,7 +33,8 @@ int32_t GetHandleSize(Handle handle) {
 }
 
 OSErr SetHandleSize(Handle handle, int32_t size) {
-    LogCall("setSizeProc " + Blocks().NameOf(handle) + " " + std::to_string(size));
+    const bool fails = LogFallible("setSizeProc " + Blocks().NameOf(handle) + " " + std::to_string(size));
+    if (fails) return kMemFullErr;
     MovableBlock* block = Blocks().Find(handle, "setSizeProc");
     if (!block) return kNilHandleErr;
     if (size < 0) return kParamErr;
@@ -47,8 +48,8 @@ OSErr SetHandleSize(Handle handle, int32_t size) {
 }
 
 Ptr LockHandle(Handle handle, Boolean moveHigh) {
-    LogCall("lockProc " + Blocks().NameOf(handle) + (moveHigh ? "" : " low"));
-    if (Fires(CurrentHost().failures.lockProc)) return nullptr;
+    const std::string line = "lockProc " + Blocks().NameOf(handle) + (moveHigh ? "" : " low");
+    if (LogFallible(line, &CurrentHost().failures.lockProc)) return nullptr;
     MovableBlock* block = Blocks().Find(handle, "lockProc");
     return block ? Blocks().Lock(*block, moveHigh != 0) : nullptr;
 }

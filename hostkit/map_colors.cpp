@@ -10,7 +10,7 @@ struct Color {
     int red, green, blue;  // 0..255
 };
 
-int ToByte(double value) { return static_cast<int>(std::clamp(value, 0.0, 1.0) * 255.0 + 0.5); }
+int ToByte(double value) { return static_cast<int>(std::lround(std::clamp(value, 0.0, 1.0) * 255.0)); }
 
 double SrgbCurve(double linear) {
     return linear <= 0.0031308 ? 12.92 * linear : 1.055 * std::pow(linear, 1 / 2.4) - 0.055;

@@ -139,7 +139,7 @@ void CheckInput(const FakeDocument& document, const Delivery& input) {
 }
 
 OSErr Advance(FakeHost& host) {
-    if (Fires(host.failures.advanceState)) return host.failures.advanceStateCode;
+    if (LogFallible("advanceState", &host.failures.advanceState)) return host.failures.advanceStateCode;
     return host.onAdvance ? host.onAdvance() : host.pixels.Deliver();
 }
 
@@ -227,7 +227,6 @@ void FakePixels::Check() const {
 
 OSErr AdvanceState() {
     FakeHost& host = CurrentHost();
-    LogCall("advanceState");
     if (host.pixels.hasAdvanceFailed) ReportFault("advanceState again, after it failed in this selector");
     const OSErr result = Advance(host);
     if (result == kNoErr) ++host.pixels.advances;

@@ -25,42 +25,42 @@ StoredValues::iterator FindKey(StoredValues& values, DescriptorKeyID key) {
 }
 
 OSErr Make(PIActionDescriptor* descriptor) {
-    LogCall("Make");
+    const bool fails = LogFallible("Make", &CurrentHost().failures.makeDescriptor);
     CurrentHost().suites.RequireAcquired(kActionDescriptorSuite, "Make");
     if (!descriptor) return kParamErr;
-    if (Fires(CurrentHost().failures.makeDescriptor)) return kMemFullErr;
+    if (fails) return kMemFullErr;
     *descriptor = &Registry().descriptors.emplace_back();
     return kNoErr;
 }
 
 OSErr Free(PIActionDescriptor descriptor) {
-    LogCall("Free");
+    const bool fails = LogFallible("Free");
     HostActionDescriptor* live = Live(descriptor, "Free");
     if (!live) return kParamErr;
     live->isLive = false;
-    return kNoErr;
+    return fails ? kParamErr : kNoErr;
 }
 
 OSErr HasKey(PIActionDescriptor descriptor, DescriptorKeyID key, Boolean* hasKey) {
-    LogCall("HasKey " + CodeText(key));
+    const bool fails = LogFallible("HasKey " + CodeText(key));
     HostActionDescriptor* live = Live(descriptor, "HasKey");
-    if (!live || !hasKey) return kParamErr;
+    if (!live || !hasKey || fails) return kParamErr;
     *hasKey = FindKey(live->values, key) != live->values.end();
     return kNoErr;
 }
 
 OSErr GetCount(PIActionDescriptor descriptor, uint32_t* count) {
-    LogCall("GetCount");
+    const bool fails = LogFallible("GetCount");
     HostActionDescriptor* live = Live(descriptor, "GetCount");
-    if (!live || !count) return kParamErr;
+    if (!live || !count || fails) return kParamErr;
     *count = static_cast<uint32_t>(live->values.size());
     return kNoErr;
 }
 
 OSErr PutInteger(PIActionDescriptor descriptor, DescriptorKeyID key, int32_t value) {
-    LogCall("PutInteger " + CodeText(key) + " " + std::to_string(value));
+    const bool fails = LogFallible("PutInteger " + CodeText(key) + " " + std::to_string(value));
     HostActionDescriptor* live = Live(descriptor, "PutInteger");
-    if (!live || key == CurrentHost().failures.putIntegerKey) return kParamErr;
+    if (!live || fails || key == CurrentHost().failures.putIntegerKey) return kParamErr;
     const auto found = FindKey(live->values, key);
     if (found == live->values.end())
         live->values.emplace_back(key, value);
@@ -70,9 +70,9 @@ OSErr PutInteger(PIActionDescriptor descriptor, DescriptorKeyID key, int32_t val
 }
 
 OSErr GetInteger(PIActionDescriptor descriptor, DescriptorKeyID key, int32_t* value) {
-    LogCall("GetInteger " + CodeText(key));
+    const bool fails = LogFallible("GetInteger " + CodeText(key));
     HostActionDescriptor* live = Live(descriptor, "GetInteger");
-    if (!live || !value || key == CurrentHost().failures.getIntegerKey) return kParamErr;
+    if (!live || !value || fails || key == CurrentHost().failures.getIntegerKey) return kParamErr;
     const auto found = FindKey(live->values, key);
     if (found == live->values.end()) return kErrMissingParameter;
     *value = found->second;
@@ -80,10 +80,11 @@ OSErr GetInteger(PIActionDescriptor descriptor, DescriptorKeyID key, int32_t* va
 }
 
 OSErr Register(const char* key, PIActionDescriptor descriptor, Boolean isPersistent) {
-    LogCall(std::string("Register ") + key + (isPersistent ? " persistent" : ""));
+    const bool fails = LogFallible(std::string("Register ") + key + (isPersistent ? " persistent" : ""),
+                                   &CurrentHost().failures.registryRegister);
     CurrentHost().suites.RequireAcquired(kDescriptorRegistrySuite, "Register");
     const HostActionDescriptor* live = Live(descriptor, "Register");
-    if (!live || Fires(CurrentHost().failures.registryRegister)) return kParamErr;
+    if (!live || fails) return kParamErr;
     Registry().persistent.erase(key);
     Registry().passing.erase(key);
     (isPersistent ? Registry().persistent : Registry().passing)[key] = live->values;
@@ -91,15 +92,16 @@ OSErr Register(const char* key, PIActionDescriptor descriptor, Boolean isPersist
 }
 
 OSErr Erase(const char* key) {
-    LogCall(std::string("Erase ") + key);
+    const bool fails = LogFallible(std::string("Erase ") + key);
     CurrentHost().suites.RequireAcquired(kDescriptorRegistrySuite, "Erase");
+    if (fails) return kParamErr;
     return Registry().persistent.erase(key) + Registry().passing.erase(key) > 0 ? kNoErr : kErrMissingParameter;
 }
 
 OSErr Get(const char* key, PIActionDescriptor* descriptor) {
-    LogCall(std::string("Get ") + key);
+    const bool fails = LogFallible(std::string("Get ") + key, &CurrentHost().failures.registryGet);
     CurrentHost().suites.RequireAcquired(kDescriptorRegistrySuite, "Get");
-    if (!descriptor || Fires(CurrentHost().failures.registryGet)) return kParamErr;
+    if (!descriptor || fails) return kParamErr;
     *descriptor = nullptr;
     for (const auto* stored : {&Registry().persistent, &Registry().passing}) {
         const auto found = stored->find(key);

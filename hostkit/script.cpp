@@ -50,8 +50,7 @@ void NoteResult(HostReadDescriptor& token, OSErr result) {
 
 PIReadDescriptor OpenRead(PIDescriptorHandle descriptor, DescriptorKeyID* keys) {
     FakeHost& host = CurrentHost();
-    LogCall("openReadDescriptorProc " + host.handles.blocks.NameOf(descriptor));
-    if (Fires(host.failures.openRead)) {
+    if (LogFallible("openReadDescriptorProc " + host.handles.blocks.NameOf(descriptor), &host.failures.openRead)) {
         host.script.isUnreadable = true;
         return nullptr;
     }
@@ -63,11 +62,12 @@ PIReadDescriptor OpenRead(PIDescriptorHandle descriptor, DescriptorKeyID* keys) 
 Boolean GetKey(PIReadDescriptor token, DescriptorKeyID* key, DescriptorTypeID* type, int32_t* flags) {
     HostReadDescriptor* reading = Reading(token, "getKeyProc");
     if (!reading || reading->next == reading->values.size()) {
-        LogCall("getKeyProc end");
+        LogFallible("getKeyProc end");
         return 0;
     }
-    const ScriptValue& value = reading->values[reading->next++];
-    LogCall("getKeyProc " + CodeText(value.key));
+    const ScriptValue& value = reading->values[reading->next];
+    if (LogFallible("getKeyProc " + CodeText(value.key))) return 0;
+    ++reading->next;
     *key = value.key;
     *type = value.type;
     *flags = 0;
@@ -85,9 +85,9 @@ OSErr GetInteger(PIReadDescriptor token, int32_t* result) {
         return kErrMissingParameter;
     }
     const ScriptValue& value = reading->values[reading->next - 1];
-    LogCall("getIntegerProc " + CodeText(value.key));
+    const bool fails = LogFallible("getIntegerProc " + CodeText(value.key));
     OSErr code = Fires(failures.getInteger) ? failures.getIntegerCode : kNoErr;
-    if (value.type == kTypeInteger)
+    if (value.type == kTypeInteger && !fails)
         *result = value.value;
     else
         code = kParamErr;
@@ -97,10 +97,11 @@ OSErr GetInteger(PIReadDescriptor token, int32_t* result) {
 
 OSErr CloseRead(PIReadDescriptor token) {
     const Failures& failures = CurrentHost().failures;
-    LogCall("closeReadDescriptorProc");
+    const bool fails = LogFallible("closeReadDescriptorProc");
     HostReadDescriptor* reading = Reading(token, "closeReadDescriptorProc");
     if (!reading) return kParamErr;
     reading->isOpen = false;
+    if (fails) NoteResult(*reading, kMemFullErr);
     if (failures.missingKeysAreErrors)
         for (const DescriptorKeyID* listed = reading->keys; listed && *listed; ++listed)
             if (*listed != kFoundKey) NoteResult(*reading, kErrMissingParameter);
@@ -109,24 +110,25 @@ OSErr CloseRead(PIReadDescriptor token) {
 
 PIWriteDescriptor OpenWrite() {
     FakeHost& host = CurrentHost();
-    LogCall("openWriteDescriptorProc");
-    if (Fires(host.failures.openWrite)) return nullptr;
+    if (LogFallible("openWriteDescriptorProc", &host.failures.openWrite)) return nullptr;
     return &host.script.writeTokens.emplace_back();
 }
 
 OSErr PutInteger(PIWriteDescriptor token, DescriptorKeyID key, int32_t value) {
-    LogCall("putIntegerProc " + CodeText(key) + " " + std::to_string(value));
+    const bool fails = LogFallible("putIntegerProc " + CodeText(key) + " " + std::to_string(value),
+                                   &CurrentHost().failures.putInteger);
     HostWriteDescriptor* writing = Writing(token, "putIntegerProc");
-    if (!writing || Fires(CurrentHost().failures.putInteger)) return kParamErr;
+    if (!writing || fails) return kParamErr;
     writing->values.push_back({key, value});
     return kNoErr;
 }
 
 OSErr CloseWrite(PIWriteDescriptor token, PIDescriptorHandle* descriptor) {
-    LogCall("closeWriteDescriptorProc");
+    const bool fails = LogFallible("closeWriteDescriptorProc");
     HostWriteDescriptor* writing = Writing(token, "closeWriteDescriptorProc");
     if (!writing) return kParamErr;
     writing->isOpen = false;
+    if (fails) return kMemFullErr;
     try {
         *descriptor = HandleOf(writing->values);
         return kNoErr;

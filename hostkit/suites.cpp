@@ -28,7 +28,7 @@ const void* FindSuite(const std::string& name, int32_t version) {
 
 SPErr AcquireSuite(const char* name, int32_t version, const void** suite) {
     if (!name || !suite) return kSPBadParameter;
-    LogCall(std::string("AcquireSuite ") + name + " " + std::to_string(version));
+    if (LogFallible(std::string("AcquireSuite ") + name + " " + std::to_string(version))) return kSPSuiteNotFound;
     const void* found = FindSuite(name, version);
     if (!found) return kSPSuiteNotFound;
     if (CurrentHost().failures.emptySuites.contains(name)) {
@@ -42,7 +42,7 @@ SPErr AcquireSuite(const char* name, int32_t version, const void** suite) {
 
 SPErr ReleaseSuite(const char* name, int32_t version) {
     if (!name) return kSPBadParameter;
-    LogCall(std::string("ReleaseSuite ") + name + " " + std::to_string(version));
+    const bool fails = LogFallible(std::string("ReleaseSuite ") + name + " " + std::to_string(version));
     std::map<std::string, int>& held = CurrentHost().suites.held;
     const auto found = held.find(name);
     if (found == held.end() || found->second == 0) {
@@ -50,7 +50,7 @@ SPErr ReleaseSuite(const char* name, int32_t version) {
         return kSPBadParameter;
     }
     --found->second;
-    return kSPNoError;
+    return fails ? kSPBadParameter : kSPNoError;
 }
 
 SPBoolean IsEqual(const char* first, const char* second) {

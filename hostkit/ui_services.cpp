@@ -29,11 +29,11 @@ std::vector<uint8_t> CopySamples(const PSPixelMap& map, const VRect& part) {
 intptr_t MainAppWindow() { return CurrentHost().platform.hwnd; }
 
 SPErr SetCursorByName(const char* name) {
-    LogCall(std::string("SetCursor ") + (name ? name : "none"));
+    const bool fails = LogFallible(std::string("SetCursor ") + (name ? name : "none"));
     static const char* const kKnown[] = {kCursorArrow, kCursorHand};
     bool isKnown = !name;
     for (const char* known : kKnown) isKnown = isKnown || std::string(known) == name;
-    if (!isKnown) return kSPUnknownCursor;
+    if (!isKnown || fails) return kSPUnknownCursor;
     CurrentHost().ui.cursors.push_back(name ? name : "");
     ShowCursorOnScreen(name);
     return kSPNoError;
@@ -55,8 +55,8 @@ FakeUi::FakeUi()
 
 OSErr DisplayPixels(const PSPixelMap* map, const VRect* part, int32_t row, int32_t column, void* context) {
     FakeHost& host = CurrentHost();
-    LogCall("displayPixels " + std::to_string(row) + " " + std::to_string(column));
-    if (Fires(host.failures.displayPixels)) return host.failures.displayPixelsCode;
+    const std::string line = "displayPixels " + std::to_string(row) + " " + std::to_string(column);
+    if (LogFallible(line, &host.failures.displayPixels)) return host.failures.displayPixelsCode;
     if (!map || !part || !map->baseAddr || MapPlanes(map->imageMode) == 0 || !IsWithin(*part, map->bounds))
         return kParamErr;
 

@@ -146,6 +146,8 @@ CodecImage DecodeImage(FileKind kind, std::span<const uint8_t> file) {
     const ComPtr<IWICImagingFactory> factory = MakeFactory();
     ComPtr<IWICStream> stream;
     Require(factory->CreateStream(stream.GetAddressOf()), "no stream can be made");
+    // A stream for reading: nothing is written there.
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast)
     Require(stream->InitializeFromMemory(const_cast<BYTE*>(file.data()), static_cast<DWORD>(file.size())),
             "no stream can be made");
     ComPtr<IWICBitmapDecoder> decoder;
@@ -217,6 +219,7 @@ Bytes EncodeImage(FileKind kind, const CodecImage& image, bool plainRows) {
     for (UINT y = 0; y < height; y += bandRows) {
         const UINT rows = std::min(bandRows, height - y);
         Require(frame->WritePixels(rows, static_cast<UINT>(rowBytes), static_cast<UINT>(rowBytes * rows),
+                                   // It only reads them. NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast)
                                    const_cast<BYTE*>(&image.rows[rowBytes * y])),
                 kFailed);
     }

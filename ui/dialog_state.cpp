@@ -12,8 +12,9 @@ DialogState* CreateDialogState(HWND dialog) {
     DialogState* const state = new (std::nothrow) DialogState;
     if (state != nullptr) {
         const VPoint size = ImageSize();
-        state->panX = size.h / 2;  // halved as integers
-        state->panY = size.v / 2;
+        const int32_t halfWidth = size.h / 2, halfHeight = size.v / 2;  // as integers
+        state->panX = halfWidth;
+        state->panY = halfHeight;
     }
     SetWindowLongPtrA(dialog, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(state));
     return state;

@@ -10,7 +10,7 @@ namespace {
 
 struct HeldHooks {
     const PSUIHooksSuite1* hooks = nullptr;
-    SPBasicSuite* owner = nullptr;
+    const SPBasicSuite* owner = nullptr;
 
     HeldHooks() = default;
     HeldHooks(const HeldHooks&) = delete;  // a copy would give the suite back a second time

@@ -90,6 +90,27 @@ TEST_F(DialogAnswer, WithoutItsInputTheDialogDoesNotOpen) {
     EXPECT_EQ(gStubDialogs.shown, 1) << "the flag byte stayed set";
 }
 
+TEST_F(DialogAnswer, FailuresOnTheWayLeaveNothingBehind) {
+    const Drive drive = [this](RunKind kind, bool isAccepted) {
+        gStubDialogs.isAccepted = isAccepted;
+        gStubDialogs.whileOpen = [] { gParameterBlock->bias = 50; };
+        return Run(kind);
+    };
+    const FailingRun runs[] = {
+        {"menu, first run", RunKind::kFromMenu, true, true},
+        {"menu, first run, cancelled", RunKind::kFromMenu, false, true},
+        {"menu", RunKind::kFromMenu, true},
+        {"menu, cancelled", RunKind::kFromMenu, false},
+        {"Prepare, first run", RunKind::kRepeat, true, true},
+        {"last filter again", RunKind::kRepeat},
+        {"about", RunKind::kAbout},
+    };
+    for (const FailingRun& run : runs) FailEachCall(run, drive);
+    host.script.played = {{kThsh, 40}, {kSftn, 90}};
+    FailEachCall({"script, display", RunKind::kFromMenu, true, true}, drive);
+    FailEachCall({"script, display, cancelled", RunKind::kFromMenu, false, true}, drive);
+}
+
 TEST_F(DialogAnswer, AboutTakesItsParentFromTheRecord) {
     host.platform.hwnd = 1234;
     EXPECT_EQ(Call(kFilterSelectorAbout), kNoErr);

@@ -162,14 +162,6 @@ TEST_F(Render, FailedKernelsEndLikeTheOthers) {
     }
 }
 
-TEST_F(Render, HostsMayLackProgressButNotAdvance) {
-    host.failures.noProgressProc = true;
-    EXPECT_EQ(RunScript({{kThsh, 10}}), kNoErr);
-    EXPECT_TRUE(host.document.result == Smoothed(10, 70, 0));
-    host.failures.noAdvanceState = true;
-    EXPECT_EQ(RunScript({{kThsh, 10}}), kFilterBadParameters);
-}
-
 TEST_F(Render, AnyScriptValuesInAnyFormatEndTheRun) {
     SeededRandom random(31);
     for (const KernelCase& format : kAllKernels) {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -37,6 +38,16 @@ inline FakeDocument DocumentOf(const KernelCase& format, int width, int height, 
     return document;
 }
 
+// A run whose calls into the host are made to fail, see PluginRun::FailEachCall.
+struct FailingRun {
+    const char* name;
+    RunKind kind = RunKind::kFromMenu;
+    bool isAccepted = true;  // the dialog, if the run has one
+    bool isFirst = false;    // the plug-in has no handles yet
+    bool isBrief = false;    // only one call fails at a time, never all from one on
+};
+using Drive = std::function<int16_t(RunKind kind, bool isAccepted)>;
+
 class PluginRun : public testing::Test {
 protected:
     PluginRun() {
@@ -63,6 +74,24 @@ protected:
         host.script.played = values;
         host.script.playInfo = kPlugInDialogDontDisplay;
         return Run(RunKind::kFromMenu);
+    }
+
+    // Makes the run once for each of its calls that can report a failure, with that call failing, then with all from
+    // that call on. Each time the result, the pixels and what is left behind have to be right, and an accepted run from
+    // the menu after it as if nothing had been. Prints how many runs it were. In failing_calls.cpp.
+    void FailEachCall(const FailingRun& failing, const Drive& drive);
+
+    // What the plug-in holds between runs besides its two handles and the host's UI hooks, as lines.
+    std::string Strays() const;
+
+    // The host is as before the first run; what is gone is no longer kept to tell of its use.
+    void ForgetHandles() {
+        for (const Handle handle : {Handle{host.record.parameters}, reinterpret_cast<Handle>(host.data)})
+            host.handles.procs.disposeProc(handle);
+        host.record.parameters = nullptr;
+        host.data = 0;
+        if (host.handles.blocks.CountLive() == 0) host.handles.blocks.made.clear();
+        if (host.registry.CountLiveDescriptors() == 0) host.registry.descriptors.clear();
     }
 
     // Log lines that begin with one of the words.

@@ -1,0 +1,20 @@
+// How a fuzzer tells that a check failed.
+#pragma once
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+namespace stairmelt {
+
+// Ends the program, upon which libFuzzer writes the input to a file.
+[[noreturn]] inline void Fail(const std::string& what) {
+    std::fprintf(stderr, "check failed: %s\n", what.c_str());
+    std::abort();
+}
+
+inline void Require(bool holds, const std::string& what) {
+    if (!holds) Fail(what);
+}
+
+}  // namespace stairmelt

@@ -1,0 +1,157 @@
+#include <cstdio>
+#include <cstring>
+
+#include "tests/support/plugin_run.h"
+
+namespace stairmelt {
+
+namespace {
+
+constexpr int16_t kHostCode = -36;  // of a failed advance: any code of the host's own
+
+// Calls whose failure shows in the run's result, by where they fall. What else fails is only missed: the store, the
+// script and the preview give or take less than they could.
+struct Consequence {
+    const char* call;
+    int16_t selector;
+    int16_t result;
+    bool onlyWithNewHandles = false;  // those of Prepare: one that finds the block there does without
+};
+constexpr Consequence kConsequences[] = {
+    {"newProc", kFilterSelectorParameters, kMemFullErr}, {"lockProc", kFilterSelectorParameters, kMemFullErr},
+    {"newProc", kFilterSelectorPrepare, kMemFullErr},    {"lockProc", kFilterSelectorPrepare, kMemFullErr, true},
+    {"lockProc", kFilterSelectorStart, kMemFullErr},     {"advanceState", kFilterSelectorStart, kHostCode},
+    {"lockProc", kFilterSelectorFinish, kMemFullErr},
+};
+
+bool BeginsWith(const std::string& line, const std::string& word) { return line.compare(0, word.size(), word) == 0; }
+
+// The result that the first failed call of consequence brings; `otherwise` if there is none.
+int16_t ResultByTable(const Lines& log, int16_t otherwise) {
+    int selector = 0;
+    bool hasNewHandles = false;
+    for (const std::string& line : log) {
+        if (BeginsWith(line, "PluginMain ")) {
+            selector = std::stoi(line.substr(11));
+            hasNewHandles = false;
+        }
+        hasNewHandles = hasNewHandles || BeginsWith(line, "newProc");
+        if (line.back() != kFailedMark[1]) continue;
+        for (const Consequence& row : kConsequences) {
+            if (row.selector == selector && BeginsWith(line, row.call) && (hasNewHandles || !row.onlyWithNewHandles))
+                return row.result;
+        }
+    }
+    return otherwise;
+}
+
+using Values = std::vector<int32_t>;  // of the picture, in the order of the keys
+constexpr DescriptorKeyID kKeys[] = {kThsh, kSftn, kBias, kPdpx, kPdpy};
+const Values kStoredValues = {24, 55, 15}, kDefaultValues = {10, 70, 0};
+const StoredValues kStored = {{kThsh, 24}, {kSftn, 55}, {kBias, 15}, {kPdpx, 40}, {kPdpy, 30}};
+
+// All that a run leaves with the host.
+struct Outcome {
+    int16_t result = 0;
+    Values used;  // what the block held when Start was over
+    bool isFinished = false;
+    std::vector<uint8_t> pixels;
+    StoredValues stored;
+    std::vector<ScriptValue> recorded;
+    bool operator==(const Outcome&) const = default;
+};
+
+Outcome Observe(FakeHost& host, const std::function<int16_t()>& run) {
+    Outcome outcome;
+    host.registry.persistent[PLUGIN_GUID] = kStored;
+    host.document.result = host.document.source;
+    host.log.clear();
+    host.script.recorded.clear();
+    host.onReturn = [&](int16_t selector) {
+        outcome.isFinished = outcome.isFinished || selector == kFilterSelectorFinish;
+        if (selector != kFilterSelectorStart || Handle{host.record.parameters} == nullptr) return;
+        outcome.used.resize(3);
+        std::memcpy(outcome.used.data(), *Handle{host.record.parameters}, 3 * sizeof(int32_t));
+    };
+    outcome.result = run();
+    host.onReturn = nullptr;
+    outcome.pixels = host.document.result;
+    outcome.stored = host.registry.persistent[PLUGIN_GUID];
+    outcome.recorded = host.script.recorded;
+    return outcome;
+}
+
+}  // namespace
+
+std::string PluginRun::Strays() const {
+    std::string held = host.StillHeld();
+    const auto remove = [&](const std::string& line) {
+        if (const size_t at = held.find(line + "\n"); at != std::string::npos) held.erase(at, line.size() + 1);
+    };
+    // A script that a broken-off run never read stays the host's.
+    for (const Handle kept : {Handle{host.record.parameters}, reinterpret_cast<Handle>(host.data),
+                              Handle{host.script.parameters.descriptor}})
+        remove("handle " + host.handles.blocks.NameOf(kept));
+    remove(std::string("suite ") + kUIHooksSuite + " acquired 1");
+    return held;
+}
+
+void PluginRun::FailEachCall(const FailingRun& failing, const Drive& drive) {
+    const auto run = [&] { return drive(failing.kind, failing.isAccepted); };
+    const auto runAfterwards = [&] { return drive(RunKind::kFromMenu, true); };
+    const Outcome goodAfterwards = Observe(host, runAfterwards);
+    EXPECT_EQ(goodAfterwards.result, kNoErr) << failing.name;
+    if (failing.isFirst) ForgetHandles();
+    const Outcome good = Observe(host, run);
+    Observe(host, runAfterwards);
+    const bool resetsFirst = failing.isFirst || failing.kind == RunKind::kFromMenu;
+    int runs = 0;
+    for (const bool failureLasts : {false, true}) {
+        if (failureLasts && failing.isBrief) break;
+        for (int call = 1; !HasFailure(); ++call) {
+            SCOPED_TRACE(testing::Message() << failing.name << ": call " << call << (failureLasts ? " and on" : ""));
+            if (failing.isFirst) ForgetHandles();
+            host.failures.anyCall = call;
+            host.failures.failureLasts = failureLasts;
+            host.failures.advanceStateCode = kHostCode;
+            const Outcome bad = Observe(host, run);
+            const bool hasFailed = host.failures.anyCall <= 0;
+            host.failures = {};
+            if (!hasFailed) break;
+            ++runs;
+
+            EXPECT_EQ(bad.result, ResultByTable(host.log, good.result));
+            EXPECT_EQ(Strays(), "");
+            EXPECT_EQ(host.Faults(), "");
+            if (!bad.isFinished) {
+                EXPECT_TRUE(bad.pixels == host.document.source);
+                EXPECT_EQ(bad.stored, kStored);
+            } else {
+                // A value that couldn't be had is that of a layer beneath: stored, or what the block held before.
+                for (size_t i = 0; i < bad.used.size(); ++i) {
+                    const int32_t value = bad.used[i];
+                    const int32_t last = goodAfterwards.used[i];
+                    EXPECT_TRUE(value == good.used[i] || value == kStoredValues[i] ||
+                                value == (resetsFirst ? kDefaultValues[i] : last))
+                        << value;
+                }
+                EXPECT_TRUE(bad.pixels == Smoothed(bad.used[0], bad.used[1], bad.used[2]));
+                // What could be put is stored, and recorded.
+                for (size_t i = 0; bad.stored != kStored && i < bad.stored.size(); ++i) {
+                    EXPECT_EQ(bad.stored[i].first, kKeys[i]);
+                    EXPECT_TRUE(i >= 3 || bad.stored[i].second == bad.used[i]);
+                }
+                for (const ScriptValue& value : bad.recorded) {
+                    const auto key = std::find(std::begin(kKeys), std::begin(kKeys) + 3, value.key) - kKeys;
+                    EXPECT_EQ(value.value, bad.used.at(static_cast<size_t>(key)));
+                }
+            }
+            EXPECT_TRUE(Observe(host, runAfterwards) == goodAfterwards) << "the run after it";
+            EXPECT_EQ(Strays() + host.Faults(), "");
+        }
+    }
+    std::printf("%6d runs with a failing call: %s\n", runs, failing.name);
+    RecordProperty(failing.name, runs);
+}
+
+}  // namespace stairmelt

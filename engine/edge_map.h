@@ -22,7 +22,7 @@ public:
     EdgeMap& operator=(const EdgeMap&) = delete;
 
     // Allocates a zeroed map, once in a map's life. Returns false when the size can't be had; the map is then empty.
-    // Sizes below 1 are taken as they come: a map of no rows is two guard rows.
+    // Sizes below 1 are taken as they come: a map without pixels is two guard rows, whatever its other size.
     bool Allocate(int32_t width, int32_t height);
 
     uint8_t* CellAt(int32_t x, int32_t y) { return cells + static_cast<ptrdiff_t>(y) * stride + x; }

@@ -17,6 +17,8 @@ int32_t SmoothPlainly(const KernelJob& job) {
     const ImageView& destination = *job.destination;
     EdgeMap map;
     if (!map.Allocate(destination.width, destination.height)) return kKernelMemoryError;
+    // A host may tell 2^31 rows of no pixels, which aren't to be walked.
+    if (destination.width < 1 || destination.height < 1) return kKernelDone;
     // From the destination, which still equals the source.
     BuildEdgeMap<Format>(destination, DeriveEdgeThreshold<Format>(job.colorThreshold), map);
     StairScan<Format>{job, *job.source, destination, map, DeriveScanWeights<Format>(job)}.Run();

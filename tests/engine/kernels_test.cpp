@@ -168,7 +168,7 @@ TEST(Kernels, ViewsOfUnequalSizeAreRefusedUntouched) {
 TEST(Kernels, SizesWithoutPixelsReadNothing) {
     // The base is null: any access would end the test.
     for (const KernelCase& format : kAllKernels) {
-        for (const auto& [width, height] : {std::pair{0, 0}, {5, 0}, {0, 5}, {-3, 4}, {4, -1}}) {
+        for (const auto& [width, height] : {std::pair{0, 0}, {5, 0}, {0, 5}, {-3, 4}, {4, -1}, {0, INT32_MAX}}) {
             const ImageView view = {width, height, nullptr, 0};
             const KernelJob job = {1, 70, 0, nullptr, format.Key(), &view, &view, 0, 0, 0, 0};
             EXPECT_EQ(format.kernel(job), kKernelDone) << width << "x" << height;

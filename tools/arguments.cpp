@@ -16,11 +16,25 @@ int32_t ParseNumber(const std::string& option, const std::string& word) {
     return value;
 }
 
-int32_t ParseRuns(const std::string& option, const std::string& word) {
-    const int32_t runs = ParseNumber(option, word);
-    if (runs < 1 || runs > kMostRuns)
-        throw UsageError(option + " needs a number from 1 to " + std::to_string(kMostRuns) + ", not " + word);
-    return runs;
+int32_t ParseCount(const std::string& option, const std::string& word, int32_t most) {
+    const int32_t count = ParseNumber(option, word);
+    if (count < 1 || count > most)
+        throw UsageError(option + " needs a number from 1 to " + std::to_string(most) + ", not " + word);
+    return count;
+}
+
+// What goes with one picture only, and with many only.
+void TakeFiles(std::vector<std::string> files, bool isForMany, Arguments& arguments) {
+    if (!arguments.outDirectory) {
+        if (isForMany) throw UsageError("--jobs, --skip-existing and --files need a directory given with --out");
+        if (files.size() != 2) throw UsageError("an input and an output file are needed");
+        arguments.in = PathFromText(files[0]);
+        arguments.out = PathFromText(files[1]);
+        return;
+    }
+    if (arguments.dialog || arguments.repeat) throw UsageError("the dialog and timed runs are for one picture only");
+    if (files.empty() && arguments.lists.empty()) throw UsageError("pictures are needed");
+    arguments.files = std::move(files);
 }
 
 }  // namespace
@@ -28,7 +42,7 @@ int32_t ParseRuns(const std::string& option, const std::string& word) {
 Arguments ParseArguments(const std::vector<std::string>& words) {
     Arguments arguments;
     std::vector<std::string> files;
-    bool optionsEnded = false;
+    bool optionsEnded = false, isForMany = false;
     for (size_t i = 0; i < words.size(); ++i) {
         const std::string& word = words[i];
         const auto next = [&]() -> const std::string& {
@@ -50,7 +64,19 @@ Arguments ParseArguments(const std::vector<std::string>& words) {
         } else if (word == "--bias") {
             arguments.bias = ParseNumber(word, next());
         } else if (word == "--repeat") {
-            arguments.repeat = ParseRuns(word, next());
+            arguments.repeat = ParseCount(word, next(), kMostRuns);
+        } else if (word == "--out") {
+            arguments.outDirectory = PathFromText(next());
+        } else if (word == "--jobs") {
+            arguments.jobs = ParseCount(word, next(), kMostJobs);
+            isForMany = true;
+        } else if (word == "--skip-existing") {
+            arguments.skipExisting = isForMany = true;
+        } else if (word == "--files") {
+            arguments.lists.push_back(PathFromText(next()));
+            isForMany = true;
+        } else if (word == "--worker") {
+            arguments.worker = ParseNumber(word, next());
         } else if (word == "--dialog") {
             arguments.dialog = true;
         } else if (word == "--about") {
@@ -61,13 +87,11 @@ Arguments ParseArguments(const std::vector<std::string>& words) {
             throw UsageError("there is no option " + word);
         }
     }
-    if (arguments.help) return arguments;
+    if (arguments.help || arguments.worker) return arguments;
     if (arguments.about && !files.empty()) throw UsageError("the about box takes no files");
     if (arguments.about) return arguments;
     if (arguments.dialog && arguments.repeat) throw UsageError("runs with the dialog can't be repeated");
-    if (files.size() != 2) throw UsageError("an input and an output file are needed");
-    arguments.in = PathFromText(files[0]);
-    arguments.out = PathFromText(files[1]);
+    TakeFiles(std::move(files), isForMany, arguments);
     return arguments;
 }
 

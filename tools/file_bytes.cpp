@@ -3,24 +3,11 @@
 #include <fstream>
 #include <system_error>
 
-#include "tools/tool_error.h"
+#include "tools/unfinished_file.h"
 
 namespace stairmelt {
 
 namespace fs = std::filesystem;
-
-namespace {
-
-fs::path FreeNameBeside(const fs::path& path) {
-    std::error_code error;
-    for (int i = 0;; ++i) {
-        fs::path beside = path;
-        beside += ".new" + std::to_string(i);
-        if (!fs::exists(beside, error)) return beside;
-    }
-}
-
-}  // namespace
 
 std::string PathText(const fs::path& path) {
     const std::u8string text = path.u8string();
@@ -43,24 +30,19 @@ Bytes LoadFile(const fs::path& path) {
     return bytes;
 }
 
-void StoreFile(const fs::path& path, std::span<const uint8_t> bytes) {
+void RequireReplaceable(const fs::path& path) {
     std::error_code error;
-    if (fs::is_directory(path, error)) throw ToolError("is a directory");
-    const fs::path beside = FreeNameBeside(path);
-    std::ofstream file(beside, std::ios::binary | std::ios::trunc);
-    if (!file) throw ToolError("can't be written: its directory is missing or doesn't allow it");
-    file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    file.close();
-    if (!file) {
-        fs::remove(beside, error);
-        throw ToolError("can't be written: the disk is full or failing");
-    }
-    fs::rename(beside, path, error);
-    if (error) {
-        std::error_code ignored;
-        fs::remove(beside, ignored);
-        throw ToolError("can't be replaced: it is in use or protected");
-    }
+    const fs::file_status status = fs::status(path, error);
+    if (fs::is_directory(status)) throw ToolError("is a directory");
+    if (fs::exists(status) && (status.permissions() & fs::perms::owner_write) == fs::perms::none)
+        throw ToolError("is write-protected");
+}
+
+void StoreFile(const fs::path& path, std::span<const uint8_t> bytes) {
+    RequireReplaceable(path);
+    UnfinishedFile file(path);
+    file.Write(bytes);
+    file.Finish();
 }
 
 }  // namespace stairmelt

@@ -1,32 +1,29 @@
-// runfilter: loads a filter plug-in as the host does and filters an image file. What it can't do it says in one line on
-// the error output; the output file is then as it was before.
+// runfilter: loads a filter plug-in as the host does and filters an image file, or many. What it can't do it says in
+// one line on the error output; the output file is then as it was before.
 #include <windows.h>
 // After windows.h, whose types they use.
 #include <objbase.h>
 #include <shellapi.h>
 
 #include <cstdio>
-#include <new>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "tools/arguments.h"
+#include "tools/batch.h"
+#include "tools/batch_worker.h"
+#include "tools/failure_words.h"
 #include "tools/file_bytes.h"
-#include "tools/filter_run.h"
-#include "tools/image_file.h"
-#include "tools/plugin_library.h"
-#include "tools/settings_file.h"
-#include "tools/tool_error.h"
+#include "tools/interrupt.h"
+#include "tools/picture_filter.h"
 
 namespace stairmelt {
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr char kNoMemory[] = "there isn't enough memory for the picture";
-
-enum ExitStatus { kDone = 0, kFailed = 1, kMisused = 2 };
+// For a batch, failed means that one of its pictures did.
+enum ExitStatus { kDone = 0, kFailed = 1, kMisused = 2, kInterrupted = kInterruptedStatus };
 
 std::vector<std::string> CommandLineWords() {
     int count = 0;
@@ -46,16 +43,6 @@ fs::path BesideProgram(const char* name) {
             return fs::path(program).parent_path() / name;
         }
         program.resize(program.size() * 2);
-    }
-}
-
-// Runs a step that has to do with one file, whose name goes before the message of a failure.
-template <class Step>
-auto With(const fs::path& file, Step step) {
-    try {
-        return step();
-    } catch (const ToolError& error) {
-        throw ToolError(PathText(file) + ": " + error.what());
     }
 }
 
@@ -93,65 +80,61 @@ void ShowAbout(const fs::path& pluginPath) {
     });
 }
 
-void Run(const Arguments& arguments) {
-    const fs::path pluginPath = arguments.plugin.value_or(BesideProgram("stairmelt.8bf"));
-    if (arguments.about) return ShowAbout(pluginPath);
-    const fs::path settingsPath = arguments.settings.value_or(BesideProgram("runfilter.settings"));
-    const FileKind kind = With(arguments.out, [&] { return KindToWrite(arguments.out); });
-    Picture picture = With(arguments.in, [&] { return ReadPicture(arguments.in); });
-    With(arguments.out, [&] { RequireWritable(picture, kind); });
-    PrintPicture(arguments.in, picture);
-    const Settings before = With(settingsPath, [&] { return LoadSettings(settingsPath); });
-    Settings settings = before;
-
-    const FilterRequest request = {arguments.threshold, arguments.softness, arguments.bias, arguments.dialog,
-                                   arguments.repeat};
-    FakeHost host;
-    const FilterReport report = With(pluginPath, [&] {
-        const PluginLibrary plugin(pluginPath);
-        return RunFilterOn(host, plugin.entry(), request, picture, settings);
+void RunOnPicture(const Arguments& arguments) {
+    PictureFilter filter(*arguments.plugin, *arguments.settings, arguments.Request());
+    Picture picture;  // what is told of it; the samples go another way
+    const FilterReport report = filter.Filter(arguments.in, arguments.out, [&](const Picture& read) {
+        PrintPicture(arguments.in, read);
+        picture.width = read.width;
+        picture.height = read.height;
     });
     if (!report.faults.empty()) {
         std::fprintf(stderr, "runfilter: the plug-in breaks the host's rules:\n%s", report.faults.c_str());
     }
-    With(arguments.out, [&] { StoreFile(arguments.out, EncodePicture(picture, kind)); });
     PrintReport(report);
     if (report.times) PrintTimes(*report.times, *arguments.repeat, picture);
-    if (settings == before) return;
-    try {
-        StoreSettings(settingsPath, settings);
-    } catch (const ToolError& error) {
-        // The picture is there; the next run only won't remember the values.
-        std::fprintf(stderr, "runfilter: %s: %s\n", PathText(settingsPath).c_str(), error.what());
+    filter.Remember();
+}
+
+ExitStatus Run(Arguments arguments) {
+    if (!arguments.plugin) arguments.plugin = BesideProgram("stairmelt.8bf");
+    if (!arguments.settings) arguments.settings = BesideProgram("runfilter.settings");
+    if (arguments.about) {
+        ShowAbout(*arguments.plugin);
+    } else if (arguments.worker) {
+        IgnoreInterrupts();  // they concern the process that started this one
+        PictureFilter filter(*arguments.plugin, *arguments.settings, arguments.Request());
+        RunWorker(filter, *arguments.worker);
+    } else if (arguments.outDirectory) {
+        const BatchResult result = RunBatch(arguments);
+        if (result.isInterrupted) return kInterrupted;
+        if (result.counts.failed != 0) return kFailed;
+    } else {
+        RunOnPicture(arguments);
     }
+    return kDone;
 }
 
 ExitStatus RunCommandLine() {
     try {
         const Arguments arguments = ParseArguments(CommandLineWords());
-        if (arguments.help) {
-            std::puts(kUsage);
-            return kDone;
-        }
-        Run(arguments);
+        if (!arguments.help) return Run(arguments);
+        std::puts(kUsage);
         return kDone;
     } catch (const UsageError& error) {
         std::fprintf(stderr, "runfilter: %s\n%s\n", error.what(), kUsage);
         return kMisused;
-    } catch (const std::bad_alloc&) {
-        std::fprintf(stderr, "runfilter: %s\n", kNoMemory);
-    } catch (const std::length_error&) {
-        std::fprintf(stderr, "runfilter: %s\n", kNoMemory);  // beyond what a vector could ever hold
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "runfilter: %s\n", error.what());
+    } catch (...) {
+        std::fprintf(stderr, "runfilter: %s\n", FailureWords().c_str());
+        return kFailed;
     }
-    return kFailed;
 }
 
 }  // namespace
 }  // namespace stairmelt
 
 int main() {
+    stairmelt::EndOnInterrupt();
     // A plug-in that can't be loaded is told in a line, not in a box.
     SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
     const UINT codePage = GetConsoleOutputCP();

@@ -66,7 +66,7 @@ TEST_F(DialogAnswer, IsAskedForByTheMenuAndByScripts) {
 
 TEST_F(DialogAnswer, CancellingLeavesNoTrace) {
     gStubDialogs.isAccepted = false;
-    EXPECT_EQ(Run(RunKind::kFromMenu), kUserCanceledErr);
+    EXPECT_EQ(Run(RunKind::kFromMenu), -128);
     EXPECT_TRUE(host.registry.persistent.empty());
     EXPECT_FALSE(host.script.hasRecorded);
     EXPECT_EQ(Logged({"progressProc"}), Lines{});

@@ -20,13 +20,14 @@ TEST_F(Entry, EachSelectorLocksAndUnlocksItsHandles) {
         int16_t result;
     };
     const Lines both = {"lockProc #1", "lockProc #2", "unlockProc #2", "unlockProc #1"};
+    // Results are numbers here, as hosts know no names.
     const Row rows[] = {
         {"Parameters", kFilterSelectorParameters, both, kNoErr},
         {"Prepare", kFilterSelectorPrepare, {"lockProc #1", "unlockProc #2", "unlockProc #1"}, kNoErr},
         {"Continue", kFilterSelectorContinue, {"unlockProc #2", "unlockProc #1"}, kNoErr},
         {"Finish", kFilterSelectorFinish, both, kNoErr},
-        {"unknown", 6, {"unlockProc #2", "unlockProc #1"}, kFilterBadParameters},
-        {"low byte 0 only", 256, {"unlockProc #2", "unlockProc #1"}, kFilterBadParameters},
+        {"unknown", 6, {"unlockProc #2", "unlockProc #1"}, -30100},
+        {"low byte 0 only", 256, {"unlockProc #2", "unlockProc #1"}, -30100},
     };
     for (const Row& row : rows) {
         host.log.clear();
@@ -44,7 +45,7 @@ TEST_F(Entry, EachSelectorLocksAndUnlocksItsHandles) {
     host.document.imageMode = kModeIndexedColor;
     host.BeginRun();
     host.log.clear();
-    EXPECT_EQ(Call(kFilterSelectorStart), kFilterBadMode);
+    EXPECT_EQ(Call(kFilterSelectorStart), -30101);
     EXPECT_EQ(Logged(kLocks), (Lines{"unlockProc #2", "unlockProc #1"})) << "refused before any lock";
     EXPECT_EQ(Logged({"advanceState"}), Lines{});
 }

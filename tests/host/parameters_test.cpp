@@ -63,7 +63,7 @@ TEST_F(Parameters, AreResetByTheirSelector) {
 
 TEST_F(Parameters, WithoutMemoryNothingIsSet) {
     host.failures.newProc = 1;
-    EXPECT_EQ(Call(kFilterSelectorParameters), kMemFullErr);
+    EXPECT_EQ(Call(kFilterSelectorParameters), -108);
     EXPECT_EQ(Handle{host.record.parameters}, nullptr);
     EXPECT_EQ(host.data, 0);
 

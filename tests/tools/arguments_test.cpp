@@ -26,6 +26,18 @@ TEST(Arguments, RunsAreCountedFromOneToTenThousand) {
     EXPECT_EQ(ParseArguments({"a", "b", "--repeat", "10000"}).repeat, 10000);
 }
 
+TEST(Arguments, ManyPicturesGoWithADirectory) {
+    const Arguments arguments = ParseArguments(
+        {"--out", "dir", "a.png", "--jobs", "64", "*.tif", "--skip-existing", "--files", "list", "--files", "-"});
+    EXPECT_EQ(arguments.outDirectory, "dir");
+    EXPECT_EQ(arguments.jobs, 64);
+    EXPECT_TRUE(arguments.skipExisting);
+    EXPECT_EQ(arguments.files, (std::vector<std::string>{"a.png", "*.tif"}));
+    EXPECT_EQ(arguments.lists, (std::vector<std::filesystem::path>{"list", "-"}));
+    EXPECT_EQ(ParseArguments({"--out", "dir", "a"}).jobs, 1);
+    EXPECT_FALSE(ParseArguments({"a", "b"}).outDirectory.has_value());
+}
+
 TEST(Arguments, NamesLikeOptionsFollowTwoDashes) {
     const Arguments arguments = ParseArguments({"--", "--bias", "\xC3\xA9\xE2\x82\xAC.png"});
     EXPECT_EQ(arguments.in, "--bias");
@@ -48,6 +60,15 @@ TEST(Arguments, RefusesWhatItDoesNotUnderstand) {
         {"a", "b", "--repeat", "0"},
         {"a", "b", "--repeat", "10001"},
         {"a", "b", "--repeat", "3", "--dialog"},
+        {"--out", "dir"},
+        {"--out"},
+        {"--out", "dir", "a", "--dialog"},
+        {"--out", "dir", "a", "--repeat", "3"},
+        {"--out", "dir", "a", "--jobs", "0"},
+        {"--out", "dir", "a", "--jobs", "65"},
+        {"a", "b", "--jobs", "2"},
+        {"a", "b", "--skip-existing"},
+        {"a", "b", "--files", "list"},
     };
     for (const std::vector<std::string>& words : cases) {
         EXPECT_THROW(ParseArguments(words), UsageError) << testing::PrintToString(words);

@@ -1,0 +1,147 @@
+#!/usr/bin/env python3
+"""Runs the finished runfilter on many pictures at once: batch_check.py [EMULATOR] RUNFILTER CRASHING_PLUGIN.
+
+A batch is broken off at chance moments, by Ctrl+C and by killing its process, and taken up again.
+"""
+
+import os
+import pathlib
+import random
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+sys.dont_write_bytecode = True  # nothing is to appear among the sources
+import picture_files as files
+
+COMMAND = []  # the program under test, with its emulator before it
+CRASHING_PLUGIN = ""
+
+
+def noise(seed, width=24, height=16):
+    return files.write_png((width, height, 3, 8, tuple(random.Random(seed).randbytes(width * height * 3))))
+
+
+class Batch(unittest.TestCase):
+    def setUp(self):
+        directory = tempfile.TemporaryDirectory()
+        self.addCleanup(directory.cleanup)
+        self.directory = pathlib.Path(directory.name)
+
+    def write(self, count):
+        names = [f"in/{i:03}.png" for i in range(count)]
+        (self.directory / "in").mkdir()
+        for i, name in enumerate(names):
+            (self.directory / name).write_bytes(noise(i))
+        return names
+
+    def start(self, *words):
+        """The process; its output and errors go into files, as Wine's services would keep pipes open."""
+        self.out, self.err = (tempfile.TemporaryFile() for _ in range(2))
+        self.addCleanup(self.out.close)
+        self.addCleanup(self.err.close)
+        return subprocess.Popen([*COMMAND, "--settings", "settings", *words], cwd=self.directory, stdout=self.out,
+                                stderr=self.err, start_new_session=True)
+
+    def end(self, process):
+        status = process.wait(timeout=120)
+        texts = []
+        for stream in (self.out, self.err):
+            stream.seek(0)
+            texts.append(stream.read().decode("utf-8").replace("\r\n", "\n").splitlines())
+        return status, *texts
+
+    def run_tool(self, *words):
+        return self.end(self.start(*words))
+
+    def results(self, directory):
+        return {path.name: path.read_bytes() for path in (self.directory / directory).iterdir()}
+
+    def test_processes_share_the_work_and_results_are_those_of_single_runs(self):
+        names = self.write(30)
+        status, out, err = self.run_tool("--out", "one", "--threshold", "12", "in/*.png")
+        self.assertEqual((status, err, len(out)), (0, [], 31))
+        self.assertRegex(out[4], r"^5 of 30: in/004\.png, \d+ pixels changed$")
+        self.assertRegex(out[-1], r"^30 pictures: 30 smoothed; [0-9.]+ seconds, [0-9.]+ per second$")
+        (self.directory / "list").write_text("\n".join(names[10:]), encoding="utf-8")
+        status, out, err = self.run_tool("--out", "deep/three", "--jobs", "3", "--files", "list", *names[:10])
+        self.assertEqual((status, err, len(out)), (0, [], 31))
+        self.assertEqual(self.results("one"), self.results("deep/three"), "the values are remembered, too")
+        self.assertEqual(self.run_tool("in/007.png", "single.png")[0], 0)
+        self.assertEqual((self.directory / "single.png").read_bytes(), self.results("one")["007.png"])
+
+    def test_a_picture_that_fails_is_named_and_the_others_go_on(self):
+        names = self.write(6)
+        (self.directory / names[1]).write_bytes(noise(1)[:-30])
+        (self.directory / "in/odd.gif").write_bytes(noise(1))
+        (self.directory / "out").mkdir()
+        (self.directory / "out/003.png").write_bytes(b"as before")
+        (self.directory / "out/003.png").chmod(0o444)
+        status, out, err = self.run_tool("--out", "out/", "--jobs", "2", *names, "in/odd.gif", "none*")
+        self.assertEqual(status, 1)
+        self.assertRegex(out[-1], r"^8 pictures: 4 smoothed, 4 failed; ")
+        told = "\n".join(sorted(err))
+        self.assertRegex(told, r"(?s)runfilter: in/001\.png: .*damaged.*runfilter: none\*: no file matches.*"
+                               r"runfilter: out/003\.png: is write-protected.*runfilter: out/odd\.gif: can only be written")
+        self.assertEqual(len(err), 4, err)
+        self.assertEqual(sorted(self.results("out")), ["000.png", "002.png", "003.png", "004.png", "005.png"])
+        self.assertEqual(self.results("out")["003.png"], b"as before")
+
+        # What is there stays, and what isn't is tried again.
+        before = self.results("out")
+        (self.directory / "out/004.png").unlink()
+        status, out, err = self.run_tool("--out", "out/", "--skip-existing", *names)
+        self.assertEqual((status, len(err)), (1, 1), err)
+        self.assertRegex(out[-1], r"^6 pictures: 1 smoothed, 4 there already, 1 failed; ")
+        self.assertEqual(self.results("out"), before)
+
+        for words, told in ((("--plugin", "none.8bf"), "no such file"), (("--files", "none.txt"), "no such file"),
+                            (("--out", names[0]), "can't be made")):
+            status, out, err = self.run_tool("--out", "new", *words, names[0])
+            self.assertEqual((status, out, len(err)), (1, [], 1), err)
+            self.assertIn(told, err[0])
+
+    def test_a_crash_costs_its_own_picture_only(self):
+        names = self.write(4)
+        (self.directory / names[2]).write_bytes(noise(1, width=13))
+        status, out, err = self.run_tool("--out", "out", "--plugin", CRASHING_PLUGIN, *names)
+        self.assertEqual(status, 1)
+        self.assertIn("runfilter: in/002.png: the process that filtered it ended unexpectedly", err)
+        self.assertEqual(sorted(self.results("out")), ["000.png", "001.png", "003.png"])
+
+    @unittest.skipIf(os.name == "nt", "needs signals")
+    def test_broken_off_it_leaves_whole_files_and_goes_on_later(self):
+        names = self.write(150)
+        self.run_tool("--out", "whole", *names)
+        whole = self.results("whole")
+        rng = random.Random(7)
+        for kind, jobs in ((signal.SIGINT, 1), (signal.SIGKILL, 2), (signal.SIGINT, 2), (signal.SIGKILL, 1)):
+            out = f"{kind.name}{jobs}"
+            process = self.start("--out", out, "--jobs", str(jobs), *names)
+            wanted, limit = rng.randrange(1, 60), time.monotonic() + 60
+            while process.poll() is None and time.monotonic() < limit:
+                if (self.directory / out).is_dir() and len(list((self.directory / out).iterdir())) >= wanted:
+                    break
+                time.sleep(0.002)
+            os.killpg(process.pid, kind)
+            status, lines, err = self.end(process)
+            if kind == signal.SIGINT:
+                self.assertEqual((status, err), (130, []))
+                self.assertRegex(lines[-1], r"^150 pictures: \d+ smoothed, \d+ left; ")
+            time.sleep(0.5)  # until the system has cleared up after killed processes
+            done = {name: data for name, data in self.results(out).items() if not name.endswith(".unfinished")}
+            self.assertTrue(wanted <= len(done) < 150, f"{len(done)} of at least {wanted}")
+            self.assertEqual(done, {name: whole[name] for name in done})
+            status, lines, err = self.run_tool("--out", out, "--skip-existing", "--jobs", str(jobs), *names)
+            self.assertEqual((status, err), (0, []))
+            self.assertIn(f"{len(done)} there already", lines[-1])
+            self.assertEqual(self.results(out), whole, "and nothing besides")
+
+
+if __name__ == "__main__":
+    *COMMAND, CRASHING_PLUGIN = sys.argv[1:]
+    os.environ.update({"LC_ALL": "C.UTF-8", "WINEDEBUG": "-all"})
+    unittest.main(argv=sys.argv[:1])

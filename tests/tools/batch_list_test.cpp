@@ -1,0 +1,87 @@
+#include "tools/batch_list.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "tools/batch_answer.h"
+#include "tools/file_bytes.h"
+
+namespace stairmelt {
+namespace {
+
+namespace fs = std::filesystem;
+
+class BatchList : public testing::Test {
+protected:
+    BatchList() : root(fs::path(testing::TempDir()) / "stairmelt batch") {
+        fs::remove_all(root);
+        for (const char* name : {"b.png", "a.PNG", "a.jpg", "ab.tif", "c.png.txt", "sub/a.png", "out/b.png"}) {
+            fs::create_directories((root / name).parent_path());
+            std::ofstream(root / name) << name;
+        }
+        fs::create_directory(root / "folder.png");
+    }
+    ~BatchList() override { fs::remove_all(root); }
+
+    std::string Word(const std::string& name) const { return PathText(root / "") + name; }
+
+    // "in > out" or "in: refusal" for each item, without the folder.
+    std::vector<std::string> Listed(const std::vector<std::string>& names, const std::string& directory) const {
+        std::vector<std::string> words, lines;
+        for (const std::string& name : names) words.push_back(Word(name));
+        for (const BatchItem& item : ListBatch(words, root / directory)) {
+            const std::string in = item.in.lexically_relative(root).generic_string();
+            const std::string out = item.out.lexically_relative(root).generic_string();
+            lines.push_back(item.refusal.empty() ? in + " > " + out : in + ": " + item.refusal);
+        }
+        return lines;
+    }
+
+    const fs::path root;
+};
+
+using Lines = std::vector<std::string>;
+
+TEST_F(BatchList, PatternsFindFilesByNameAndEachPictureComesOnce) {
+    EXPECT_EQ(Listed({"*.png", "b.png", "sub/../b.png"}, "new"), (Lines{"a.PNG > new/a.PNG", "b.png > new/b.png"}));
+    EXPECT_EQ(Listed({"?.JP*", "a?.*", "*y*"}, "new"),
+              (Lines{"a.jpg > new/a.png", "ab.tif > new/ab.tif", "*y*: no file matches"}));
+    EXPECT_EQ(Listed({"none/*.png", "missing.png"}, "new"),
+              (Lines{"none/*.png: no file matches", "missing.png > new/missing.png"}));
+    EXPECT_EQ(Listed({"sub/*", "**a**"}, "new").size(), 4u);
+}
+
+TEST_F(BatchList, NoResultTakesThePlaceOfAPictureOrAnotherResult) {
+    EXPECT_EQ(Listed({"b.png"}, "."), (Lines{"b.png: its result would take the place of the picture itself"}));
+    EXPECT_EQ(Listed({"sub/a.png", "a.PNG"}, "."),
+              (Lines{"sub/a.png: its result would take the place of the picture " + Word("a.PNG"),
+                     "a.PNG: its result would take the place of the picture itself"}));
+    EXPECT_EQ(Listed({"a.jpg", "a.PNG", "sub/a.png"}, "new"),
+              (Lines{"a.jpg > new/a.png", "a.PNG: its result would take the place of that of " + Word("a.jpg"),
+                     "sub/a.png: its result would take the place of that of " + Word("a.jpg")}));
+    EXPECT_EQ(Listed({"b.png"}, "out"), (Lines{"b.png > out/b.png"})) << "an earlier result may be replaced";
+}
+
+TEST(BatchLines, AreTakenWithoutWhatSurroundsThem) {
+    EXPECT_EQ(LinesOf("\xEF\xBB\xBF a b.png\r\n\n\t\nc.png"), (Lines{"a b.png", "c.png"}));
+    EXPECT_EQ(LinesOf(""), Lines{});
+}
+
+TEST(BatchAnswers, TravelAsLines) {
+    const BatchAnswer answers[] = {{true, 123456, ""}, {true, 0, "one\ttwo"}, {false, 0, "a: b"}};
+    for (const BatchAnswer& answer : answers) {
+        const std::optional<BatchAnswer> same = ParseAnswer(AnswerLine(answer));
+        ASSERT_TRUE(same.has_value());
+        EXPECT_EQ(same->isSmoothed, answer.isSmoothed);
+        EXPECT_EQ(same->changedPixels, answer.changedPixels);
+        EXPECT_EQ(same->words, answer.words);
+    }
+    EXPECT_EQ(AnswerLine({false, 0, "one\ntwo\n"}), "failed\t\tone; two");
+    for (const char* other :
+         {"", "smoothed", "smoothed\t5", "smoothed\tx\t", "smoothed\t\t", "failed\t1\t", "hello\t\t"})
+        EXPECT_FALSE(ParseAnswer(other).has_value()) << other;
+}
+
+}  // namespace
+}  // namespace stairmelt

@@ -1,0 +1,22 @@
+// What became of one picture of a batch. Between processes it travels as a line.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace stairmelt {
+
+struct BatchAnswer {
+    bool isSmoothed = false;
+    size_t changedPixels = 0;  // where it is smoothed
+    std::string words;         // why it isn't; where it is, rules of the host that the plug-in broke, as a rule none
+};
+
+// "smoothed\t123\twords" or "failed\t\twords", without a line's end: what would end one becomes "; ".
+std::string AnswerLine(const BatchAnswer& answer);
+
+// Nothing where the line isn't an answer.
+std::optional<BatchAnswer> ParseAnswer(std::string_view line);
+
+}  // namespace stairmelt

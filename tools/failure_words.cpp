@@ -1,0 +1,22 @@
+#include "tools/failure_words.h"
+
+#include <exception>
+#include <new>
+#include <stdexcept>
+
+namespace stairmelt {
+
+std::string FailureWords() {
+    constexpr char kNoMemory[] = "there isn't enough memory for the picture";
+    try {
+        throw;
+    } catch (const std::bad_alloc&) {
+        return kNoMemory;
+    } catch (const std::length_error&) {
+        return kNoMemory;  // beyond what a vector could ever hold
+    } catch (const std::exception& error) {
+        return error.what();
+    }
+}
+
+}  // namespace stairmelt

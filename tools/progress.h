@@ -1,0 +1,24 @@
+// How far a batch is, in words and as a bar.
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+namespace stairmelt {
+
+struct BatchCounts {
+    size_t total = 0;
+    size_t smoothed = 0, skipped = 0, failed = 0;  // together at most `total`
+
+    size_t Ended() const { return smoothed + skipped + failed; }
+};
+
+// "[#####-----] 412 of 1000, 37.2 per second, 0:16 left" in at most `columns` characters, at least 40: the bar gives
+// way first. `seconds` have passed; rate and rest count the pictures that took time, and aren't told before there is
+// one.
+std::string ProgressBar(const BatchCounts& counts, double seconds, size_t columns);
+
+// "1000 pictures: 997 smoothed, 1 there already, 2 failed; 27.1 seconds, 36.8 per second"
+std::string BatchSummary(const BatchCounts& counts, double seconds);
+
+}  // namespace stairmelt

@@ -1,0 +1,78 @@
+// A file on its way to be deleted, until it is finished: the system takes it away when its handle goes, be it because
+// the program was killed.
+#include <windows.h>
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "tools/tool_error.h"
+#include "tools/unfinished_file.h"
+
+namespace stairmelt {
+
+namespace fs = std::filesystem;
+
+struct UnfinishedFile::Handle {
+    HANDLE handle;
+
+    void SetToBeDeleted(bool isToBeDeleted) const {
+        FILE_DISPOSITION_INFO disposition = {isToBeDeleted};
+        SetFileInformationByHandle(handle, FileDispositionInfo, &disposition, sizeof(disposition));
+    }
+};
+
+UnfinishedFile::UnfinishedFile(const fs::path& place) : place_(place) {
+    for (int i = 0;; ++i) {
+        fs::path beside = place;
+        beside += ".unfinished" + (i == 0 ? "" : std::to_string(i));
+        const HANDLE handle =
+            CreateFileW(beside.c_str(), GENERIC_WRITE | DELETE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+        if (handle != INVALID_HANDLE_VALUE) {
+            handle_ = std::make_unique<Handle>(handle);
+            handle_->SetToBeDeleted(true);
+            return;
+        }
+        // Another process writes to the same place at the same time.
+        constexpr int kMostAtATime = 64;
+        if (GetLastError() != ERROR_SHARING_VIOLATION || i == kMostAtATime)
+            throw ToolError("can't be written: its directory is missing or doesn't allow it");
+    }
+}
+
+UnfinishedFile::~UnfinishedFile() {
+    if (handle_) CloseHandle(handle_->handle);
+}
+
+void UnfinishedFile::Write(std::span<const uint8_t> bytes) {
+    constexpr size_t kMost = 1 << 30;  // a write takes a size of 32 bits
+    while (!bytes.empty()) {
+        DWORD written = 0;
+        const auto size = static_cast<DWORD>(std::min(bytes.size(), kMost));
+        if (!WriteFile(handle_->handle, bytes.data(), size, &written, nullptr) || written != size)
+            throw ToolError("can't be written: the disk is full or failing");
+        bytes = bytes.subspan(size);
+    }
+}
+
+void UnfinishedFile::Finish() {
+    const std::wstring name = fs::absolute(place_).make_preferred().wstring();
+    std::vector<uint8_t> memory(sizeof(FILE_RENAME_INFO) + name.size() * sizeof(wchar_t));
+    auto* const rename = new (memory.data()) FILE_RENAME_INFO{};
+    rename->ReplaceIfExists = TRUE;
+    rename->FileNameLength = static_cast<DWORD>(name.size() * sizeof(wchar_t));
+    std::memcpy(rename->FileName, name.data(), rename->FileNameLength);
+
+    handle_->SetToBeDeleted(false);
+    const auto size = static_cast<DWORD>(memory.size());
+    if (!SetFileInformationByHandle(handle_->handle, FileRenameInfo, rename, size)) {
+        handle_->SetToBeDeleted(true);
+        throw ToolError("can't be replaced: it is in use or protected");
+    }
+    CloseHandle(handle_->handle);
+    handle_.reset();
+}
+
+}  // namespace stairmelt

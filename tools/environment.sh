@@ -1,4 +1,4 @@
-# What ./smooth and ./check share: packages, Wine's surroundings and quiet commands. Sourced by bash, with $root set to the
+# What ./smooth, ./check and ./package share: packages, Wine's surroundings and quiet commands. Sourced by bash, with $root set to the
 # repository's directory and `set -eu` in force.
 
 say() { echo "$(basename "$0"): $*" >&2; }
@@ -50,6 +50,21 @@ install_missing() {
         quietly "$log" as_root "${install[@]}" || return 1
     fi
     rm -f "$log"
+}
+
+# The plug-in and runfilter, as far as they aren't up to date, in build/windows.
+build_for_windows() {
+    local build=$root/build/windows tests=OFF
+    install_missing cmake ninja-build g++-mingw-w64-x86-64-posix
+    mkdir -p "$root/build"
+    if [ ! -e "$build/build.ninja" ]; then
+        say "configuring"
+        # GoogleTest is needed by ./check only.
+        [ -d /usr/src/googletest ] && tests=ON
+        (cd "$root" && quietly build/configure.log cmake --preset windows -DSTAIRMELT_TESTS=$tests)
+    fi
+    [ -e "$build/runfilter.exe" ] || say "building"
+    (cd "$root" && quietly build/build.log cmake --build --preset windows --target stairmelt runfilter)
 }
 
 # A prefix of the project's own (Wine refuses one that belongs to another user), without questions, pop-ups or chatter, and

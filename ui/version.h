@@ -1,12 +1,14 @@
 // The version that the about box shows.
 #pragma once
 
+#include "resources/version_numbers.h"
+
 namespace stairmelt {
 
-constexpr int kVersionMajor = 1;
-constexpr int kVersionMinor = 0;
-constexpr int kVersionRevision = 2;
+constexpr int kVersionMajor = VERSION_MAJOR;
+constexpr int kVersionMinor = VERSION_MINOR;
+constexpr int kVersionRevision = VERSION_REVISION;
 constexpr char kVersionEdition[] = " (DEMO)";
-constexpr int kVersionBuild = 16;
+constexpr int kVersionBuild = VERSION_BUILD;
 
 }  // namespace stairmelt

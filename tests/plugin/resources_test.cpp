@@ -164,4 +164,24 @@ TEST(Resources, TerminologyDeclaresTheKeysOfTheCode) {
     EXPECT_EQ(aete.Left(), 0u);
 }
 
+TEST(Resources, FilePropertiesShowNameAndVersion) {
+    for (const char* file : {STAIRMELT_PLUGIN_FILE, STAIRMELT_TOOL_FILE}) {
+        std::vector<char> info(GetFileVersionInfoSizeA(file, nullptr));
+        ASSERT_TRUE(GetFileVersionInfoA(file, 0, static_cast<DWORD>(info.size()), info.data())) << file;
+        void* found = nullptr;
+        UINT size = 0;
+        ASSERT_TRUE(VerQueryValueA(info.data(), "\\", &found, &size)) << file;
+        const auto* const numbers = static_cast<const VS_FIXEDFILEINFO*>(found);
+        EXPECT_EQ(numbers->dwFileVersionMS, 0x00010000u);
+        EXPECT_EQ(numbers->dwFileVersionLS, 0x00020010u);
+        const char* const texts[][2] = {
+            {"FileVersion", "1.0.2"}, {"ProductVersion", "1.0.2"}, {"ProductName", "stairmelt"}};
+        for (const auto& [name, text] : texts) {
+            const std::string place = std::string("\\StringFileInfo\\040904B0\\") + name;
+            ASSERT_TRUE(VerQueryValueA(info.data(), place.c_str(), &found, &size)) << file << ", " << name;
+            EXPECT_STREQ(static_cast<const char*>(found), text) << file << ", " << name;
+        }
+    }
+}
+
 }  // namespace stairmelt

@@ -135,7 +135,7 @@ std::optional<BatchAnswer> Ask(std::unique_ptr<BatchWorker>& worker, const Batch
         if (worker->HasEnded() && IsInterrupted()) return std::nullopt;
         return answer;
     } catch (...) {
-        return BatchAnswer{false, 0, PathText(item.in) + ": " + FailureWords()};
+        return Failed(item.in, FailureWords());
     }
 }
 
@@ -145,7 +145,7 @@ void FilterByWorker(WorkList& work, BatchScreen& screen, const Arguments& argume
     while (const BatchItem* item = work.Next()) {
         std::error_code error;
         if (!item->refusal.empty())
-            screen.Tell(*item, {false, 0, PathText(item->in) + ": " + item->refusal});
+            screen.Tell(*item, Failed(item->in, item->refusal));
         else if (arguments.skipExisting && fs::exists(item->out, error))
             screen.TellSkipped(*item);
         else if (const std::optional<BatchAnswer> answer = Ask(worker, *item, arguments, workers))

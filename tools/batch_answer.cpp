@@ -2,6 +2,8 @@
 
 #include <charconv>
 
+#include "tools/file_bytes.h"
+
 namespace stairmelt {
 namespace {
 
@@ -19,6 +21,10 @@ std::string InOneLine(std::string_view words) {
 }
 
 }  // namespace
+
+BatchAnswer Failed(const std::filesystem::path& file, const std::string& why) {
+    return {false, 0, PathText(file) + ": " + why};
+}
 
 std::string AnswerLine(const BatchAnswer& answer) {
     std::string line(answer.isSmoothed ? kSmoothed : kFailed);

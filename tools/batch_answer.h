@@ -1,6 +1,7 @@
 // What became of one picture of a batch. Between processes it travels as a line.
 #pragma once
 
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -12,6 +13,9 @@ struct BatchAnswer {
     size_t changedPixels = 0;  // where it is smoothed
     std::string words;         // why it isn't; where it is, rules of the host that the plug-in broke, as a rule none
 };
+
+// That of a file that something is wrong with.
+BatchAnswer Failed(const std::filesystem::path& file, const std::string& why);
 
 // "smoothed\t123\twords" or "failed\t\twords", without a line's end: what would end one becomes "; ".
 std::string AnswerLine(const BatchAnswer& answer);

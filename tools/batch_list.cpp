@@ -72,6 +72,8 @@ std::vector<fs::path> FilesThatMatch(const fs::path& pattern) {
     return found;
 }
 
+void Refuse(BatchItem& item, const std::string& why) { item.refusal = why; }
+
 bool IsPattern(const std::string& word) { return word.find_first_of("*?") != word.npos; }
 
 fs::path ResultName(const fs::path& in) {
@@ -99,20 +101,23 @@ std::vector<BatchItem> ListBatch(const std::vector<std::string>& words, const fs
         }
         const std::vector<fs::path> found = FilesThatMatch(path);
         for (const fs::path& file : found) add(file);
-        if (found.empty()) items.push_back({path, {}, "no file matches"});
+        if (found.empty()) {
+            items.push_back({path, {}});
+            Refuse(items.back(), "no file matches");
+        }
     }
 
     for (const BatchItem& item : items) pictures.emplace(PlaceOf(item.in), &item.in);
     for (BatchItem& item : items) {
         if (!item.refusal.empty()) continue;
         const auto place = PlaceOf(item.out);
-        if (const auto picture = pictures.find(place); picture != pictures.end()) {
-            item.refusal = picture->second == &item.in
-                               ? "its result would take the place of the picture itself"
-                               : "its result would take the place of the picture " + PathText(*picture->second);
-        } else if (const auto [other, isNew] = results.emplace(place, &item.in); !isNew) {
-            item.refusal = "its result would take the place of that of " + PathText(*other->second);
-        }
+        const auto picture = pictures.find(place);
+        if (picture != pictures.end() && picture->second == &item.in)
+            Refuse(item, "its result would take the place of the picture itself");
+        else if (picture != pictures.end())
+            Refuse(item, "its result would take the place of the picture " + PathText(*picture->second));
+        else if (const auto [other, isNew] = results.emplace(place, &item.in); !isNew)
+            Refuse(item, "its result would take the place of that of " + PathText(*other->second));
     }
     return items;
 }

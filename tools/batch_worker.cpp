@@ -134,7 +134,6 @@ BatchWorker::~BatchWorker() {
 }
 
 BatchAnswer BatchWorker::Ask(const BatchItem& item) {
-    const BatchAnswer kEnded = {false, 0, PathText(item.in) + ": the process that filtered it ended unexpectedly"};
     const std::string question = PathText(item.in) + '\t' + PathText(item.out) + '\n';
     DWORD count = 0;
     hasEnded_ = !WriteFile(process_->input, question.data(), static_cast<DWORD>(question.size()), &count, nullptr);
@@ -151,7 +150,7 @@ BatchAnswer BatchWorker::Ask(const BatchItem& item) {
         hasEnded_ = !ReadFile(process_->output, piece.data(), piece.size(), &count, nullptr) || count == 0;
         process_->unread.append(piece.data(), count);
     }
-    return kEnded;
+    return Failed(item.in, "the process that filtered it ended unexpectedly");
 }
 
 void RunWorker(PictureFilter& filter, int32_t number) {

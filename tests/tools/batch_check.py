@@ -123,7 +123,7 @@ class Batch(unittest.TestCase):
             process = self.start("--out", out, "--jobs", str(jobs), *names)
             wanted, limit = rng.randrange(1, 60), time.monotonic() + 60
             while process.poll() is None and time.monotonic() < limit:
-                if (self.directory / out).is_dir() and len(list((self.directory / out).iterdir())) >= wanted:
+                if (self.directory / out).is_dir() and len(list((self.directory / out).glob("*.png"))) >= wanted:
                     break
                 time.sleep(0.002)
             os.killpg(process.pid, kind)

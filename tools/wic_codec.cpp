@@ -66,12 +66,16 @@ void Require(HRESULT result, const char* what) {
     throw ToolError(what + std::string(code));
 }
 
-ComPtr<IWICImagingFactory> MakeFactory() {
-    ComPtr<IWICImagingFactory> factory;
-    Require(CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER, IID_IWICImagingFactory,
-                             reinterpret_cast<void**>(factory.GetAddressOf())),
-            "the Windows Imaging Component isn't there");
-    return factory;
+// Made once, since looking it up takes longer than a small picture does. It goes with the process.
+IWICImagingFactory* Factory() {
+    static IWICImagingFactory* const kept = [] {
+        IWICImagingFactory* factory = nullptr;
+        Require(CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER, IID_IWICImagingFactory,
+                                 reinterpret_cast<void**>(&factory)),
+                "the Windows Imaging Component isn't there");
+        return factory;
+    }();
+    return kept;
 }
 
 // 5 and 6 bits a channel, as some BMP files have, are spread over 8 by the codec itself.
@@ -143,7 +147,7 @@ void SetOption(IPropertyBag2* options, const wchar_t* name, uint8_t value) {
 CodecImage DecodeImage(FileKind kind, std::span<const uint8_t> file) {
     constexpr char kDamaged[] = "the file is damaged or of a kind that this system doesn't read";
     if (file.size() > std::numeric_limits<DWORD>::max()) throw ToolError("files of 4 GB and more aren't supported");
-    const ComPtr<IWICImagingFactory> factory = MakeFactory();
+    IWICImagingFactory* const factory = Factory();
     ComPtr<IWICStream> stream;
     Require(factory->CreateStream(stream.GetAddressOf()), "no stream can be made");
     // A stream for reading: nothing is written there.
@@ -167,8 +171,8 @@ CodecImage DecodeImage(FileKind kind, std::span<const uint8_t> file) {
     if (FAILED(frame->GetResolution(&image.dpiX, &image.dpiY))) image.dpiX = image.dpiY = 0;
     const ComPtr<IWICBitmapSource> source = SpreadShortPixels(frame);
     image.layout = LayoutOf(source.Get());
-    if (image.layout >= PixelLayout::kIndexed1) image.palette = PaletteOf(factory.Get(), frame.Get());
-    image.profile = ProfileOf(factory.Get(), frame.Get());
+    if (image.layout >= PixelLayout::kIndexed1) image.palette = PaletteOf(factory, frame.Get());
+    image.profile = ProfileOf(factory, frame.Get());
 
     const size_t rowBytes = RowBytes(image.layout, image.width);
     if (rowBytes > kMost) throw ToolError("the picture is too wide");
@@ -186,7 +190,7 @@ CodecImage DecodeImage(FileKind kind, std::span<const uint8_t> file) {
 
 Bytes EncodeImage(FileKind kind, const CodecImage& image, bool plainRows) {
     constexpr char kFailed[] = "the picture can't be encoded";
-    const ComPtr<IWICImagingFactory> factory = MakeFactory();
+    IWICImagingFactory* const factory = Factory();
     const size_t rowBytes = RowBytes(image.layout, image.width);
     if (rowBytes > static_cast<size_t>(std::numeric_limits<int32_t>::max())) throw ToolError("the picture is too wide");
     ComPtr<MemoryStream> stream;

@@ -17,7 +17,10 @@ BOOL WINAPI OnConsoleEvent(DWORD event) {
     if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) return FALSE;
     const bool isFirst = !gIsInterrupted.exchange(true);
     const Attitude attitude = gAttitude;
-    if (attitude == Attitude::kEnd || (attitude == Attitude::kRemember && !isFirst)) ExitProcess(kInterruptedStatus);
+    if (attitude == Attitude::kEnd || (attitude == Attitude::kRemember && !isFirst)) {
+        // At once: an orderly end could wait for what another thread holds.
+        TerminateProcess(GetCurrentProcess(), kInterruptedStatus);
+    }
     return TRUE;
 }
 

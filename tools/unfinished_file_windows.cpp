@@ -35,9 +35,10 @@ UnfinishedFile::UnfinishedFile(const fs::path& place) : place_(place) {
             handle_->SetToBeDeleted(true);
             return;
         }
-        // Another process writes to the same place at the same time.
-        constexpr int kMostAtATime = 64;
-        if (GetLastError() != ERROR_SHARING_VIOLATION || i == kMostAtATime)
+        // Perhaps another process writes to the same place at the same time.
+        constexpr int kMostAtATime = 8;
+        const DWORD error = GetLastError();
+        if ((error != ERROR_SHARING_VIOLATION && error != ERROR_ACCESS_DENIED) || i == kMostAtATime)
             throw ToolError("can't be written: its directory is missing or doesn't allow it");
     }
 }

@@ -76,7 +76,7 @@ Arguments ParseArguments(const std::vector<std::string>& words) {
             arguments.lists.push_back(PathFromText(next()));
             isForMany = true;
         } else if (word == "--worker") {
-            arguments.worker = ParseNumber(word, next());
+            arguments.isWorker = true;
         } else if (word == "--dialog") {
             arguments.dialog = true;
         } else if (word == "--about") {
@@ -87,8 +87,8 @@ Arguments ParseArguments(const std::vector<std::string>& words) {
             throw UsageError("there is no option " + word);
         }
     }
-    if (arguments.help || arguments.worker) return arguments;
-    if (arguments.about && !files.empty()) throw UsageError("the about box takes no files");
+    if (arguments.help || arguments.isWorker) return arguments;
+    if (arguments.about && (!files.empty() || arguments.outDirectory)) throw UsageError("the about box takes no files");
     if (arguments.about) return arguments;
     if (arguments.dialog && arguments.repeat) throw UsageError("runs with the dialog can't be repeated");
     TakeFiles(std::move(files), isForMany, arguments);

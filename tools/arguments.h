@@ -43,7 +43,7 @@ struct Arguments {
     std::vector<std::filesystem::path> lists;  // text files with more of them, one in a line; "-" is the input
     int32_t jobs = 1;                          // processes, 1..kMostJobs
     bool skipExisting = false;                 // pictures whose result is there are left out
-    std::optional<int32_t> worker;             // one of a batch's processes, by its number; only the tool asks for it
+    bool isWorker = false;                     // one of a batch's processes; only the tool asks for it
 
     FilterRequest Request() const { return {threshold, softness, bias, dialog, repeat}; }
 };

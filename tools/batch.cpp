@@ -127,10 +127,10 @@ private:
 
 // What a process makes of a picture. It is started when there is something to do, and a new one where the plug-in has
 // ended it. Nothing where the user's interrupt has, before it was ready for one.
-std::optional<BatchAnswer> Ask(std::unique_ptr<BatchWorker>& worker, const BatchItem& item, const Arguments& arguments,
-                               std::atomic<int32_t>& workers) {
+std::optional<BatchAnswer> Ask(std::unique_ptr<BatchWorker>& worker, const BatchItem& item,
+                               const Arguments& arguments) {
     try {
-        if (worker == nullptr || worker->HasEnded()) worker = std::make_unique<BatchWorker>(arguments, workers++);
+        if (worker == nullptr || worker->HasEnded()) worker = std::make_unique<BatchWorker>(arguments);
         const BatchAnswer answer = worker->Ask(item);
         if (worker->HasEnded() && IsInterrupted()) return std::nullopt;
         return answer;
@@ -139,8 +139,8 @@ std::optional<BatchAnswer> Ask(std::unique_ptr<BatchWorker>& worker, const Batch
     }
 }
 
-// The work of one process, of which `workers` counts those started so far.
-void FilterByWorker(WorkList& work, BatchScreen& screen, const Arguments& arguments, std::atomic<int32_t>& workers) {
+// The work of one process.
+void FilterByWorker(WorkList& work, BatchScreen& screen, const Arguments& arguments) {
     std::unique_ptr<BatchWorker> worker;
     while (const BatchItem* item = work.Next()) {
         std::error_code error;
@@ -148,7 +148,7 @@ void FilterByWorker(WorkList& work, BatchScreen& screen, const Arguments& argume
             screen.Tell(*item, Failed(item->in, item->refusal));
         else if (arguments.skipExisting && fs::exists(item->out, error))
             screen.TellSkipped(*item);
-        else if (const std::optional<BatchAnswer> answer = Ask(worker, *item, arguments, workers))
+        else if (const std::optional<BatchAnswer> answer = Ask(worker, *item, arguments))
             screen.Tell(*item, *answer);
     }
 }
@@ -160,35 +160,43 @@ std::string TextOf(const fs::path& file) {
     return {bytes.begin(), bytes.end()};
 }
 
-std::vector<BatchItem> ItemsOf(const Arguments& arguments) {
+std::vector<std::string> WordsOf(const Arguments& arguments) {
     std::vector<std::string> words = arguments.files;
     for (const fs::path& list : arguments.lists) {
-        const std::vector<std::string> lines =
-            LinesOf(With(list, [&] { return list == "-" ? ReadInput() : TextOf(list); }));
+        const std::string text = With(list, [&] { return list == "-" ? ReadInput() : TextOf(list); });
+        const std::vector<std::string> lines = LinesOf(text);
         words.insert(words.end(), lines.begin(), lines.end());
     }
-    return ListBatch(words, *arguments.outDirectory);
+    if (words.empty()) throw ToolError("the list is empty");
+    return words;
+}
+
+void RunWorkers(WorkList& work, BatchScreen& screen, const Arguments& arguments) {
+    std::vector<std::jthread> threads;
+    try {
+        for (int32_t i = 0; i < arguments.jobs; ++i)
+            threads.emplace_back([&] { FilterByWorker(work, screen, arguments); });
+    } catch (const std::system_error&) {
+        // The system has no more threads; those that there are do the work.
+        if (threads.empty()) throw ToolError("there can't be more processes");
+    }
 }
 
 }  // namespace
 
 BatchResult RunBatch(const Arguments& arguments) {
+    const std::vector<std::string> words = WordsOf(arguments);
     const fs::path& directory = *arguments.outDirectory;
     std::error_code error;
     fs::create_directories(directory, error);
     if (!fs::is_directory(directory, error)) throw ToolError(PathText(directory) + ": can't be made");
 
-    WorkList work(ItemsOf(arguments));
+    WorkList work(ListBatch(words, directory));
     // Plug-in or settings that can't be read fail here, once, and not for each picture.
     PictureFilter(*arguments.plugin, *arguments.settings, arguments.Request());
     RememberFirstInterrupt();
     BatchScreen screen(work.size());
-    {
-        std::atomic<int32_t> workers = 0;
-        std::vector<std::jthread> threads;
-        for (int32_t i = 0; i < arguments.jobs; ++i)
-            threads.emplace_back([&] { FilterByWorker(work, screen, arguments, workers); });
-    }
+    RunWorkers(work, screen, arguments);
     const BatchCounts counts = screen.Close();
     return {counts, IsInterrupted() && counts.Ended() < counts.total};
 }

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <exception>
 #include <map>
 #include <set>
 #include <system_error>
@@ -74,6 +75,12 @@ std::vector<fs::path> FilesThatMatch(const fs::path& pattern) {
 
 void Refuse(BatchItem& item, const std::string& why) { item.refusal = why; }
 
+std::string WithoutOddBytes(std::string text) {
+    for (char& character : text)
+        if (static_cast<unsigned char>(character) - 0x20U >= 0x5FU) character = '?';
+    return text;
+}
+
 bool IsPattern(const std::string& word) { return word.find_first_of("*?") != word.npos; }
 
 fs::path ResultName(const fs::path& in) {
@@ -94,7 +101,14 @@ std::vector<BatchItem> ListBatch(const std::vector<std::string>& words, const fs
         if (listed.insert(PlaceOf(in)).second) items.push_back({in, directory / ResultName(in)});
     };
     for (const std::string& word : words) {
-        const fs::path path = PathFromText(word);
+        fs::path path;
+        try {
+            path = PathFromText(word);
+        } catch (const std::exception&) {
+            items.push_back({PathFromText(WithoutOddBytes(word)), {}});
+            Refuse(items.back(), "its name isn't UTF-8 text");
+            continue;
+        }
         if (!IsPattern(word)) {
             add(path);
             continue;
@@ -130,9 +144,11 @@ std::vector<std::string> LinesOf(std::string_view text) {
     while (!text.empty()) {
         const std::string_view line = text.substr(0, text.find('\n'));
         text.remove_prefix(std::min(line.size() + 1, text.size()));
-        const size_t first = line.find_first_not_of(kBlanks);
-        if (first == line.npos) continue;
-        lines.emplace_back(line.substr(first, line.find_last_not_of(kBlanks) + 1 - first));
+        const size_t last = line.find_last_not_of(kBlanks);
+        if (last == line.npos) continue;
+        std::string_view name = line.substr(0, last + 1);
+        if (name.size() > 2 && name.front() == '"' && name.back() == '"') name = name.substr(1, name.size() - 2);
+        lines.emplace_back(name);
     }
     return lines;
 }

@@ -19,7 +19,8 @@ struct BatchItem {
 // result.
 std::vector<BatchItem> ListBatch(const std::vector<std::string>& words, const std::filesystem::path& directory);
 
-// The lines of a text file that aren't empty, without the spaces around them and a byte order mark.
+// The lines of a text file that aren't empty, without a byte order mark, the blanks at their ends, and the quotation
+// marks that stand around paths copied in the Explorer.
 std::vector<std::string> LinesOf(std::string_view text);
 
 }  // namespace stairmelt

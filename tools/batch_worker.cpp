@@ -35,12 +35,11 @@ std::wstring Quoted(const std::wstring& word) {
     return text.append(backslashes, L'\\') + L'"';
 }
 
-std::wstring WorkerCommand(const Arguments& arguments, int32_t number) {
-    std::wstring command = Quoted(OwnPath());
+std::wstring WorkerCommand(const Arguments& arguments) {
+    std::wstring command = Quoted(OwnPath()) + L" --worker";
     const auto add = [&](const wchar_t* option, const std::wstring& value) {
         command += L' ' + std::wstring(option) + L' ' + Quoted(value);
     };
-    add(L"--worker", std::to_wstring(number));
     if (arguments.plugin) add(L"--plugin", arguments.plugin->wstring());
     if (arguments.settings) add(L"--settings", arguments.settings->wstring());
     if (arguments.threshold) add(L"--threshold", std::to_wstring(*arguments.threshold));
@@ -80,13 +79,15 @@ HANDLE JobThatEndsWithUs() {
     return job;
 }
 
-// A failure is an answer.
+// A failure is an answer, which names the picture or its result in any case.
 BatchAnswer FilterItem(PictureFilter& filter, const BatchItem& item) {
     try {
         const FilterReport report = filter.Filter(item.in, item.out);
         return {true, report.changedPixels, report.faults};
     } catch (...) {
-        return {false, 0, FailureWords()};
+        const std::string words = FailureWords();
+        const bool isNamed = words.starts_with(PathText(item.in)) || words.starts_with(PathText(item.out));
+        return isNamed ? BatchAnswer{false, 0, words} : Failed(item.in, words);
     }
 }
 
@@ -97,7 +98,7 @@ struct BatchWorker::Process {
     std::string unread;  // output of the process behind the last line
 };
 
-BatchWorker::BatchWorker(const Arguments& arguments, int32_t number) : process_(std::make_unique<Process>()) {
+BatchWorker::BatchWorker(const Arguments& arguments) : process_(std::make_unique<Process>()) {
     // A process inherits what is inheritable at the time, so that another worker started just then would keep this
     // one's input open for ever.
     static std::mutex gOneAtATime;
@@ -119,7 +120,7 @@ BatchWorker::BatchWorker(const Arguments& arguments, int32_t number) : process_(
     startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
     PROCESS_INFORMATION made = {};
     // In a group of its own, Ctrl+C doesn't reach it before it can say that it doesn't concern it.
-    std::wstring command = WorkerCommand(arguments, number);
+    std::wstring command = WorkerCommand(arguments);
     if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, CREATE_NEW_PROCESS_GROUP, nullptr, nullptr,
                         &startup, &made))
         throw ToolError("there can't be more processes");
@@ -153,7 +154,7 @@ BatchAnswer BatchWorker::Ask(const BatchItem& item) {
     return Failed(item.in, "the process that filtered it ended unexpectedly");
 }
 
-void RunWorker(PictureFilter& filter, int32_t number) {
+void RunWorker(PictureFilter& filter) {
     // One that crashes should end, not ask.
     SetErrorMode(GetErrorMode() | SEM_NOGPFAULTERRORBOX);
     std::string line;
@@ -164,7 +165,7 @@ void RunWorker(PictureFilter& filter, int32_t number) {
         std::printf("%s\n", AnswerLine(FilterItem(filter, item)).c_str());
         std::fflush(stdout);
     }
-    if (number == 0) filter.Remember();
+    filter.Remember();
 }
 
 }  // namespace stairmelt

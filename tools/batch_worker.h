@@ -16,9 +16,9 @@ namespace stairmelt {
 // A worker as the process sees it that has started it.
 class BatchWorker {
 public:
-    // Starts the process, which gets the values and the files' names of `arguments`. The number tells it which one of
-    // the batch's it is. Throws ToolError. May be called by several threads.
-    BatchWorker(const Arguments& arguments, int32_t number);
+    // Starts the process, which gets the values and the files' names of `arguments`. Throws ToolError. May be called by
+    // several threads.
+    explicit BatchWorker(const Arguments& arguments);
     ~BatchWorker();  // ends its input and waits until it has ended
     BatchWorker(const BatchWorker&) = delete;
     BatchWorker& operator=(const BatchWorker&) = delete;
@@ -34,7 +34,8 @@ private:
     bool hasEnded_ = false;
 };
 
-// The worker's own part. Its first one stores the settings at the end, for all of them.
-void RunWorker(PictureFilter& filter, int32_t number);
+// The worker's own part. Each remembers the values at its end: they are the same for all, and any may have had no
+// success.
+void RunWorker(PictureFilter& filter);
 
 }  // namespace stairmelt

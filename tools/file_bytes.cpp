@@ -1,5 +1,6 @@
 #include "tools/file_bytes.h"
 
+#include <algorithm>
 #include <fstream>
 #include <system_error>
 
@@ -25,8 +26,14 @@ Bytes LoadFile(const fs::path& path) {
     const uintmax_t size = fs::file_size(path, error);
     if (error) throw ToolError("can't be read");
     Bytes bytes(static_cast<size_t>(size));
-    file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    if (static_cast<size_t>(file.gcount()) != bytes.size()) throw ToolError("can't be read");
+    // In pieces, since Windows' runtime reads less than 2 GB at a time.
+    constexpr size_t kMost = 1 << 30;
+    for (std::span<uint8_t> left = bytes; !left.empty();) {
+        const std::span<uint8_t> piece = left.first(std::min(left.size(), kMost));
+        file.read(reinterpret_cast<char*>(piece.data()), static_cast<std::streamsize>(piece.size()));
+        if (static_cast<size_t>(file.gcount()) != piece.size()) throw ToolError("can't be read");
+        left = left.subspan(piece.size());
+    }
     return bytes;
 }
 

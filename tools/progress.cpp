@@ -13,9 +13,9 @@ std::string Rounded(double value) {
     return text;
 }
 
-// 0 where none has been filtered in a time that the clock can see.
+// 0 where none has been smoothed in a time that the clock can see.
 double PicturesPerSecond(const BatchCounts& counts, double seconds) {
-    return seconds > 0 ? static_cast<double>(counts.smoothed + counts.failed) / seconds : 0;
+    return seconds > 0 ? static_cast<double>(counts.smoothed) / seconds : 0;
 }
 
 std::string ClockText(double seconds) {

@@ -14,8 +14,7 @@ struct BatchCounts {
 };
 
 // "[#####-----] 412 of 1000, 37.2 per second, 0:16 left" in at most `columns` characters, at least 40: the bar gives
-// way first. `seconds` have passed; rate and rest count the pictures that took time, and aren't told before there is
-// one.
+// way first. `seconds` have passed; rate and rest go by the smoothed pictures, and aren't told before there is one.
 std::string ProgressBar(const BatchCounts& counts, double seconds, size_t columns);
 
 // "1000 pictures: 997 smoothed, 1 there already, 2 failed; 27.1 seconds, 36.8 per second"

@@ -101,10 +101,10 @@ ExitStatus Run(Arguments arguments) {
     if (!arguments.settings) arguments.settings = BesideProgram("runfilter.settings");
     if (arguments.about) {
         ShowAbout(*arguments.plugin);
-    } else if (arguments.worker) {
+    } else if (arguments.isWorker) {
         IgnoreInterrupts();  // they concern the process that started this one
         PictureFilter filter(*arguments.plugin, *arguments.settings, arguments.Request());
-        RunWorker(filter, *arguments.worker);
+        RunWorker(filter);
     } else if (arguments.outDirectory) {
         const BatchResult result = RunBatch(arguments);
         if (result.isInterrupted) return kInterrupted;

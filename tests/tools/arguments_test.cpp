@@ -56,6 +56,7 @@ TEST(Arguments, RefusesWhatItDoesNotUnderstand) {
         {"a", "b", "--bias", "7x"},
         {"a", "b", "-t"},
         {"a", "b", "--about"},
+        {"--out", "dir", "--about"},
         {"a", "b", "--repeat"},
         {"a", "b", "--repeat", "0"},
         {"a", "b", "--repeat", "10001"},

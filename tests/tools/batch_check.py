@@ -80,15 +80,21 @@ class Batch(unittest.TestCase):
         (self.directory / "out").mkdir()
         (self.directory / "out/003.png").write_bytes(b"as before")
         (self.directory / "out/003.png").chmod(0o444)
-        status, out, err = self.run_tool("--out", "out/", "--jobs", "2", *names, "in/odd.gif", "none*")
+        # No mode of the host holds it, and that is the plug-in's failure; and a name in another code.
+        (self.directory / "in/inks.tif").write_bytes(files.write_tiff((2, 2, 4, 32, (0,) * 16), 5, tags=[(339, 3, (3,) * 4)]))
+        (self.directory / "list").write_bytes(b"in/\xe9.png")
+        status, out, err = self.run_tool("--out", "out/", "--bias", "33", "--jobs", "2", *names, "in/odd.gif", "none*", "in/inks.tif",
+                                         "--files", "list")
         self.assertEqual(status, 1)
-        self.assertRegex(out[-1], r"^8 pictures: 4 smoothed, 4 failed; ")
+        self.assertRegex(out[-1], r"^10 pictures: 4 smoothed, 6 failed; ")
         told = "\n".join(sorted(err))
-        self.assertRegex(told, r"(?s)runfilter: in/001\.png: .*damaged.*runfilter: none\*: no file matches.*"
+        self.assertRegex(told, r"(?s)runfilter: in/001\.png: .*damaged.*runfilter: in/\?\.png: its name isn't UTF-8.*"
+                               r"runfilter: in/inks\.tif: .*no mode.*runfilter: none\*: no file matches.*"
                                r"runfilter: out/003\.png: is write-protected.*runfilter: out/odd\.gif: can only be written")
-        self.assertEqual(len(err), 4, err)
+        self.assertEqual(len(err), 6, err)
         self.assertEqual(sorted(self.results("out")), ["000.png", "002.png", "003.png", "004.png", "005.png"])
         self.assertEqual(self.results("out")["003.png"], b"as before")
+        self.assertIn(b"Bias=33", (self.directory / "settings").read_bytes())
 
         # What is there stays, and what isn't is tried again.
         before = self.results("out")

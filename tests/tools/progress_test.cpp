@@ -7,7 +7,7 @@ namespace {
 
 TEST(Progress, TellsRateAndRestOfWhatTookTime) {
     EXPECT_EQ(ProgressBar({10, 0, 0, 0}, 0, 60), "[------------------------------] 0 of 10");
-    EXPECT_EQ(ProgressBar({10, 4, 0, 1}, 2, 79), "[###############---------------] 5 of 10, 2.5 per second, 0:02 left");
+    EXPECT_EQ(ProgressBar({10, 4, 0, 1}, 2, 79), "[###############---------------] 5 of 10, 2.0 per second, 0:03 left");
     EXPECT_EQ(ProgressBar({100, 1, 49, 0}, 75, 79).substr(33), "50 of 100, 0.0 per second, 1:02:30 left");
     EXPECT_EQ(ProgressBar({10, 10, 0, 0}, 4, 79).substr(0, 42), "[##############################] 10 of 10,");
 }
@@ -15,12 +15,12 @@ TEST(Progress, TellsRateAndRestOfWhatTookTime) {
 TEST(Progress, FitsIntoItsColumns) {
     const BatchCounts counts = {100000, 50000, 0, 0};
     for (size_t columns = 40; columns < 100; ++columns) EXPECT_LE(ProgressBar(counts, 1e5, columns).size(), columns);
-    EXPECT_EQ(ProgressBar({10, 4, 0, 1}, 2, 44), "[###----] 5 of 10, 2.5 per second, 0:02 left");
+    EXPECT_EQ(ProgressBar({10, 4, 0, 1}, 2, 44), "[###----] 5 of 10, 2.0 per second, 0:03 left");
 }
 
 TEST(Progress, SummaryNamesWhatThereIs) {
     EXPECT_EQ(BatchSummary({1000, 997, 1, 2}, 27.1),
-              "1000 pictures: 997 smoothed, 1 there already, 2 failed; 27.1 seconds, 36.9 per second");
+              "1000 pictures: 997 smoothed, 1 there already, 2 failed; 27.1 seconds, 36.8 per second");
     EXPECT_EQ(BatchSummary({1, 0, 0, 0}, 0.04), "1 picture: 0 smoothed, 1 left; 0.0 seconds");
 }
 

@@ -171,6 +171,11 @@ std::vector<std::string> WordsOf(const Arguments& arguments) {
     return words;
 }
 
+// Plug-in or settings that can't be read fail here, once, and not for each picture.
+void RequireFilter(const Arguments& arguments) {
+    const PictureFilter filter(*arguments.plugin, *arguments.settings, arguments.Request());
+}
+
 void RunWorkers(WorkList& work, BatchScreen& screen, const Arguments& arguments) {
     std::vector<std::jthread> threads;
     try {
@@ -192,8 +197,7 @@ BatchResult RunBatch(const Arguments& arguments) {
     if (!fs::is_directory(directory, error)) throw ToolError(PathText(directory) + ": can't be made");
 
     WorkList work(ListBatch(words, directory));
-    // Plug-in or settings that can't be read fail here, once, and not for each picture.
-    PictureFilter(*arguments.plugin, *arguments.settings, arguments.Request());
+    RequireFilter(arguments);
     RememberFirstInterrupt();
     BatchScreen screen(work.size());
     RunWorkers(work, screen, arguments);

@@ -35,8 +35,8 @@ std::string AnswerLine(const BatchAnswer& answer) {
 
 std::optional<BatchAnswer> ParseAnswer(std::string_view line) {
     const size_t first = line.find('\t');
-    const size_t second = first == line.npos ? line.npos : line.find('\t', first + 1);
-    if (second == line.npos) return std::nullopt;
+    const size_t second = first == std::string_view::npos ? std::string_view::npos : line.find('\t', first + 1);
+    if (second == std::string_view::npos) return std::nullopt;
     const std::string_view kind = line.substr(0, first), number = line.substr(first + 1, second - first - 1);
     BatchAnswer answer = {kind == kSmoothed, 0, std::string(line.substr(second + 1))};
     if (!answer.isSmoothed) return kind == kFailed && number.empty() ? std::optional(answer) : std::nullopt;

@@ -38,7 +38,7 @@ fs::path::string_type PlaceOf(const fs::path& path) {
 // Both folded.
 bool Matches(fs::path::string_type name, fs::path::string_type pattern) {
     size_t n = 0, p = 0;
-    size_t star = pattern.npos, resume = 0;  // the last star, and where what it stands for ends so far
+    size_t star = fs::path::string_type::npos, resume = 0;  // the last star, and where what it stands for ends so far
     while (n < name.size()) {
         if (p < pattern.size() && pattern[p] == '*') {
             star = p++;
@@ -46,7 +46,7 @@ bool Matches(fs::path::string_type name, fs::path::string_type pattern) {
         } else if (p < pattern.size() && (pattern[p] == '?' || pattern[p] == name[n])) {
             ++n;
             ++p;
-        } else if (star != pattern.npos) {
+        } else if (star != fs::path::string_type::npos) {
             p = star + 1;
             n = ++resume;
         } else {
@@ -81,7 +81,7 @@ std::string WithoutOddBytes(std::string text) {
     return text;
 }
 
-bool IsPattern(const std::string& word) { return word.find_first_of("*?") != word.npos; }
+bool IsPattern(const std::string& word) { return word.find_first_of("*?") != std::string::npos; }
 
 fs::path ResultName(const fs::path& in) {
     const auto extension = Folded(in.extension().native());
@@ -145,7 +145,7 @@ std::vector<std::string> LinesOf(std::string_view text) {
         const std::string_view line = text.substr(0, text.find('\n'));
         text.remove_prefix(std::min(line.size() + 1, text.size()));
         const size_t last = line.find_last_not_of(kBlanks);
-        if (last == line.npos) continue;
+        if (last == std::string_view::npos) continue;
         std::string_view name = line.substr(0, last + 1);
         if (name.size() > 2 && name.front() == '"' && name.back() == '"') name = name.substr(1, name.size() - 2);
         lines.emplace_back(name);

@@ -9,7 +9,7 @@ namespace stairmelt {
 std::string FailureWords() {
     constexpr char kNoMemory[] = "there isn't enough memory for the picture";
     try {
-        throw;
+        std::rethrow_exception(std::current_exception());
     } catch (const std::bad_alloc&) {
         return kNoMemory;
     } catch (const std::length_error&) {

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <new>
 #include <string>
 #include <vector>
 
@@ -31,7 +30,7 @@ UnfinishedFile::UnfinishedFile(const fs::path& place) : place_(place) {
         const HANDLE handle =
             CreateFileW(beside.c_str(), GENERIC_WRITE | DELETE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
         if (handle != INVALID_HANDLE_VALUE) {
-            handle_ = std::make_unique<Handle>(handle);
+            handle_ = std::unique_ptr<Handle>(new Handle{handle});
             handle_->SetToBeDeleted(true);
             return;
         }
@@ -61,7 +60,7 @@ void UnfinishedFile::Write(std::span<const uint8_t> bytes) {
 void UnfinishedFile::Finish() {
     const std::wstring name = fs::absolute(place_).make_preferred().wstring();
     std::vector<uint8_t> memory(sizeof(FILE_RENAME_INFO) + name.size() * sizeof(wchar_t));
-    auto* const rename = new (memory.data()) FILE_RENAME_INFO{};
+    auto* const rename = reinterpret_cast<FILE_RENAME_INFO*>(memory.data());  // zeroed
     rename->ReplaceIfExists = TRUE;
     rename->FileNameLength = static_cast<DWORD>(name.size() * sizeof(wchar_t));
     std::memcpy(rename->FileName, name.data(), rename->FileNameLength);

@@ -94,7 +94,8 @@ PixelLayout LayoutOf(IWICBitmapSource* source) {
     Require(source->GetPixelFormat(&format), "the picture has no pixel format");
     const auto row = std::ranges::find_if(kFormats, [&](const FormatRow& r) { return *r.format == format; });
     if (row != std::end(kFormats)) return row->layout;
-    if (format == GUID_WICPixelFormat32bppCMYK) throw ToolError("pictures in CMYK are only read from TIFF files without JPEG compression");
+    if (format == GUID_WICPixelFormat32bppCMYK)
+        throw ToolError("pictures in CMYK are only read from TIFF files without JPEG compression");
     throw ToolError("the picture's pixel format isn't supported");
 }
 

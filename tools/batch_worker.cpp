@@ -79,6 +79,17 @@ HANDLE JobThatEndsWithUs() {
     return job;
 }
 
+LONG WINAPI EndAtOnce(EXCEPTION_POINTERS* crash) {
+    TerminateProcess(GetCurrentProcess(), crash->ExceptionRecord->ExceptionCode);
+    return EXCEPTION_EXECUTE_HANDLER;
+}
+
+// Without a box that waits for somebody, or a debugger: the process that has started this one tells what happened.
+void EndOnCrash() {
+    SetErrorMode(GetErrorMode() | SEM_NOGPFAULTERRORBOX);
+    SetUnhandledExceptionFilter(EndAtOnce);
+}
+
 // A failure is an answer, which names the picture or its result in any case.
 BatchAnswer FilterItem(PictureFilter& filter, const BatchItem& item) {
     try {
@@ -155,8 +166,7 @@ BatchAnswer BatchWorker::Ask(const BatchItem& item) {
 }
 
 void RunWorker(PictureFilter& filter) {
-    // One that crashes should end, not ask.
-    SetErrorMode(GetErrorMode() | SEM_NOGPFAULTERRORBOX);
+    EndOnCrash();
     std::string line;
     while (std::getline(std::cin, line)) {
         const size_t tab = line.find('\t');

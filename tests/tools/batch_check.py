@@ -120,14 +120,14 @@ class Batch(unittest.TestCase):
 
     @unittest.skipIf(os.name == "nt", "needs signals")
     def test_broken_off_it_leaves_whole_files_and_goes_on_later(self):
-        names = self.write(150)
+        names = self.write(300)
         self.run_tool("--out", "whole", *names)
         whole = self.results("whole")
         rng = random.Random(7)
         for kind, jobs in ((signal.SIGINT, 1), (signal.SIGKILL, 2), (signal.SIGINT, 2), (signal.SIGKILL, 1)):
             out = f"{kind.name}{jobs}"
             process = self.start("--out", out, "--jobs", str(jobs), *names)
-            wanted, limit = rng.randrange(1, 60), time.monotonic() + 60
+            wanted, limit = rng.randrange(1, 40), time.monotonic() + 60
             while process.poll() is None and time.monotonic() < limit:
                 if (self.directory / out).is_dir() and len(list((self.directory / out).glob("*.png"))) >= wanted:
                     break
@@ -136,10 +136,10 @@ class Batch(unittest.TestCase):
             status, lines, err = self.end(process)
             if kind == signal.SIGINT:
                 self.assertEqual((status, err), (130, []))
-                self.assertRegex(lines[-1], r"^150 pictures: \d+ smoothed, \d+ left; ")
+                self.assertRegex(lines[-1], r"^300 pictures: \d+ smoothed, \d+ left; ")
             time.sleep(0.5)  # until the system has cleared up after killed processes
             done = {name: data for name, data in self.results(out).items() if not name.endswith(".unfinished")}
-            self.assertTrue(wanted <= len(done) < 150, f"{len(done)} of at least {wanted}")
+            self.assertTrue(wanted <= len(done) < 300, f"{len(done)} of at least {wanted}")
             self.assertEqual(done, {name: whole[name] for name in done})
             status, lines, err = self.run_tool("--out", out, "--skip-existing", "--jobs", str(jobs), *names)
             self.assertEqual((status, err), (0, []))

@@ -10,18 +10,10 @@
 
 #include "tools/failure_words.h"
 #include "tools/file_bytes.h"
+#include "tools/program_path.h"
 
 namespace stairmelt {
 namespace {
-
-std::wstring OwnPath() {
-    std::wstring program(MAX_PATH, L'\0');
-    for (;;) {
-        const DWORD length = GetModuleFileNameW(nullptr, program.data(), static_cast<DWORD>(program.size()));
-        if (length < program.size()) return program.substr(0, length);
-        program.resize(program.size() * 2);
-    }
-}
 
 // A word as the receiving program's runtime takes it apart: a backslash counts twice before a quotation mark only.
 std::wstring Quoted(const std::wstring& word) {
@@ -36,7 +28,7 @@ std::wstring Quoted(const std::wstring& word) {
 }
 
 std::wstring WorkerCommand(const Arguments& arguments) {
-    std::wstring command = Quoted(OwnPath()) + L" --worker";
+    std::wstring command = Quoted(ProgramPath().wstring()) + L" --worker";
     const auto add = [&](const wchar_t* option, const std::wstring& value) {
         command += L' ' + std::wstring(option) + L' ' + Quoted(value);
     };

@@ -11,8 +11,16 @@ namespace stairmelt {
 namespace fs = std::filesystem;
 
 std::string PathText(const fs::path& path) {
-    const std::u8string text = path.u8string();
-    return {text.begin(), text.end()};
+    std::string readable;
+    try {
+        const std::u8string text = path.u8string();
+        readable.assign(text.begin(), text.end());
+    } catch (const std::system_error&) {
+        // Windows allows half a character in a name.
+        for (const auto character : path.native())
+            readable += static_cast<uint32_t>(character) < 0x80 ? static_cast<char>(character) : '?';
+    }
+    return readable;
 }
 
 fs::path PathFromText(const std::string& text) { return std::u8string(text.begin(), text.end()); }

@@ -16,6 +16,7 @@
 #include "tools/file_bytes.h"
 #include "tools/interrupt.h"
 #include "tools/picture_filter.h"
+#include "tools/program_path.h"
 
 namespace stairmelt {
 namespace {
@@ -34,17 +35,7 @@ std::vector<std::string> CommandLineWords() {
     return texts;
 }
 
-fs::path BesideProgram(const char* name) {
-    std::wstring program(MAX_PATH, L'\0');
-    for (;;) {
-        const DWORD length = GetModuleFileNameW(nullptr, program.data(), static_cast<DWORD>(program.size()));
-        if (length < program.size()) {
-            program.resize(length);
-            return fs::path(program).parent_path() / name;
-        }
-        program.resize(program.size() * 2);
-    }
-}
+fs::path BesideProgram(const char* name) { return ProgramPath().parent_path() / name; }
 
 void PrintPicture(const fs::path& path, const Picture& picture) {
     const char* colors = picture.colors == 1 ? "gray" : picture.colors == 3 ? "RGB" : "CMYK";

@@ -81,7 +81,12 @@ prepare_wine() {
         # Until it has written the prefix to disk, it isn't all there.
         wineserver --wait
     fi
-    # Debian's Wine has its server end with the last program. One that starts just then is turned away ("recvmsg: Connection
-    # reset by peer"), so the server stays on for minutes between programs. Status 2 says that there is one already.
+    keep_wine_server
+}
+
+# Debian's Wine has its server end with the last program, and one that starts in that moment is turned away ("recvmsg:
+# Connection reset by peer"). So it is started here and told to wait some minutes for the next one. Status 2 says that
+# there is one already.
+keep_wine_server() {
     wineserver --persistent=300 </dev/null >/dev/null 2>&1 || [ $? = 2 ]
 }

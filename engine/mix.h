@@ -70,7 +70,7 @@ requires(Format::kExtra == 1 && std::is_floating_point_v<typename Format::Sample
     }
     const float kept = (1.0f - weight) * opacity;
     const float taken = towardOpacity * weight;
-    if (towardOpacity != 0.0f && !(kept == 0.0f && taken == 0.0f)) {
+    if (towardOpacity != 0.0f && !(opacity == 0.0f && weight == 0.0f)) {
         MixColors<Format>(pixel, toward, 1.0f / (kept / taken + 1.0f));
     }
     pixel[Format::kOpacity] = kept + taken;

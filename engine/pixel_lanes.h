@@ -141,7 +141,7 @@ void MixUnlikeOpacities(uint8_t* at, const LanePixel<Format>& toward, typename F
     if constexpr (LanePixel<Format>::kIsFloat) {
         const float kept = (1.0f - weight) * opacity;
         const float taken = toward.opacity * weight;
-        if (toward.opacity != 0.0f && !(kept == 0.0f && taken == 0.0f)) {
+        if (toward.opacity != 0.0f && !(opacity == 0.0f && weight == 0.0f)) {
             const float share = 1.0f / (kept / taken + 1.0f);
             StoreColors<Format>(at, MixLanes(LoadColors<Format>(at), toward.colors, share));
         }

@@ -136,15 +136,14 @@ int32_t TailLength(FlagPlanes& planes, int32_t x, int32_t y) {
 // Steps of a diagonal, seen from the pixel at which the scan stands.
 template <Diagonal kDiagonal>
 int32_t DiagonalLength(FlagPlanes& planes, int32_t x, int32_t y) {
-    const int32_t n = MeasureDiagonal(PlaneCursor{planes, x, y}, kDiagonal);
-    if constexpr (kDiagonal.stepY < 0) return n;
-    // Where it goes down it may have ended at rows that weren't built yet.
-    const int32_t endRow = y + kDiagonal.startY + n;
-    if (!planes.IsBuilt(endRow)) {
+    int32_t n = 0;
+    while (true) {
+        n += MeasureDiagonal(PlaneCursor{planes, x + n * kDiagonal.stepX, y + n * kDiagonal.stepY}, kDiagonal);
+        // Where it goes down it may have ended at rows that weren't built yet; from there on it is measured again.
+        const int32_t endRow = y + kDiagonal.startY + n * kDiagonal.stepY;
+        if (kDiagonal.stepY < 0 || planes.IsBuilt(endRow)) return n;
         planes.Need(endRow);
-        return DiagonalLength<kDiagonal>(planes, x, y);
     }
-    return n;
 }
 
 }  // namespace stairmelt::inline STAIRMELT_SET

@@ -86,6 +86,23 @@ bool IsSame(const KernelCase& format, const std::vector<uint8_t>& a, const std::
     return true;
 }
 
+// An edge that moves by one column twice, `run` rows apart, so that a ramp of that length goes down into rows that are
+// far from being visited; and dots beside its first rows, that are visited meanwhile.
+Picture TallStair(const KernelCase& format, int run) {
+    constexpr int kTop = 100;
+    Picture picture = {32, kTop + run + 80, {}, {0, 100, 0, nullptr, format.Key(), nullptr, nullptr, 0, 0, 0, 0}};
+    for (int y = 0; y < picture.height; ++y) {
+        const int edge = y <= kTop ? 17 : y <= kTop + run ? 16 : 15;
+        for (int x = 0; x < picture.width; ++x) {
+            const bool isDot = x == 25 && y > kTop && y < 2 * kTop && y % 3 == 0;
+            for (int c = 0; c < format.channels; ++c)
+                AppendSample(picture.pixels, format.depth, x >= edge && !isDot ? 255 : 0);
+            if (format.extra != 0) AppendSample(picture.pixels, format.depth, 255);
+        }
+    }
+    return picture;
+}
+
 void CompareWithPlain(const KernelSet& set, int rounds) {
     if (!set.runsHere()) GTEST_SKIP() << "this machine can't run " << set.name;
     for (const KernelCase& format : kAllKernels) {
@@ -105,6 +122,17 @@ void CompareWithPlain(const KernelSet& set, int rounds) {
 TEST(KernelSets, BaselineEqualsPlain) { CompareWithPlain(kBaselineKernels, 150); }
 
 TEST(KernelSets, Avx2EqualsPlain) { CompareWithPlain(kAvx2Kernels, 150); }
+
+TEST(KernelSets, LongRampsGoDownIntoKnownRows) {
+    for (const KernelSet* set : {&kBaselineKernels, &kAvx2Kernels}) {
+        for (const KernelCase& format : kAllKernels) {
+            if (!set->runsHere() || format.channels != 1) continue;
+            const Picture picture = TallStair(format, 24727);
+            EXPECT_TRUE(IsSame(format, Smooth(format, *set, picture), Smooth(format, kPlainKernels, picture)))
+                << set->name << " " << format.name;
+        }
+    }
+}
 
 TEST(KernelSets, LanesDivideExactly) {
     if (!HasAvx2()) GTEST_SKIP();

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "engine/isolated_pixel.h"
 #include "tests/support/guarded_image.h"
 
@@ -65,6 +67,10 @@ TEST(Mix, OpacityDecidesHowMuchColourMoves) {
     EXPECT_EQ(Mixed<GrayAlpha32>({0.25f, 0.0f}, {1.0f, 1.0f}, 0.0f), (GrayAlpha32::Pixel{0.25f, 0.0f})) << "0 by 0";
     EXPECT_EQ(Mixed<GrayAlpha32>({0.25f, 0.0f}, {1.0f, 1.0f}, 0.5f), (GrayAlpha32::Pixel{1.0f, 0.5f}));
     EXPECT_EQ(Mixed<GrayAlpha32>({0.25f, 1.0f}, {1.0f, 0.0f}, 0.5f), (GrayAlpha32::Pixel{0.25f, 0.5f}));
+
+    // The least opacity, weighed, is none: there is no colour then.
+    const GrayAlpha32::Pixel none = Mixed<GrayAlpha32>({0.25f, 0.0f}, {1.0f, 1.4e-45f}, 0.375f);
+    EXPECT_TRUE(std::isnan(none[0]) && none[1] == 0.0f);
 
     // The sum of step by step rounding passes 2^31 at full scale and must come back whole.
     using GrayAlpha16 = PixelFormat<Depth16, 1, 1>;

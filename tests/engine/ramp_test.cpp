@@ -59,6 +59,28 @@ TEST(Ramp, StepsOfAnySoftnessAreDefined) {
     EXPECT_LT(WeightsOf(growing).size(), 700u);
 }
 
+// The rows that a walk changes have to be known before it begins. Rounding lets long walks of floating-point weights
+// outlast the quotient of weight and step.
+template <class Weights>
+void ExpectMostPixels(BlendRamp<Weights> ramp) {
+    const int32_t most = MostPixels(ramp);
+    if (most == INT32_MAX) return;
+    int32_t pixels = 0;
+    for (BlendRamp<Weights> walk = ramp; !walk.finished && pixels <= most; ++pixels) NextRampWeight(walk);
+    EXPECT_LE(pixels, most) << "from " << ramp.weight << " by " << ramp.step;
+}
+
+TEST(Ramp, NoWalkTakesMorePixelsThanAreForetold) {
+    for (const int32_t n : {1, 2, 3, 24731, 30000, 59389, 297000, 524000}) {
+        for (const int32_t softness : {1, 36, 70, 100}) {
+            ExpectMostPixels(StairRamp<Int>(softness, n, 0));
+            ExpectMostPixels(TailRamp<Int>(softness, n, 0));
+            ExpectMostPixels(StairRamp<Float>(softness, n, 0));
+            ExpectMostPixels(TailRamp<Float>(softness, n, 0));
+        }
+    }
+}
+
 TEST(BiasCurve, KeepsItsEnds) {
     for (const int32_t bias : {1, 50, 100, -1, -50, -100}) {
         EXPECT_EQ(ApplyBiasCurve<int32_t>(0, 32767, bias), 0) << bias;

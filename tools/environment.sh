@@ -81,12 +81,14 @@ prepare_wine() {
         # Until it has written the prefix to disk, it isn't all there.
         wineserver --wait
     fi
-    keep_wine_server
+    keep_wine_running
 }
 
-# Debian's Wine has its server end with the last program, and one that starts in that moment is turned away ("recvmsg:
-# Connection reset by peer"). So it is started here and told to wait some minutes for the next one. Status 2 says that
-# there is one already.
-keep_wine_server() {
+# Debian's Wine ends its server with the last program, and one that starts in that moment is turned away ("recvmsg:
+# Connection reset by peer"). So the server is started here and told to wait some minutes for the next one; status 2 says
+# that there is one already. Its services, which stay as long, are started by a program of no output of its own: they
+# would keep a caller's pipes open.
+keep_wine_running() {
     wineserver --persistent=300 </dev/null >/dev/null 2>&1 || [ $? = 2 ]
+    quietly "$root/build/wine.log" wine cmd /c exit </dev/null
 }

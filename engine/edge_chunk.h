@@ -17,29 +17,30 @@
 
 namespace stairmelt::inline STAIRMELT_SET {
 
-constexpr int kChunkColumns = 64;  // one word of flags
-
 // The flags of a chunk, column k in bit k.
 struct ChunkFlags {
     uint64_t r, d, x, a;
 };
 
-// True if the chunk's pixels at p, the one behind them, and the same of the row below at q all have the same bits.
-// Equal pixels never differ, whatever the format, as long as the threshold isn't negative.
+inline uint64_t BitsAt(const uint8_t* at) {
+    uint64_t bits;
+    std::memcpy(&bits, at, sizeof bits);
+    return bits;
+}
+
+// True if the chunk's pixels and the one behind them all have the same bits.
 template <class Format, int kColumns>
-bool IsFlatChunk(const uint8_t* p, const uint8_t* q) {
+bool IsUniform(const uint8_t* chunk) {
     constexpr int kBytes = kColumns * Format::kPixelBytes;
     static_assert(kBytes % 8 == 0);
-    const auto word = [](const uint8_t* at) {
-        uint64_t value;
-        std::memcpy(&value, at, sizeof value);
-        return value;
-    };
     uint64_t difference = 0;
-    for (int i = 0; i < kBytes; i += 8) {
-        difference |= (word(p + i) ^ word(p + i + Format::kPixelBytes)) | (word(p + i) ^ word(q + i));
-    }
-    return difference == 0 && std::memcmp(p + kBytes, q + kBytes, Format::kPixelBytes) == 0;
+    for (int i = 0; i < kBytes; i += 8) difference |= BitsAt(chunk + i) ^ BitsAt(chunk + i + Format::kPixelBytes);
+    return difference == 0;
+}
+
+template <class Format>
+bool IsSamePixel(const uint8_t* p, const uint8_t* q) {
+    return std::memcmp(p, q, Format::kPixelBytes) == 0;
 }
 
 // The type in which a chunk is compared: the narrowest that holds every sum, for the most columns per instruction.
@@ -162,9 +163,11 @@ public:
           threshold(edgeThreshold),
           chunkThreshold(ChunkThreshold<Format>(edgeThreshold)) {}
 
-    // True if no pixel of the chunk differs from a neighbour, as far as a quick look tells.
-    bool IsFlat(const uint8_t* p, const uint8_t* q) const {
-        return mayBeFlat && IsFlatChunk<Format, kChunkColumns>(p, q);
+    // True if a quick look tells that no pixel of the chunk, nor the one behind it, differs from another of them. Equal
+    // pixels never differ, whatever the format, as long as the threshold isn't negative.
+    template <int kColumns = kChunkColumns>
+    bool IsFlat(const uint8_t* chunk) const {
+        return mayBeFlat && IsUniform<Format, kColumns>(chunk);
     }
 
     // The flags of the chunk at p, with the row below at q, every diagonal tested. Reads one pixel more of both rows.
@@ -180,7 +183,8 @@ public:
         for (int x = 0; x < kChunkColumns; x += kPartColumns) {
             const uint8_t* const pPart = p + x * Format::kPixelBytes;
             const uint8_t* const qPart = q + x * Format::kPixelBytes;
-            if (mayBeFlat && IsFlatChunk<Format, kPartColumns>(pPart, qPart)) continue;
+            if (IsFlat<kPartColumns>(pPart) && IsFlat<kPartColumns>(qPart) && IsSamePixel<Format>(pPart, qPart))
+                continue;
             const ChunkFlags part = ComparePart(pPart, qPart);
             flags.r |= part.r << x;
             flags.d |= part.d << x;

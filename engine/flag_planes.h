@@ -21,6 +21,7 @@ namespace stairmelt::inline STAIRMELT_SET {
 
 constexpr int32_t kGuardColumns = 4;
 constexpr int32_t kGuardRows = 4;
+constexpr int kChunkColumns = 64;  // compared at a time; one word of flags
 
 // The place of a flag's plane among the four.
 constexpr int PlaneOf(uint8_t flag) { return std::countr_zero(flag); }
@@ -52,11 +53,13 @@ public:
         rowBytes = 4 * planeBytes;
         const int64_t rows = static_cast<int64_t>(height) + 2 * kGuardRows;
         const int64_t planeMemory = rows * rowBytes + kGuardBytes + kTailBytes;  // below 2^62
-        memory = std::calloc(static_cast<size_t>(planeMemory + height), 1);
+        const int64_t chunks = static_cast<int64_t>(width) / kChunkColumns + 1;
+        memory = std::calloc(static_cast<size_t>(planeMemory + height + chunks), 1);
         if (memory == nullptr) return false;
         uint8_t* const start = static_cast<uint8_t*>(memory);
         firstRow = start + kGuardBytes + kGuardRows * rowBytes;
         rowMarks = start + planeMemory;
+        chunkNotes = rowMarks + height;
         return true;
     }
 
@@ -104,6 +107,9 @@ public:
     void MarkRow(int32_t y) { rowMarks[y] = 1; }
     bool IsMarked(int32_t y) const { return rowMarks[y] != 0; }
 
+    // For the builder's own use: a byte for each kChunkColumns columns, the last ones included.
+    uint8_t* ChunkNotes() { return chunkNotes; }
+
 private:
     // Between two rows of bits, so that whole words may be read across a row's ends.
     static constexpr int64_t kGuardBytes = 8;
@@ -124,6 +130,7 @@ private:
     ptrdiff_t planeBytes = 0;     // from a plane's row to the next plane's
     ptrdiff_t rowBytes = 0;       // from a row to the next one of the same plane
     uint8_t* rowMarks = nullptr;  // one for each row of the image
+    uint8_t* chunkNotes = nullptr;
     void* memory = nullptr;
 };
 

@@ -49,9 +49,10 @@ private:
         const int32_t packedEnd = cells.PackedEnd();
         if (packedEnd >= kChunkColumns) {
             int32_t x = 0;
-            for (; x + kChunkColumns <= packedEnd; x += kChunkColumns) BuildChunk(x, y);
+            uint8_t* isFlat = planes.ChunkNotes();
+            for (; x + kChunkColumns <= packedEnd; x += kChunkColumns) BuildChunk(x, y, *isFlat++);
             // The last chunk ends with the last group. Where it overlaps the one before it finds the same flags.
-            if (x < packedEnd) BuildChunk(packedEnd - kChunkColumns, y);
+            if (x < packedEnd) BuildChunk(packedEnd - kChunkColumns, y, *isFlat);
         } else {
             for (int32_t group = 0; group < packedEnd; group += 4) {
                 const uint32_t word = cells.PackedStep(group, y);
@@ -66,7 +67,8 @@ private:
         for (int32_t x = 0; x < image.width - 1; ++x) SetCell(x, image.height - 1, cells.LastRowStep(x));
     }
 
-    void BuildChunk(int32_t x, int32_t y) {
+    // isFlat: whether the chunk at (x, y) is; on return, whether the one below is. So each row is looked at once only.
+    void BuildChunk(int32_t x, int32_t y, uint8_t& isFlat) {
         const uint8_t* const p = PixelAt<Format>(image, x, y);
         const uint8_t* const q = PixelAt<Format>(image, x, y + 1);
         if (y + 2 < image.height) {
@@ -75,7 +77,9 @@ private:
                 _mm_prefetch(reinterpret_cast<const char*>(q + image.rowStride + byte), _MM_HINT_T0);
             }
         }
-        if (chunks.IsFlat(p, q)) return;
+        const bool isFlatHere = y == 0 ? chunks.IsFlat(p) : isFlat != 0;
+        isFlat = chunks.IsFlat(q);
+        if (isFlatHere && isFlat && IsSamePixel<Format>(p, q)) return;
         ChunkFlags flags = chunks.Compare(p, q);
         DropUntestedDiagonals(flags);
         if ((flags.r | flags.d) != 0) {

@@ -4,6 +4,7 @@
 #include <fstream>
 #include <system_error>
 
+#include "tools/in_a_moment.h"
 #include "tools/unfinished_file.h"
 
 namespace stairmelt {
@@ -29,8 +30,12 @@ Bytes LoadFile(const fs::path& path) {
     std::error_code error;
     if (!fs::exists(path, error)) throw ToolError("there is no such file");
     if (fs::is_directory(path, error)) throw ToolError("is a directory");
-    std::ifstream file(path, std::ios::binary);
-    if (!file) throw ToolError("can't be opened");
+    std::ifstream file;
+    const auto opens = [&] {
+        file.open(path, std::ios::binary);
+        return file.is_open();
+    };
+    if (!SucceedsInAMoment(opens)) throw ToolError("can't be opened");
     const uintmax_t size = fs::file_size(path, error);
     if (error) throw ToolError("can't be read");
     Bytes bytes(static_cast<size_t>(size));

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/in_a_moment.h"
 #include "tools/tool_error.h"
 #include "tools/unfinished_file.h"
 
@@ -65,12 +66,14 @@ void UnfinishedFile::Finish() {
     rename->FileNameLength = static_cast<DWORD>(name.size() * sizeof(wchar_t));
     std::memcpy(rename->FileName, name.data(), rename->FileNameLength);
 
-    handle_->SetToBeDeleted(false);
-    const auto size = static_cast<DWORD>(memory.size());
-    if (!SetFileInformationByHandle(handle_->handle, FileRenameInfo, rename, size)) {
+    const auto renames = [&] {
+        handle_->SetToBeDeleted(false);
+        const auto size = static_cast<DWORD>(memory.size());
+        if (SetFileInformationByHandle(handle_->handle, FileRenameInfo, rename, size)) return true;
         handle_->SetToBeDeleted(true);
-        throw ToolError("can't be replaced: it is in use or protected");
-    }
+        return false;
+    };
+    if (!SucceedsInAMoment(renames)) throw ToolError("can't be replaced: it is in use or protected");
     CloseHandle(handle_->handle);
     handle_.reset();
 }

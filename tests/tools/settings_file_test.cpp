@@ -2,6 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#ifdef _WIN32
+#include <windows.h>
+#endif
+
+#include <thread>
+
 #include "tools/file_bytes.h"
 #include "tools/tool_error.h"
 
@@ -43,6 +49,34 @@ TEST(SettingsFile, StoringReplacesTheFileOrLeavesItAlone) {
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(directory), {}), 1);
     std::filesystem::remove_all(directory);
 }
+
+#ifdef _WIN32
+TEST(SettingsFile, AnotherProgramMayHoldTheFileForAnInstant) {
+    const std::filesystem::path path = std::filesystem::path(testing::TempDir()) / "stairmelt held.settings";
+    StoreSettings(path, {});
+    const auto hold = [&] { return CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr); };
+    const auto letGoSoon = [](HANDLE handle) {
+        return std::jthread([=] {
+            Sleep(100);
+            CloseHandle(handle);
+        });
+    };
+    {
+        const std::jthread holder = letGoSoon(hold());
+        StoreSettings(path, kSome);
+    }
+    {
+        const std::jthread holder = letGoSoon(hold());
+        EXPECT_EQ(LoadSettings(path), kSome);
+    }
+    const HANDLE held = hold();
+    EXPECT_THROW(StoreSettings(path, {}), ToolError);
+    EXPECT_THROW(LoadSettings(path), ToolError);
+    CloseHandle(held);
+    EXPECT_EQ(LoadSettings(path), kSome);
+    std::filesystem::remove(path);
+}
+#endif
 
 }  // namespace
 }  // namespace stairmelt

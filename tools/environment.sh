@@ -74,14 +74,24 @@ prepare_wine() {
     export WINEDEBUG=-all
     export WINEDLLOVERRIDES="mscoree,mshtml=;winemenubuilder.exe=d"
     export LC_ALL=C.UTF-8
+    keep_heaps_at_rest
     if [ ! -e "$WINEPREFIX/system.reg" ]; then
         say "preparing Wine in $WINEPREFIX"
         mkdir -p "$WINEPREFIX"
-        quietly "$root/build/wine.log" wineboot --init </dev/null
+        quietly "$root/build/wine.log" "${at_rest[@]}" wineboot --init </dev/null
         # Until it has written the prefix to disk, it isn't all there.
         wineserver --wait
     fi
     keep_wine_running
+}
+
+# Sets $at_rest, to stand before a command that starts Windows programs. Debian's Wine is loaded below 2^31 and wants the
+# page at 0x7FFE0000. Newer kernels move a program's heap up by a random part of a gigabyte; where it comes to lie on that
+# page, once in some thousand starts, Wine ends with status 1 and not a word. So the heap is left at rest, if that is
+# allowed: in some containers it isn't.
+keep_heaps_at_rest() {
+    at_rest=(setarch --addr-no-randomize)
+    "${at_rest[@]}" true 2>/dev/null || at_rest=()
 }
 
 # Debian's Wine ends its server with the last program, and one that starts in that moment is turned away ("recvmsg:
@@ -90,5 +100,5 @@ prepare_wine() {
 # would keep a caller's pipes open.
 keep_wine_running() {
     wineserver --persistent=300 </dev/null >/dev/null 2>&1 || [ $? = 2 ]
-    quietly "$root/build/wine.log" wine cmd /c exit </dev/null
+    quietly "$root/build/wine.log" "${at_rest[@]}" wine cmd /c exit </dev/null
 }

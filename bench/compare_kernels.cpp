@@ -72,7 +72,8 @@ int main(int argc, char** argv) {
     using namespace stairmelt;
     void* const library = argc > 1 ? dlopen(argv[1], RTLD_NOW | RTLD_LOCAL) : nullptr;
     if (library == nullptr) {
-        std::fprintf(stderr, "compare_kernels: cannot load the other kernels: %s\n", argc > 1 ? dlerror() : "no library");
+        std::fprintf(stderr, "compare_kernels: cannot load the other kernels: %s\n",
+                     argc > 1 ? dlerror() : "no library");
         return 2;
     }
     std::vector<std::string> names(argv + 2, argv + argc);

@@ -2,10 +2,11 @@
 
 #include <array>
 #include <cstdlib>
+#include <cstring>
 
-#include "engine/edge_builder.h"
 #include "engine/kernel_sets.h"
-#include "engine/scan_weights.h"
+#include "engine/plain/edge_builder.h"
+#include "engine/rules/scan_weights.h"
 
 namespace stairmelt {
 
@@ -55,7 +56,7 @@ std::vector<uint8_t> Convert(const Canvas& canvas) {
             const bool isPaper = canvas.paper && *canvas.paper == Color{rgb[0], rgb[1], rgb[2]};
             pixel[Format::kOpacity] = ScaledSample<Format>(isPaper ? 0 : 255);
         }
-        Store<Format>(at, pixel);
+        std::memcpy(at, &pixel, Format::kPixelBytes);
     }
     return bytes;
 }

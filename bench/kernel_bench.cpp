@@ -68,7 +68,8 @@ std::vector<Measurement> EverythingOn(const BenchFormat& format) {
     if (HasAvx2()) {
         measurements.push_back({"memory", [](Workplace& place) { return MeasurePhases(place.Job()).memory; }});
         measurements.push_back({"flags", [](Workplace& place) { return MeasurePhases(place.Job()).flags; }});
-        measurements.push_back({"scan", [](Workplace& place) { return MeasurePhases(place.Job()).scan; }});
+        measurements.push_back({"plan", [](Workplace& place) { return MeasurePhases(place.Job()).plan; }});
+        measurements.push_back({"paint", [](Workplace& place) { return MeasurePhases(place.Job()).paint; }});
     }
     return measurements;
 }

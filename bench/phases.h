@@ -8,7 +8,8 @@ namespace stairmelt {
 struct PhaseSeconds {
     double memory;  // allocating the flags, whose pages are first touched in the next phase
     double flags;   // comparing all pixels
-    double scan;    // deciding, and changing the destination
+    double plan;    // deciding and measuring
+    double paint;   // changing the destination
 };
 
 // Runs the 8-bit RGB kernel for AVX2, which the machine must have (HasAvx2), phase after phase. The result is the

@@ -2,8 +2,8 @@
 #include <chrono>
 
 #include "bench/phases.h"
-#include "engine/avx2.h"
-#include "engine/block_kernel.h"
+#include "engine/block/avx2.h"
+#include "engine/block/block_kernel.h"
 
 namespace stairmelt {
 
@@ -16,10 +16,19 @@ PhaseSeconds MeasurePhases(const KernelJob& job) {
     FlagPlanes planes;
     if (!planes.Allocate(image.width, image.height)) return {};
     const auto allocated = Clock::now();
-    PlaneBuilder<Format>(image, DeriveEdgeThreshold<Format>(job.colorThreshold), planes).BuildTo(image.height);
+    PlaneBuilder<Format> builder(image, DeriveEdgeThreshold<Format>(job.colorThreshold), planes);
+    planes.BuildBy(builder);
+    for (int32_t y = 0; y < image.height; ++y) planes.Need(y);
     const auto built = Clock::now();
-    BlockScan<Format>(job, planes, DeriveScanWeights<Format>(job)).Run();
-    return {seconds(allocated - start), seconds(built - allocated), seconds(Clock::now() - built)};
+    struct Discard final : VisitSink {
+        void Perform(const Visit*, int, const RunPair*) override {}
+    } discard;
+    PlanVisits(job, Format::kPixelBytes, planes, discard);
+    const auto planned = Clock::now();
+    Painter<Format> painter(job, DeriveScanWeights<Format>(job), planes);
+    PlanVisits(job, Format::kPixelBytes, planes, painter);
+    const double plan = seconds(planned - built);
+    return {seconds(allocated - start), seconds(built - allocated), plan, seconds(Clock::now() - planned) - plan};
 }
 
 }  // namespace stairmelt

@@ -17,10 +17,7 @@ namespace stairmelt {
 
 // What every x86-64 machine has. Avx2 is the other set, in avx2.h.
 struct Baseline {
-    static constexpr bool kComparesBytes = false;   // edge_chunk.h
-    static constexpr bool kComparesFloats = false;  // the same
-    static constexpr bool kHasLanes = false;        // mix.h, isolated_pixel.h
-    using Word = uint64_t;                          // of flags: one block at a time
+    static constexpr bool kHasVectors = false;  // wider than SSE2's (block/avx2.h)
 };
 
 // Whether this machine and its operating system have all that files compiled for AVX2 may use.

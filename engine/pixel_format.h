@@ -1,5 +1,5 @@
 // Every fact about a pixel format: depth (the sample and the weights that mix it) x colour channels x opacity.
-// Pixels are read and written through Load and Store, since a caller's rows may start at any byte.
+// Samples are copied in and out of memory, since a caller's rows may start at any byte.
 #pragma once
 
 #include <array>
@@ -67,8 +67,12 @@ struct PixelFormat : SampleDepth {
     static constexpr int kPixelSize = Channels + Extra;  // samples from one pixel to the next
     static constexpr int kPixelBytes = kPixelSize * static_cast<int>(sizeof(typename Depth::Sample));
     static constexpr int kOpacity = Channels;  // index of the opacity sample
-    // Whether all colours are mixed at once. One colour alone gains nothing by it.
-    static constexpr bool kMixesLanes = Set::kHasLanes && Channels > 1;
+    // What is done with the set's vectors: mixing all colours of a pixel, of which one alone gains nothing; comparing
+    // chunks of a row; and changing neighbouring pixels of a row.
+    static constexpr bool kMixesLanes = Set::kHasVectors && Channels > 1;
+    static constexpr bool kComparesChunks =
+        Set::kHasVectors && (Depth::kBits == 32 || (Depth::kBits == 8 && Extra == 0));
+    static constexpr bool kMixesRows = Set::kHasVectors && Depth::kBits == 8 && Extra == 0;
     using Pixel = std::array<typename Depth::Sample, static_cast<size_t>(kPixelSize)>;
 };
 
@@ -78,15 +82,10 @@ uint8_t* PixelAt(const ImageView& view, int32_t x, int32_t y) {
 }
 
 template <class Format>
-typename Format::Pixel Load(const uint8_t* at) {
+typename Format::Pixel LoadSamples(const uint8_t* at) {
     typename Format::Pixel pixel;
     std::memcpy(&pixel, at, Format::kPixelBytes);
     return pixel;
-}
-
-template <class Format>
-void Store(uint8_t* at, const typename Format::Pixel& pixel) {
-    std::memcpy(at, &pixel, Format::kPixelBytes);
 }
 
 }  // namespace stairmelt::inline STAIRMELT_SET

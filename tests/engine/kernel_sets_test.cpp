@@ -14,6 +14,7 @@
 namespace stairmelt {
 
 int32_t FirstWrongQuotient();  // lane_division.cpp
+bool MixesBytesExactly();      // the same
 
 namespace {
 
@@ -25,7 +26,8 @@ struct Picture {
 
 // Lines of one slope, with some pixels out of place: long runs and diagonals, which a patchwork doesn't have.
 std::vector<uint8_t> Lines(const KernelCase& format, int width, int height, SeededRandom& random) {
-    const int dx = random.Below(9) - 4, dy = random.Below(9) - 4, period = 2 + random.Below(30);
+    const int scale = height > 100 ? 12 : 1;  // steep lines
+    const int dx = (random.Below(9) - 4) * scale, dy = random.Below(9) - 4, period = (2 + random.Below(30)) * scale;
     const int ink = random.Below(period), levels[] = {random.Below(256), random.Below(256)};
     std::vector<uint8_t> bytes;
     for (int y = 0; y < height; ++y) {
@@ -40,7 +42,10 @@ std::vector<uint8_t> Lines(const KernelCase& format, int width, int height, Seed
 Picture RandomPicture(const KernelCase& format, int round, SeededRandom& random) {
     Picture picture;
     picture.width = 1 + random.Below(round % 7 == 0 ? 300 : 90);
+    // Around whole blocks and vectors of them.
+    if (round % 5 == 0) picture.width = (random.Below(2) == 0 ? 56 : 224) * (1 + random.Below(2)) + random.Below(4) - 1;
     picture.height = 1 + random.Below(round % 7 == 1 ? 90 : 24);
+    if (round % 12 == 3) picture.height = 101 + random.Below(300), picture.width = 32 + random.Below(30);
     picture.pixels = round % 3 == 0 ? Lines(format, picture.width, picture.height, random)
                                     : Patchwork(format, picture.width, picture.height, random);
     if (round % 8 == 1) {
@@ -50,7 +55,7 @@ Picture RandomPicture(const KernelCase& format, int round, SeededRandom& random)
     const auto value = [&](int usual) { return isWild ? random.Wild() : usual; };
     const int bias = random.Below(3) == 0 ? random.Below(201) - 100 : 0;
     picture.job = {value(random.Below(60)),
-                   value(random.Below(101)),
+                   value(random.Below(round % 4 == 0 ? 601 : 101)),
                    value(bias),
                    nullptr,
                    format.Key(),
@@ -137,6 +142,7 @@ TEST(KernelSets, LongRampsGoDownIntoKnownRows) {
 TEST(KernelSets, LanesDivideExactly) {
     if (!HasAvx2()) GTEST_SKIP();
     EXPECT_EQ(FirstWrongQuotient(), 0);
+    EXPECT_TRUE(MixesBytesExactly());
 }
 
 TEST(KernelSets, SizeAndMachineChooseTheKernels) {

@@ -1,9 +1,11 @@
 // One driver for all 24 kernels: what is written, what isn't, and how kernels agree with each other.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <iterator>
 
+#include "engine/plain/edge_map.h"
 #include "tests/support/checksum.h"
 #include "tests/support/guarded_image.h"
 #include "tests/support/kernel_list.h"
@@ -72,6 +74,18 @@ double LevelAt(const KernelCase& format, const std::vector<uint8_t>& bytes, size
 }
 
 }  // namespace
+
+TEST(EdgeMap, ReadsZeroAllAroundTheImage) {
+    for (const int width : {1, 2, 3, 4, 5, 8}) {
+        EdgeMap map;
+        ASSERT_TRUE(map.Allocate(width, 3));
+        EXPECT_EQ(map.stride % 4, 0);
+        EXPECT_EQ(reinterpret_cast<uintptr_t>(map.cells) % 4, 0u);
+        for (int y = -1; y <= 3; ++y) {
+            for (int x = -4; x <= std::max(width, map.stride - 5); ++x) EXPECT_EQ(*map.CellAt(x, y), 0);
+        }
+    }
+}
 
 TEST(Kernels, EverySizeAtAnyStrideStaysInsideTheImage) {
     constexpr int kSides[] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 37, 70};

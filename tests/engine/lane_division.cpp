@@ -1,5 +1,5 @@
 // Compiled for AVX2, and called only where the machine has it.
-#include "engine/pixel_lanes.h"
+#include "engine/block/lane_colors.h"
 
 namespace stairmelt {
 
@@ -17,6 +17,20 @@ int32_t FirstWrongQuotient() {
         }
     }
     return quotientOf(INT32_MIN) == INT32_MIN / 65535 ? 0 : INT32_MIN;
+}
+
+// Whether 16 bytes at a time are mixed as one is, at every distance and weight.
+bool MixesBytesExactly() {
+    for (int32_t weight = 0; weight <= 65535; ++weight) {
+        const __m256i weights = _mm256_set1_epi16(static_cast<int16_t>(weight));
+        for (int32_t distance = 0; distance < 256; ++distance) {
+            const __m256i low = _mm256_setzero_si256(), high = _mm256_set1_epi16(static_cast<int16_t>(distance));
+            const auto first = [](__m256i words) { return _mm_cvtsi128_si32(_mm256_castsi256_si128(words)) & 0xFFFF; };
+            if (first(MixWords(low, high, weights)) != distance * weight / 65535) return false;
+            if (first(MixWords(high, low, weights)) != distance * (65535 - weight) / 65535) return false;
+        }
+    }
+    return true;
 }
 
 }  // namespace stairmelt

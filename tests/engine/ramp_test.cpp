@@ -1,4 +1,4 @@
-#include "engine/ramp.h"
+#include "engine/rules/ramp.h"
 
 #include <gtest/gtest.h>
 
@@ -62,8 +62,8 @@ TEST(Ramp, StepsOfAnySoftnessAreDefined) {
 // The rows that a walk changes have to be known before it begins. Rounding lets long walks of floating-point weights
 // outlast the quotient of weight and step.
 template <class Weights>
-void ExpectMostPixels(BlendRamp<Weights> ramp) {
-    const int32_t most = MostPixels(ramp);
+void ExpectMaxPixels(BlendRamp<Weights> ramp) {
+    const int32_t most = MaxPixels(ramp);
     if (most == INT32_MAX) return;
     int32_t pixels = 0;
     for (BlendRamp<Weights> walk = ramp; !walk.finished && pixels <= most; ++pixels) NextRampWeight(walk);
@@ -73,10 +73,10 @@ void ExpectMostPixels(BlendRamp<Weights> ramp) {
 TEST(Ramp, NoWalkTakesMorePixelsThanAreForetold) {
     for (const int32_t n : {1, 2, 3, 24731, 30000, 59389, 297000, 524000}) {
         for (const int32_t softness : {1, 36, 70, 100}) {
-            ExpectMostPixels(StairRamp<Int>(softness, n, 0));
-            ExpectMostPixels(TailRamp<Int>(softness, n, 0));
-            ExpectMostPixels(StairRamp<Float>(softness, n, 0));
-            ExpectMostPixels(TailRamp<Float>(softness, n, 0));
+            ExpectMaxPixels(StairRamp<Int>(softness, n, 0));
+            ExpectMaxPixels(TailRamp<Int>(softness, n, 0));
+            ExpectMaxPixels(StairRamp<Float>(softness, n, 0));
+            ExpectMaxPixels(TailRamp<Float>(softness, n, 0));
         }
     }
 }

@@ -1,0 +1,35 @@
+// A kernel in the form that runs: it keeps the flags as bits, decides for blocks of pixels, and visits only where
+// something is done. The flags are built a little ahead of the scan, so that the pixels are still in the cache when
+// they are changed.
+//
+// The result is that of the plain form to the bit: the flags are the same, the decisions rest on them alone, and the
+// blends are made in the same order. Where a float isn't a number, the result isn't one either, but may be another of
+// those values.
+#pragma once
+
+#include <cstdint>
+
+#include "engine/block/flag_planes.h"
+#include "engine/block/painter.h"
+#include "engine/block/plane_builder.h"
+#include "engine/block/planner.h"
+#include "engine/image.h"
+#include "engine/rules/scan_weights.h"
+
+namespace stairmelt::inline STAIRMELT_SET {
+
+// For views of one size, from 1 by 1 to what IsForBlocks (kernel_sets.h) allows. Returns kKernelDone or
+// kKernelMemoryError.
+template <class Format>
+int32_t SmoothInBlocks(const KernelJob& job) {
+    const ImageView& destination = *job.destination;
+    FlagPlanes planes;
+    if (!planes.Allocate(destination.width, destination.height)) return kKernelMemoryError;
+    PlaneBuilder<Format> builder(destination, DeriveEdgeThreshold<Format>(job.colorThreshold), planes);
+    planes.BuildBy(builder);
+    Painter<Format> painter(job, DeriveScanWeights<Format>(job), planes);
+    PlanVisits(job, Format::kPixelBytes, planes, painter);
+    return kKernelDone;
+}
+
+}  // namespace stairmelt::inline STAIRMELT_SET

@@ -1,0 +1,139 @@
+// A chunk of neighbouring pixels of a row, laid out plane by plane to be compared at once: every loop runs over columns
+// with a constant count, and compilers turn it into vector instructions. Where an instruction set has something better,
+// that is used instead (avx2.h), with the same flags.
+#pragma once
+
+#include <emmintrin.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
+
+#include "engine/pixel_format.h"
+#include "engine/rules/arith.h"
+#include "engine/rules/cell_builder.h"
+
+namespace stairmelt::inline STAIRMELT_SET {
+
+// The flags of a chunk, column k in bit k, with every diagonal tested.
+struct ChunkFlags {
+    uint64_t r, d, x, a;
+};
+
+// The type in which a chunk is compared: the narrowest that holds every sum, for the most columns per instruction.
+template <class Format>
+using ChunkValue =
+    std::conditional_t<Format::kBits == 8, int16_t, std::conditional_t<Format::kBits == 16, int32_t, float>>;
+
+// A threshold in that type. One beyond every distance is moved closer, so that no sum leaves the type.
+template <class Format>
+ChunkValue<Format> ChunkThreshold(EdgeThreshold<Format> threshold) {
+    if constexpr (Format::kBits == 8) {
+        return static_cast<int16_t>(std::clamp<int32_t>(threshold, -1, 1 << 14));
+    } else if constexpr (Format::kBits == 16) {
+        return std::clamp<int32_t>(threshold, -(1 << 20), 1 << 20);
+    } else {
+        return threshold;
+    }
+}
+
+// Bit mask of the columns with negative values; -0.0 does not count as negative.
+inline uint64_t NegativeColumns(const int16_t (&values)[16]) {
+    const auto* const at = reinterpret_cast<const __m128i*>(values);
+    // Saturation keeps the sign.
+    return static_cast<uint32_t>(_mm_movemask_epi8(_mm_packs_epi16(_mm_loadu_si128(at), _mm_loadu_si128(at + 1))));
+}
+
+inline uint64_t NegativeColumns(const int32_t (&values)[16]) {
+    uint32_t columns = 0;
+    for (int x = 0; x < 16; x += 4) {
+        const __m128i four = _mm_loadu_si128(reinterpret_cast<const __m128i*>(values + x));
+        columns |= static_cast<uint32_t>(_mm_movemask_ps(_mm_castsi128_ps(four))) << x;
+    }
+    return columns;
+}
+
+inline uint64_t NegativeColumns(const float (&values)[16]) {
+    uint32_t columns = 0;
+    for (int x = 0; x < 16; x += 4) {
+        const __m128 isNegative = _mm_cmplt_ps(_mm_loadu_ps(values + x), _mm_setzero_ps());
+        columns |= static_cast<uint32_t>(_mm_movemask_ps(isNegative)) << x;
+    }
+    return columns;
+}
+
+template <class Format>
+class ChunkRow {
+public:
+    static constexpr int kColumns = 16;
+
+    static bool Supports(EdgeThreshold<Format>) { return true; }
+
+    // Reads the chunk at `row` and one pixel behind it.
+    void Load(const uint8_t* row) {
+        typename Format::Sample samples[kRead * Format::kPixelSize];
+        std::memcpy(samples, row, sizeof samples);
+        for (int c = 0; c < Format::kPixelSize; ++c) {
+            for (int x = 0; x < kRead; ++x) planes[c][x] = static_cast<Value>(samples[x * Format::kPixelSize + c]);
+        }
+    }
+
+    // The flags of the chunk p, with the row below in q.
+    static ChunkFlags Compare(const ChunkRow& p, const ChunkRow& q, EdgeThreshold<Format> edgeThreshold) {
+        const Value threshold = ChunkThreshold<Format>(edgeThreshold);
+        return {Differing(p, 0, p, 1, threshold), Differing(p, 0, q, 0, threshold), Differing(p, 0, q, 1, threshold),
+                Differing(p, 1, q, 0, threshold)};
+    }
+
+private:
+    using Value = ChunkValue<Format>;
+    static constexpr int kRead = kColumns + 1;
+
+    // The columns where the pixel of `a` at column + aShift differs from that of `b` at column + bShift.
+    static uint64_t Differing(const ChunkRow& a, int aShift, const ChunkRow& b, int bShift, Value threshold) {
+        Value rest[kColumns];
+        for (int x = 0; x < kColumns; ++x) rest[x] = threshold;
+        if constexpr (Format::kExtra == 1) {
+            const Value* const u = a.planes[Format::kOpacity] + aShift;
+            const Value* const v = b.planes[Format::kOpacity] + bShift;
+            for (int x = 0; x < kColumns; ++x) rest[x] = static_cast<Value>(rest[x] - Distance(u[x], v[x]));
+            for (int c = 0; c < Format::kChannels; ++c) {
+                const Value* const s = a.planes[c] + aShift;
+                const Value* const t = b.planes[c] + bShift;
+                for (int x = 0; x < kColumns; ++x) {
+                    rest[x] = static_cast<Value>(rest[x] - VisibleDistance(Distance(s[x], t[x]), u[x], v[x]));
+                }
+            }
+        } else {
+            for (int c = 0; c < Format::kChannels; ++c) {
+                const Value* const s = a.planes[c] + aShift;
+                const Value* const t = b.planes[c] + bShift;
+                for (int x = 0; x < kColumns; ++x) rest[x] = static_cast<Value>(rest[x] - Distance(s[x], t[x]));
+            }
+        }
+        return NegativeColumns(rest);
+    }
+
+    static Value Distance(Value s, Value t) {
+        const Value d = static_cast<Value>(s - t);
+        return d < 0 ? static_cast<Value>(-d) : d;
+    }
+
+    // A colour distance weighted by the mean opacity of the two pixels.
+    static Value VisibleDistance(Value distance, Value u, Value v) {
+        if constexpr (Format::kBits == 8) {
+            // x / 255, exact for every x up to 127 * 510, and within 16 bits.
+            const uint16_t x = static_cast<uint16_t>((distance >> 1) * (u + v));
+            return static_cast<Value>(static_cast<uint16_t>(x + 1 + (x >> 8)) >> 8);
+        } else if constexpr (Format::kBits == 16) {
+            return WrapMul(distance >> 1, u + v) / Format::kOpaque;
+        } else {
+            return distance * 0.5f * (u + v);
+        }
+    }
+
+    Value planes[Format::kPixelSize][kRead];
+};
+
+}  // namespace stairmelt::inline STAIRMELT_SET

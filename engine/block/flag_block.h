@@ -1,0 +1,81 @@
+// The flags of a stretch of neighbouring pixels of a row, and of the rows around it, as vectors of words. Each word has
+// one block: bit k is column x + k - kGuardColumns of the block that begins at column x. The four bits on either side
+// are there to be looked at from the pixels between them, so that an offset is a shift. Since every cell around the
+// image reads as zero, testing all conditions gives what testing them one by one does.
+//
+// Words is a vector of two or four words (words_sse2.h, words_avx2.h) with the operators of one.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "engine/block/flag_planes.h"
+#include "engine/rules/flag_pattern.h"
+
+namespace stairmelt::inline STAIRMELT_SET {
+
+constexpr int32_t kBlockBytes = kBlockColumns / 8;
+constexpr uint64_t kBlockPixels = ((uint64_t{1} << kBlockColumns) - 1) << kGuardColumns;  // the block's own columns
+static_assert(kBlockColumns % 8 == 0 && kBlockColumns + 2 * kReachColumns == 64);
+
+template <class Words>
+constexpr int kBlocksOf = sizeof(Words) / sizeof(uint64_t);
+
+// The word of one block.
+template <class Words>
+uint64_t BlockOf(const Words& words, int block) {
+    return LoadWord(reinterpret_cast<const uint8_t*>(&words) + static_cast<size_t>(block) * sizeof(uint64_t));
+}
+
+// Words with `word(block)` for each block.
+template <class Words, class Word>
+Words WordsOf(Word word) {
+    uint64_t blocks[kBlocksOf<Words>];
+    for (int block = 0; block < kBlocksOf<Words>; ++block) blocks[block] = word(block);
+    Words words;
+    std::memcpy(&words, blocks, sizeof words);
+    return words;
+}
+
+// Where a block begins in the image.
+struct BlockPlace {
+    int32_t x, y;  // x is a multiple of kBlockColumns
+};
+
+template <class Words>
+class FlagBlocks {
+public:
+    // Loads as many blocks as Words holds, each from its own place.
+    FlagBlocks(const FlagPlanes& planes, const BlockPlace* places) {
+        const uint8_t* at[kBlocksOf<Words>];
+        for (int i = 0; i < kBlocksOf<Words>; ++i)
+            at[i] = planes.Row(kFlagR, places[i].y - kReachRows) + places[i].x / 8;
+        ptrdiff_t offset = 0;
+        for (auto& row : rows) {
+            for (int plane = 0; plane < 4; ++plane) LoadBlocks(row[plane], at, offset + plane * planes.PlaneBytes());
+            offset += planes.RowBytes();
+        }
+    }
+
+    // The pixels at which the test holds.
+    template <FlagTest kTest>
+    Words Where() const {
+        static_assert(kTest.dx >= -kReachColumns && kTest.dx <= kReachColumns);
+        static_assert(kTest.dy >= -kReachRows && kTest.dy <= kReachRows);
+        const Words& row = rows[kTest.dy + kReachRows][PlaneOf(kTest.flag)];
+        Words flags = row;
+        if constexpr (kTest.dx < 0) flags = row << -kTest.dx;
+        if constexpr (kTest.dx > 0) flags = row >> kTest.dx;
+        if constexpr (kTest.wanted) {
+            return flags;
+        } else {
+            return ~flags;
+        }
+    }
+
+private:
+    Words rows[2 * kReachRows + 1][4];
+};
+
+}  // namespace stairmelt::inline STAIRMELT_SET

@@ -1,0 +1,215 @@
+// The flags of all pixels as bits: for each row of pixels one row of bits for R, one for D, one for X and one for A.
+// One instruction looks at the same flag of up to 64 pixels.
+//
+// In a row of bits, column x is bit x + kGuardColumns, counted from the lowest bit of the row's first byte. Zero bits
+// surround the image: a flag may be read for x from -60 to 60 beyond the width, and for y from -kGuardRows to
+// height + kGuardRows - 1, so that no reader tests for the image's edge. Rows without flags are never written, and
+// zeroed pages are handed out as they are touched: a flat part of a picture costs no memory traffic.
+//
+// When rows are built. Flags are read from the destination while it still equals the source, and the flags of row y
+// depend on pixel rows y and y + 1. So a pixel row y may be changed only once Need(y) has been called. The planner
+// keeps kRowsAhead rows built beyond the visited one. That covers all that is changed below it but for ramps and
+// diagonals that go farther down: the planner calls Need for each row that a walk downward looks at, and the painter
+// for each row that a ramp too long for its cache, or a diagonal's, will change.
+//
+// Units of columns:
+//   4    group: in its first three columns the definition tests some diagonals only after other flags (cell_builder.h)
+//   64   chunk: looked at in all rows that are built together, and skipped where flat
+//   16   part of a chunk, compared at a time; bytes with AVX2 are compared as whole chunks
+//   56   block: decided at a time in one word of 64 bits, with kReachColumns = 4 neighbours on either side; a multiple
+//        of 8, so that it begins at a byte
+//   57   window: what is left at least of a word that is loaded from a byte and shifted to begin at any bit
+// Two or four blocks are decided together, as many as a vector has words.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
+#include "engine/block/bits.h"
+#include "engine/rules/flag_pattern.h"
+
+namespace stairmelt::inline STAIRMELT_SET {
+
+constexpr int32_t kChunkColumns = 64;
+constexpr int32_t kBlockColumns = 56;
+constexpr int32_t kWindowColumns = 57;
+constexpr int32_t kGuardColumns = kReachColumns;
+constexpr int32_t kRowsAhead = 16;
+// A walk along a column looks at so many rows at a time.
+constexpr int32_t kWindowRows = 4;
+constexpr int32_t kGuardRows = kWindowRows + kReachRows;
+
+// The place of a flag's plane among the four.
+constexpr int PlaneOf(uint8_t flag) { return (flag >> 1) - (flag >> 3); }
+static_assert(PlaneOf(kFlagR) == 0 && PlaneOf(kFlagD) == 1 && PlaneOf(kFlagX) == 2 && PlaneOf(kFlagA) == 3);
+
+inline uint64_t LoadWord(const uint8_t* at) {
+    uint64_t word;
+    std::memcpy(&word, at, sizeof word);
+    return word;
+}
+
+// Sets the flags of further rows when they are wanted.
+class RowBuilder {
+public:
+    // Sets the flags of all rows below `end`, which is at most the height.
+    virtual void BuildTo(int32_t end) = 0;
+
+protected:
+    ~RowBuilder() = default;
+};
+
+class FlagPlanes {
+public:
+    FlagPlanes() = default;
+    ~FlagPlanes() { std::free(memory); }
+    FlagPlanes(const FlagPlanes&) = delete;
+    FlagPlanes& operator=(const FlagPlanes&) = delete;
+
+    // Allocates zeroed planes, once in the object's life, for sides of at least 1. Returns false if the memory can't be
+    // had.
+    bool Allocate(int32_t width, int32_t rowCount) {
+        height = rowCount;
+        const int64_t bitBytes = (static_cast<int64_t>(width) + kGuardColumns + 7) / 8;
+        planeBytes = static_cast<ptrdiff_t>(bitBytes + kGuardBytes);
+        rowBytes = 4 * planeBytes;
+        const int64_t rows = static_cast<int64_t>(height) + 2 * kGuardRows;
+        const int64_t planeMemory = rows * rowBytes + kGuardBytes + kTailBytes;  // below 2^62
+        memory = std::calloc(static_cast<size_t>(planeMemory + height), 1);
+        if (memory == nullptr) return false;
+        uint8_t* const start = static_cast<uint8_t*>(memory);
+        firstRow = start + kGuardBytes + kGuardRows * rowBytes;
+        rowMarks = start + planeMemory;
+        return true;
+    }
+
+    // The byte with the bit of column -kGuardColumns.
+    uint8_t* Row(uint8_t flag, int32_t y) { return firstRow + y * rowBytes + PlaneOf(flag) * planeBytes; }
+    const uint8_t* Row(uint8_t flag, int32_t y) const { return firstRow + y * rowBytes + PlaneOf(flag) * planeBytes; }
+
+    // From a row to the next one of the same plane, and from a plane's row to the next plane's.
+    ptrdiff_t RowBytes() const { return rowBytes; }
+    ptrdiff_t PlaneBytes() const { return planeBytes; }
+
+    // Sets flags of the columns from x on in a plane's row: bit k of `bits` is column x + k.
+    void Set(uint8_t flag, int32_t x, int32_t y, uint64_t bits) {
+        const int32_t first = x + kGuardColumns;
+        uint8_t* const at = Row(flag, y) + (first >> 3);
+        const int shift = first & 7;
+        const uint64_t word = LoadWord(at) | bits << shift;
+        std::memcpy(at, &word, sizeof word);
+        if (shift != 0) at[8] = static_cast<uint8_t>(at[8] | bits >> (64 - shift));
+    }
+
+    // Rows are built by `rowBuilder`, a few at a time, as they are needed.
+    void BuildBy(RowBuilder& rowBuilder) {
+        builder = &rowBuilder;
+        builtRows = 0;
+    }
+
+    // Has the flags of row y built, and of all above it. Rows beyond the image have none.
+    void Need(int32_t y) {
+        if (y >= builtRows) BuildMore(y);
+    }
+
+    // Whether the row has an R or a D: the scan skips rows without.
+    void MarkRow(int32_t y) { rowMarks[y] = 1; }
+    bool IsMarked(int32_t y) const { return rowMarks[y] != 0; }
+
+private:
+    // Between two rows of bits, so that whole words may be read across a row's ends.
+    static constexpr int64_t kGuardBytes = 8;
+    // Behind the last row: its last block may be read as a whole.
+    static constexpr int64_t kTailBytes = 8;
+
+    void BuildMore(int32_t y) {
+        constexpr int32_t kBandRows = 8;
+        const int32_t end = y < height - kBandRows ? y + kBandRows : height;
+        builder->BuildTo(end);
+        builtRows = end == height ? INT32_MAX : end;
+    }
+
+    RowBuilder* builder = nullptr;
+    int32_t builtRows = INT32_MAX;
+    int32_t height = 0;
+    uint8_t* firstRow = nullptr;  // of plane R, row 0
+    ptrdiff_t planeBytes = 0;
+    ptrdiff_t rowBytes = 0;
+    uint8_t* rowMarks = nullptr;  // one for each row of the image
+    void* memory = nullptr;
+};
+
+// A pixel of the planes as the origin of offsets. Counting downward has the rows built that it comes to.
+struct PlaneCursor {
+    FlagPlanes& planes;
+    const uint8_t* row;  // of plane R
+    int32_t x, y;
+
+    bool Holds(FlagTest test) const { return Bit(test) != 0; }
+    void Move(int32_t dx, int32_t dy) {
+        x += dx;
+        y += dy;
+        row += dy * planes.RowBytes();
+    }
+
+    // The number of cells, from (fromX, fromY) on in steps of (kDx, kDy), at which all tests hold.
+    template <int kDx, int kDy, FlagTest... kTests>
+    int32_t CountCells(int32_t fromX, int32_t fromY) const {
+        PlaneCursor at = *this;
+        at.Move(fromX, fromY);
+        constexpr int32_t kWindow = kDy == 0 ? kWindowColumns : kWindowRows;
+        int32_t n = 0;
+        while (true) {
+            int32_t inWindow;
+            if constexpr (kDy != 0) {
+                if constexpr (kDy > 0) planes.Need(at.y + kWindowRows + kReachRows);
+                uint32_t cells = 0;  // bit k: cell k of the window
+                PlaneCursor cell = at;
+                for (int k = 0; k < kWindow; ++k) {
+                    cells |= (cell.Bit(kTests) & ...) << k;
+                    cell.Move(kDx, kDy);
+                }
+                inWindow = TrailingOnes(cells, kWindow);
+            } else if constexpr (kDx > 0) {
+                inWindow = TrailingOnes((at.CellsFrom(kTests) & ...), kWindow);
+            } else {
+                inWindow = LeadingOnes((at.CellsUpTo(kTests) & ...), kWindow);
+            }
+            n += inWindow;
+            if (inWindow < kWindow) return n;
+            at.Move(kDx * kWindow, kDy * kWindow);
+        }
+    }
+
+private:
+    // The byte with the bit of a column of the test's plane and row.
+    const uint8_t* ByteOf(FlagTest test, int32_t bit) const {
+        return row + test.dy * planes.RowBytes() + PlaneOf(test.flag) * planes.PlaneBytes() + (bit >> 3);
+    }
+    int32_t BitOf(FlagTest test) const { return x + test.dx + kGuardColumns; }
+
+    uint32_t Bit(FlagTest test) const {
+        const int32_t bit = BitOf(test);
+        const uint32_t byte = *ByteOf(test, bit);
+        return (test.wanted ? byte : ~byte) >> (bit & 7) & 1;
+    }
+
+    // A row of cells to the right: bit k is column x + k.
+    uint64_t CellsFrom(FlagTest test) const {
+        const int32_t bit = BitOf(test);
+        const uint64_t flags = LoadWord(ByteOf(test, bit)) >> (bit & 7);
+        return test.wanted ? flags : ~flags;
+    }
+    // And to the left: bit 63 - k is column x - k.
+    uint64_t CellsUpTo(FlagTest test) const {
+        const int32_t bit = BitOf(test);
+        const uint64_t flags = LoadWord(ByteOf(test, bit) - 7) << (7 - (bit & 7));
+        return test.wanted ? flags : ~flags;
+    }
+};
+
+inline PlaneCursor CursorAt(FlagPlanes& planes, int32_t x, int32_t y) { return {planes, planes.Row(kFlagR, y), x, y}; }
+
+}  // namespace stairmelt::inline STAIRMELT_SET

@@ -1,0 +1,155 @@
+// Builds the flags of an image as bits: the one phase of a kernel that touches every pixel. The flags are those of
+// cell_builder.h, which is the definition. Chunks are skipped where all their pixels are equal, and compared as a whole
+// where not: most of a drawing is flat, and most of a photograph isn't.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+
+#include "engine/block/chunk_row.h"
+#include "engine/block/flag_planes.h"
+#include "engine/image.h"
+#include "engine/pixel_format.h"
+#include "engine/rules/cell_builder.h"
+
+namespace stairmelt::inline STAIRMELT_SET {
+
+// Clears the diagonals that the packed step doesn't test: those of a group's first three cells where no R or D is set
+// in any cell of the group up to the next one.
+inline void ClearUntestedDiagonals(ChunkFlags& flags) {
+    constexpr uint64_t kFirst = 0x1111111111111111, kSecond = kFirst << 1, kThird = kFirst << 2, kFourth = kFirst << 3;
+    const uint64_t edges = flags.r | flags.d;
+    const uint64_t here = edges | edges >> 1;  // of the cell or the next one
+    const uint64_t tested = here | (edges << 1 & (kSecond | kThird)) | (edges << 2 & kThird) | kFourth;
+    flags.x &= tested;
+    flags.a &= tested;
+}
+
+template <class Format, bool kHasOwn>
+struct ChunkRowChoice {
+    using Row = ChunkRow<Format>;
+};
+template <class Format>
+struct ChunkRowChoice<Format, true> {
+    using Row = typename Format::InstructionSet::template Row<Format>;
+};
+
+template <class Format>
+class PlaneBuilder final : public RowBuilder {
+public:
+    // For zeroed planes of the image's size, which is at least 1 by 1.
+    PlaneBuilder(const ImageView& view, EdgeThreshold<Format> threshold, FlagPlanes& flagPlanes)
+        : image(view), cells{view, threshold}, planes(flagPlanes) {}
+
+    void BuildTo(int32_t end) override {
+        const int32_t endOfBand = end < image.height ? end : image.height - 1;
+        using OwnRow = typename ChunkRowChoice<Format, Format::kComparesChunks>::Row;
+        if (OwnRow::Supports(cells.threshold)) {
+            BuildBand<OwnRow>(endOfBand);
+        } else {
+            BuildBand<ChunkRow<Format>>(endOfBand);
+        }
+        if (end < image.height) return;
+        for (int32_t x = 0; x < image.width - 1; ++x) SetCell(x, image.height - 1, cells.LastRowStep(x));
+    }
+
+private:
+    // Chunk by chunk, each from the first row to the last one, so that a row is looked at and laid out once.
+    template <class Row>
+    void BuildBand(int32_t end) {
+        const int32_t packedEnd = cells.PackedEnd();
+        int32_t x = 0;
+        if (packedEnd >= kChunkColumns) {
+            for (; x + kChunkColumns <= packedEnd; x += kChunkColumns) BuildChunk<Row>(x, end);
+            // The last chunk ends with the last group. Where it overlaps the one before it finds the same flags.
+            if (x < packedEnd) BuildChunk<Row>(packedEnd - kChunkColumns, end);
+            x = packedEnd;
+        }
+        for (; nextRow < end; ++nextRow) {
+            for (int32_t group = x; group < packedEnd; group += 4) {
+                const uint32_t word = cells.PackedStep(group, nextRow);
+                for (int k = 0; k < 4; ++k) SetCell(group + k, nextRow, static_cast<uint8_t>(word >> (8 * k)));
+            }
+            for (int32_t column = packedEnd; column < image.width - 1; ++column) {
+                SetCell(column, nextRow, cells.PlainStep(column, nextRow));
+            }
+            SetCell(image.width - 1, nextRow, cells.LastColumnStep(nextRow));
+        }
+    }
+
+    template <class Row>
+    void BuildChunk(int32_t x, int32_t end) {
+        // The parts of a chunk that are laid out at a time, and which row each holds beside the one above it.
+        constexpr int kParts = kChunkColumns / Row::kColumns;
+        Row rows[kParts][2];
+        int32_t loadedRows[kParts];
+        for (int32_t& loaded : loadedRows) loaded = -1;
+        const uint8_t* p = PixelAt<Format>(image, x, nextRow);
+        bool isFlat = IsFlat<kChunkColumns>(p);
+        for (int32_t y = nextRow; y < end; ++y) {
+            const uint8_t* const q = p + image.rowStride;
+            const bool isNextFlat = IsFlat<kChunkColumns>(q);
+            if (!isFlat || !isNextFlat || !IsSamePixel(p, q)) {
+                ChunkFlags flags{};
+                for (int part = 0; part < kParts; ++part) {
+                    const int offset = part * Row::kColumns;
+                    const uint8_t* const pPart = p + offset * Format::kPixelBytes;
+                    const uint8_t* const qPart = q + offset * Format::kPixelBytes;
+                    if (kParts > 1 && IsFlat<Row::kColumns>(pPart) && IsFlat<Row::kColumns>(qPart) &&
+                        IsSamePixel(pPart, qPart))
+                        continue;
+                    if (loadedRows[part] != y) rows[part][y & 1].Load(pPart);
+                    rows[part][(y + 1) & 1].Load(qPart);
+                    loadedRows[part] = y + 1;
+                    const ChunkFlags found = Row::Compare(rows[part][y & 1], rows[part][(y + 1) & 1], cells.threshold);
+                    flags.r |= found.r << offset;
+                    flags.d |= found.d << offset;
+                    flags.x |= found.x << offset;
+                    flags.a |= found.a << offset;
+                }
+                ClearUntestedDiagonals(flags);
+                SetFlags(x, y, flags);
+            }
+            p = q;
+            isFlat = isNextFlat;
+        }
+    }
+
+    // True if the chunk's pixels and the one behind them all have the same bits. Equal pixels never differ, whatever
+    // the format, as long as the threshold isn't negative.
+    template <int kColumns>
+    bool IsFlat(const uint8_t* chunk) const {
+        constexpr int kBytes = kColumns * Format::kPixelBytes;
+        static_assert(kBytes % 8 == 0);
+        uint64_t difference = 0;
+        for (int i = 0; i < kBytes; i += 8)
+            difference |= LoadWord(chunk + i) ^ LoadWord(chunk + i + Format::kPixelBytes);
+        return difference == 0 && cells.threshold >= 0;
+    }
+    static bool IsSamePixel(const uint8_t* p, const uint8_t* q) { return std::memcmp(p, q, Format::kPixelBytes) == 0; }
+
+    void SetFlags(int32_t x, int32_t y, const ChunkFlags& flags) {
+        if ((flags.r | flags.d) != 0) {
+            planes.MarkRow(y);
+            planes.Set(kFlagR, x, y, flags.r);
+            planes.Set(kFlagD, x, y, flags.d);
+        }
+        if ((flags.x | flags.a) != 0) {
+            planes.Set(kFlagX, x, y, flags.x);
+            planes.Set(kFlagA, x, y, flags.a);
+        }
+    }
+
+    void SetCell(int32_t x, int32_t y, uint8_t cell) {
+        if (cell == 0) return;
+        const auto bit = [&](uint8_t flag) { return static_cast<uint64_t>((cell & flag) != 0); };
+        SetFlags(x, y, {bit(kFlagR), bit(kFlagD), bit(kFlagX), bit(kFlagA)});
+    }
+
+    const ImageView& image;
+    const CellBuilder<Format> cells;
+    FlagPlanes& planes;
+    int32_t nextRow = 0;
+};
+
+}  // namespace stairmelt::inline STAIRMELT_SET

@@ -1,0 +1,17 @@
+// Plans the scan: writes down, from the flags alone, what is to be done to the picture and in which order. It knows
+// nothing of the pixel format, so that one copy for each instruction set serves all kernels.
+#pragma once
+
+#include <cstdint>
+
+#include "engine/block/flag_planes.h"
+#include "engine/block/visit.h"
+#include "engine/image.h"
+
+namespace stairmelt::inline STAIRMELT_SET {
+
+// Hands all visits of a picture of the job's size to the sink, in the order of the scan. The sink gets them in batches,
+// some rows late at most; the pixels that they concern are prefetched meanwhile.
+void PlanVisits(const KernelJob& job, int pixelBytes, FlagPlanes& planes, VisitSink& sink);
+
+}  // namespace stairmelt::inline STAIRMELT_SET

@@ -1,0 +1,72 @@
+// The runs of one and two cells of all pixels of a stretch, with the runs at their far ends, by the same rules as
+// RunLength and MeasureRun (rules/run_rules.h): most runs are that short, and measuring each would cost more than all
+// else.
+#pragma once
+
+#include "engine/block/flag_block.h"
+#include "engine/rules/run_rules.h"
+
+namespace stairmelt::inline STAIRMELT_SET {
+
+template <class Words>
+struct ShortRuns {
+    Words any;    // pixels with a run of any length
+    Words isOne;  // of one cell
+    Words isTwo;
+    Words farIsOne;  // where isOne or isTwo: the far run's length; 0 where neither is set
+    Words farIsTwo;
+};
+
+// One walk from both ends: the cells that go on, and where it counts.
+template <RunScanner kForth, Walk kWalk, class Words>
+struct ShortWalk {
+    Words cells[3];  // the walk doesn't stop before cell 1, 2, 3
+    Words counts;    // at least one cell, and not dropped
+
+    explicit ShortWalk(const FlagBlocks<Words>& block)
+        : cells{GoesOn<1>(block), GoesOn<2>(block), GoesOn<3>(block)}, counts(WalkCounts<kForth, kWalk>(block)) {}
+
+    Words IsOne() const { return counts & ~cells[1]; }
+    Words IsTwo() const { return counts & cells[1] & ~cells[2]; }
+    Words IsLong() const { return counts & cells[1] & cells[2]; }
+
+    template <int kCell>
+    static Words GoesOn(const FlagBlocks<Words>& block) {
+        return WalkGoesOn<kForth, kWalk, kCell>(block);
+    }
+};
+
+template <RunScanner kForth, RunScanner kBack, class Words>
+ShortRuns<Words> FindShortRuns(const FlagBlocks<Words>& block, Words hasEdge) {
+    constexpr int dx = kForth.dx, dy = kForth.dy;
+    const ShortWalk<kForth, kForth.first, Words> first(block);
+    const ShortWalk<kForth, kForth.second, Words> second(block);
+    ShortRuns<Words> runs;
+    runs.any = hasEdge & (first.counts | second.counts);
+
+    // The first walk wins where it ends closed, else the longer one does.
+    const Words oneWins = first.IsOne() & block.template Where<Moved(kForth.end, 2 * dx, 2 * dy)>();
+    const Words twoWins = first.IsTwo() & block.template Where<Moved(kForth.end, 3 * dx, 3 * dy)>();
+    const Words isLong = (first.IsLong() | second.IsLong()) & ~(oneWins | twoWins);
+    runs.isTwo = runs.any & ~isLong & ~oneWins & (first.IsTwo() | second.IsTwo());
+    runs.isOne = runs.any & ~isLong & ~runs.isTwo;
+
+    // The walks back cross the same cells and end at the edge itself: a far run is never the longer one. It has the
+    // cells that go on from its own end, unless its guard drops it.
+    const auto backGuard1 = [&]<int kCells>() {
+        return block.template Where<Not(Moved(kBack.first.guard, (kCells + 1) * dx, (kCells + 1) * dy))>();
+    };
+    const auto backGuard2 = [&]<int kCells>() {
+        return block.template Where<Not(Moved(kBack.second.guard, (kCells + 1) * dx, (kCells + 1) * dy))>();
+    };
+    const Words one = (first.cells[0] & backGuard1.template operator()<1>()) |
+                      (second.cells[0] & backGuard2.template operator()<1>());
+    const Words back1 = first.cells[1] & backGuard1.template operator()<2>();
+    const Words back2 = second.cells[1] & backGuard2.template operator()<2>();
+    const Words two = (back1 & first.cells[0]) | (back2 & second.cells[0]);
+    runs.farIsTwo = runs.isTwo & two;
+    runs.farIsOne = (runs.isOne & one) | (runs.isTwo & (back1 | back2) & ~two);
+    return runs;
+}
+
+}  // namespace stairmelt::inline STAIRMELT_SET

@@ -1,0 +1,63 @@
+// One flag byte for each pixel, telling which neighbours it differs from. Every decision of a kernel rests on these
+// bytes; only the edge builder writes them.
+//
+// Cells stand in rows of `stride` bytes with a zeroed guard border around the image: a cell (x, y) may be read for x
+// from -4 to stride - 5, which is at least width, and for y from -1 to height. Scanners and patterns read the border in
+// place of bounds tests: a zero cell stops every walk. As the stride is a multiple of 4, four cells from a column that
+// is a multiple of 4 may be read as one word.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "engine/rules/flag_pattern.h"
+
+namespace stairmelt {
+
+class EdgeMap {
+public:
+    EdgeMap() = default;
+    ~EdgeMap();
+    EdgeMap(const EdgeMap&) = delete;
+    EdgeMap& operator=(const EdgeMap&) = delete;
+
+    // Allocates a zeroed map, once in a map's life. Returns false when the size can't be had; the map is then empty.
+    // Sizes below 1 are taken as they come: a map without pixels is two guard rows, whatever its other size.
+    bool Allocate(int32_t width, int32_t height);
+
+    uint8_t* CellAt(int32_t x, int32_t y) { return cells + static_cast<ptrdiff_t>(y) * stride + x; }
+    const uint8_t* CellAt(int32_t x, int32_t y) const { return cells + static_cast<ptrdiff_t>(y) * stride + x; }
+
+    int32_t stride = 0;        // bytes from one row of cells to the next
+    uint8_t* cells = nullptr;  // the cell of pixel (0, 0)
+
+private:
+    void* memory = nullptr;
+};
+
+// A cell of an EdgeMap as the origin of offsets.
+struct FlagCursor {
+    const uint8_t* cell;
+    ptrdiff_t stride;
+
+    bool Holds(FlagTest test) const { return ((cell[test.dy * stride + test.dx] & test.flag) != 0) == test.wanted; }
+    template <FlagTest kTest>
+    bool Where() const {
+        return Holds(kTest);
+    }
+    void Move(int32_t dx, int32_t dy) { cell += dy * stride + dx; }
+
+    // The number of cells, from (fromX, fromY) on in steps of (kDx, kDy), at which all tests hold.
+    template <int kDx, int kDy, FlagTest... kTests>
+    int32_t CountCells(int32_t fromX, int32_t fromY) const {
+        FlagCursor at = *this;
+        at.Move(fromX, fromY);
+        int32_t n = 0;
+        for (; (at.Holds(kTests) && ...); ++n) at.Move(kDx, kDy);
+        return n;
+    }
+};
+
+inline FlagCursor CursorAt(const EdgeMap& map, int32_t x, int32_t y) { return {map.CellAt(x, y), map.stride}; }
+
+}  // namespace stairmelt

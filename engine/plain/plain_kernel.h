@@ -1,0 +1,28 @@
+// The kernel in its plain form: the definition of the result, and what serves narrow images.
+#pragma once
+
+#include <cstdint>
+
+#include "engine/image.h"
+#include "engine/plain/edge_builder.h"
+#include "engine/plain/edge_map.h"
+#include "engine/plain/stair_scan.h"
+#include "engine/rules/scan_weights.h"
+
+namespace stairmelt {
+
+// Serves views of one size, whatever it is. Returns kKernelDone or kKernelMemoryError.
+template <class Format>
+int32_t SmoothPlainly(const KernelJob& job) {
+    const ImageView& destination = *job.destination;
+    EdgeMap map;
+    if (!map.Allocate(destination.width, destination.height)) return kKernelMemoryError;
+    // A host may tell 2^31 rows of no pixels, which aren't to be walked.
+    if (destination.width < 1 || destination.height < 1) return kKernelDone;
+    // From the destination, which still equals the source.
+    BuildEdgeMap<Format>(destination, DeriveEdgeThreshold<Format>(job.colorThreshold), map);
+    StairScan<Format>{job, map, DeriveScanWeights<Format>(job)}.Run();
+    return kKernelDone;
+}
+
+}  // namespace stairmelt

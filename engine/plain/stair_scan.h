@@ -1,0 +1,184 @@
+// The scan: visits every flagged pixel once, in row order, decides what kind of edge it stands at, and sends ramps,
+// fades, restores and single blends into the destination. All decisions rest on the edge map, which stays as the image
+// was. A pixel that several visits change is mixed several times, and the order of the scan fixes the result.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <iterator>
+
+#include "engine/image.h"
+#include "engine/plain/edge_map.h"
+#include "engine/rules/diagonal_rules.h"
+#include "engine/rules/flag_pattern.h"
+#include "engine/rules/isolated_pixel.h"
+#include "engine/rules/mix.h"
+#include "engine/rules/ramp.h"
+#include "engine/rules/run_rules.h"
+#include "engine/rules/run_softness.h"
+#include "engine/rules/scan_weights.h"
+#include "engine/rules/visit_rules.h"
+
+namespace stairmelt {
+
+template <class Format>
+struct StairScan {
+    using Ramp = RampOf<Format>;
+
+    const KernelJob& job;
+    const EdgeMap& map;
+    ScanWeights<Format> weights;
+
+    void Run() {
+        for (int32_t y = 0; y < job.destination->height; ++y) {
+            const uint8_t* const row = map.CellAt(0, y);
+            for (int32_t group = 0; group < job.destination->width; group += 4) {
+                uint32_t fourCells;
+                std::memcpy(&fourCells, row + group, 4);
+                if (fourCells == 0) continue;
+                for (int32_t x = group; x < group + 4; ++x) {  // a cell beyond the last column is zero
+                    if (row[x] != 0) Visit(x, y);
+                }
+            }
+        }
+    }
+
+    void Visit(int32_t x, int32_t y) {
+        const FlagCursor at = CursorAt(map, x, y);
+        const bool hasRight = at.Holds(R(0, 0)), hasDown = at.Holds(D(0, 0));
+        if (!hasRight && !hasDown) return;
+        bool tailRan = false;  // in any of the four directions
+        if (hasRight) SmoothRightEdge(x, y, tailRan);
+        if (hasDown) SmoothDownEdge(x, y, hasRight, tailRan);
+        if (!tailRan) AnalyseCorner(x, y);
+        BlendAll<Sixth1, Sixth2, Sixth3, Sixth4, Sixth5, Sixth6, Sixth7, Sixth8>(x, y);
+    }
+
+    void SmoothRightEdge(int32_t x, int32_t y, bool& tailRan) {
+        const bool leftDone = SmoothRun<RunDirection::kLeft, kScanLeft, kScanRight, kTailLeft>(x, y, tailRan);
+        const bool rightDone = SmoothRun<RunDirection::kRight, kScanRight, kScanLeft, kTailRight>(x, y, tailRan);
+        const bool faded = StraightRiser::Holds(CursorAt(map, x, y)) && FadeDiagonals<kRiserDiagonals>(x, y);
+        if (!faded && !IsRightEdgeCut(CursorAt(map, x, y))) {
+            if (!rightDone) Apply(kContactRight, x, y);
+            if (!leftDone) Apply(kContactLeft, x, y);
+        }
+        BlendFirst<RestoreRight1, RestoreRight2, RestoreRight3>(x, y);
+    }
+
+    // Makes no contact blends: the two edges are unlike on purpose.
+    void SmoothDownEdge(int32_t x, int32_t y, bool hasRight, bool& tailRan) {
+        SmoothRun<RunDirection::kUp, kScanUp, kScanDown, kTailUp>(x, y, tailRan);
+        SmoothRun<RunDirection::kDown, kScanDown, kScanUp, kTailDown>(x, y, tailRan);
+        if (StraightTread::Holds(CursorAt(map, x, y))) FadeDiagonals<kTreadDiagonals>(x, y);
+        BlendFirst<RestoreDown1, RestoreDown2, RestoreDown3>(x, y);
+        if (hasRight) BlendFirst<RestoreCorner1, RestoreCorner2>(x, y);
+    }
+
+    // Averages a lone pixel or the tip of a spike, or else takes a pixel beside a corner most of the way back.
+    void AnalyseCorner(int32_t x, int32_t y) {
+        if (IsLonePixelOrSpikeTip(CursorAt(map, x, y))) {
+            AverageIsolatedPixel<Format>(job, x, y, weights.neighbourWeight);
+        } else if (x < job.destination->width - kBesideLastColumns && y > kBelowFirstRows &&
+                   BlendFirst<RestoreMost1>(x, y)) {
+            return;
+        } else if (x != 0) {
+            BlendFirst<RestoreMost2, RestoreMost3, RestoreMost4>(x, y);
+        }
+    }
+
+    // Measures one direction of an edge and runs a stair or tail ramp there. Returns whether one ran.
+    template <RunDirection kDirection, RunScanner kForth, RunScanner kBack, TailRule kTail>
+    bool SmoothRun(int32_t x, int32_t y, bool& tailRan) {
+        const int32_t width = job.destination->width, height = job.destination->height;
+        const int32_t room = kForth.dx < 0 ? x : kForth.dx > 0 ? width - 1 - x : kForth.dy < 0 ? y : height - 1 - y;
+        RunPair run = MeasureRun<kForth, kBack>(CursorAt(map, x, y), room);
+        if (run.length != 0) {
+            if (MayTouchDot(run)) run.farLength = FarLengthAtDot(kDirection, x, y, width, height, map);
+            WalkRamp<kForth>(x, y,
+                             StairRamp<typename Format::Weights>(RunSoftness(job.softness, run), run.length, job.bias));
+            return true;
+        }
+        const int32_t tail = TailLength<kTail>(CursorAt(map, x, y));
+        if (tail == 0) return false;
+        WalkRamp<kForth>(x, y, TailRamp<typename Format::Weights>(job.softness, tail, weights.tailBias));
+        tailRan = true;
+        return true;
+    }
+
+    // Walks a ramp away from the edge at (x, y). An edge is softened from both sides, and each side moves toward the
+    // one sample that lay across it in the source: the ramp spreads that value outward. A walk looks at nothing but the
+    // weight and the image's bounds, and crosses other edges.
+    template <RunScanner kScanner>
+    void WalkRamp(int32_t x, int32_t y, Ramp ramp) {
+        constexpr bool kIsForward = kScanner.dx + kScanner.dy > 0;  // begins beyond the edge
+        constexpr int32_t kAcrossX = kScanner.dx != 0, kAcrossY = kScanner.dy != 0;
+        const auto target = LoadBlendTarget<Format>(
+            PixelAt<Format>(*job.source, kIsForward ? x : x + kAcrossX, kIsForward ? y : y + kAcrossY));
+        if (kIsForward) x += kAcrossX, y += kAcrossY;
+        for (; !ramp.finished && Contains(x, y); x += kScanner.dx, y += kScanner.dy) {
+            MixPixel<Format>(PixelAt<Format>(*job.destination, x, y), target, NextBentWeight(ramp));
+        }
+    }
+
+    // Measures and fades all four diagonals; returns whether any was faded. One that is doesn't stop the next.
+    template <const Diagonal (&kDiagonals)[4]>
+    bool FadeDiagonals(int32_t x, int32_t y) {
+        const auto fade = [&]<int kIndex>() {
+            constexpr const Diagonal& kDiagonal = kDiagonals[kIndex];
+            const int32_t n = DiagonalLength<kDiagonal>(CursorAt(map, x, y));
+            if (n < kShortestDiagonal) return false;
+            FadeDiagonal(kDiagonal, x, y, n);
+            return true;
+        };
+        const bool faded[] = {fade.template operator()<0>(), fade.template operator()<1>(),
+                              fade.template operator()<2>(), fade.template operator()<3>()};
+        return std::find(std::begin(faded), std::end(faded), true) != std::end(faded);
+    }
+
+    // In each pair of pixels across the stair, one takes a part of the other's value; where the stair goes upward, the
+    // other is also brought back toward its own source value. A script's softness can make the ramp outlast the
+    // measured cells; then the walk ends before it leaves the image.
+    void FadeDiagonal(const Diagonal& diagonal, int32_t x, int32_t y, int32_t n) {
+        using Weights = typename Format::Weights;
+        Ramp third = FadeRamp<Weights>(Weights::kThird, job.softness, n, job.bias);
+        Ramp half = FadeRamp<Weights>(Weights::kHalf, job.softness, n, job.bias);
+        x += diagonal.pixelX;
+        y += diagonal.pixelY;
+        while (!third.finished) {
+            const int32_t sourceX = x + diagonal.sourceX, sourceY = y + diagonal.sourceY;
+            if (!Contains(x, y) || !Contains(sourceX, sourceY)) return;
+            MixPixelAt<Format>(job, x, y, sourceX, sourceY, NextBentWeight(third));
+            if (diagonal.restores) MixPixelAt<Format>(job, sourceX, sourceY, sourceX, sourceY, NextBentWeight(half));
+            x += diagonal.stepX;
+            y += diagonal.stepY;
+        }
+    }
+
+    bool Contains(int32_t x, int32_t y) const {
+        return x >= 0 && x < job.destination->width && y >= 0 && y < job.destination->height;
+    }
+
+    // Makes the blend of the first rule that holds; returns whether one did.
+    template <class... Rules>
+    bool BlendFirst(int32_t x, int32_t y) {
+        return (BlendIf<Rules>(x, y) || ...);
+    }
+    template <class... Rules>
+    void BlendAll(int32_t x, int32_t y) {
+        (BlendIf<Rules>(x, y), ...);
+    }
+    template <class Rule>
+    bool BlendIf(int32_t x, int32_t y) {
+        if (!Rule::Holds(CursorAt(map, x, y))) return false;
+        Apply(Rule::kBlend, x, y);
+        return true;
+    }
+
+    void Apply(const Blend& blend, int32_t x, int32_t y) {
+        MixPixelAt<Format>(job, x + blend.dx, y + blend.dy, x + blend.fromDx, y + blend.fromDy,
+                           WeightOf<typename Format::Weights>(blend.weight, weights.cornerWeight));
+    }
+};
+
+}  // namespace stairmelt

@@ -1,0 +1,138 @@
+// The rules by which straight runs and tails are measured. A riser is a vertical piece of edge (flag R), a tread a
+// horizontal one (flag D). A run is the straight piece that leaves a riser or a tread; its length says how far a blend
+// may reach. A tail is the last stretch of a line one pixel thick that ends at the edge.
+//
+// Rules are read at one pixel through a cursor, which also counts: CountCells<dx, dy, tests...>(fromX, fromY) is the
+// number of cells, from that offset on in steps of (dx, dy), at which all tests hold.
+#pragma once
+
+#include <cstdint>
+
+#include "engine/rules/flag_pattern.h"
+
+namespace stairmelt::inline STAIRMELT_SET {
+
+// One walk along a side of the line on which a run lies. Offsets of guard and confirmation are from the pixel at which
+// the scanner was called, those of the break tests from the walk's current cell.
+struct Walk {
+    FlagTest guard;         // set: the walk is dropped
+    FlagTest breakIfSet;    // the walk stops before a cell where this is set
+    FlagTest breakIfClear;  // or this is clear
+    FlagTest confirmation;  // a run of kLongRun or more counts only if this is set: the stair goes on the other way
+};
+
+struct RunScanner {
+    int dx, dy;    // from one cell to the next; also the first cell
+    FlagTest end;  // a riser or tread across the walk: it ends closed
+    Walk first;    // wins at once where it ends closed
+    Walk second;   // otherwise the longer of the two walks counts
+};
+
+constexpr RunScanner kScanLeft = {
+    -1, 0, R(0, 0), {X(0, -1), R(0, -1), D(0, -1), D(1, 0)}, {A(0, 0), R(0, 1), D(0, 0), D(1, -1)},
+};
+constexpr RunScanner kScanRight = {
+    1, 0, R(0, 0), {A(0, -1), R(0, -1), D(0, -1), D(0, 0)}, {X(0, 0), R(0, 1), D(0, 0), D(0, -1)},
+};
+constexpr RunScanner kScanUp = {
+    0, -1, D(0, 0), {X(-1, 0), D(-1, 0), R(-1, 0), R(0, 1)}, {A(0, 0), D(1, 0), R(0, 0), R(-1, 1)},
+};
+constexpr RunScanner kScanDown = {
+    0, 1, D(0, 0), {A(-1, 0), D(-1, 0), R(-1, 0), R(0, 0)}, {X(0, 0), D(1, 0), R(0, 0), R(-1, 0)},
+};
+
+constexpr int32_t kLongRun = 3;  // cells; from here on a run needs its confirmation
+
+// Cells that the walk counts; 0 where it is dropped.
+template <RunScanner kScanner, Walk kWalk, class Cursor>
+int32_t WalkLength(const Cursor& at) {
+    const int32_t n =
+        at.template CountCells<kScanner.dx, kScanner.dy, Not(kScanner.end), Not(kWalk.breakIfSet), kWalk.breakIfClear>(
+            kScanner.dx, kScanner.dy);
+    // One expression without branches: which of the tests holds can't be predicted.
+    const bool isDropped = at.Holds(kWalk.guard) | ((n >= kLongRun) & at.Holds(Not(kWalk.confirmation)));
+    return isDropped ? 0 : n;
+}
+
+// The length of the run that leaves the edge at the cursor's pixel; 0 for none.
+template <RunScanner kScanner, class Cursor>
+int32_t RunLength(const Cursor& at) {
+    const int32_t n = WalkLength<kScanner, kScanner.first>(at);
+    const int32_t m = WalkLength<kScanner, kScanner.second>(at);
+    const bool isClosed = (n != 0) & at.Holds(Moved(kScanner.end, kScanner.dx * (n + 1), kScanner.dy * (n + 1)));
+    return isClosed | (n >= m) ? n : m;
+}
+
+// The same rule for all pixels of a block: where the walk doesn't stop before its cell number kCell, counted from 1,
+// and where WalkLength isn't 0.
+template <RunScanner kScanner, Walk kWalk, int kCell, class Block>
+auto WalkGoesOn(const Block& block) {
+    constexpr int dx = kScanner.dx * kCell, dy = kScanner.dy * kCell;
+    return WhereAll<Not(Moved(kScanner.end, dx, dy)), Not(Moved(kWalk.breakIfSet, dx, dy)),
+                    Moved(kWalk.breakIfClear, dx, dy)>(block);
+}
+template <RunScanner kScanner, Walk kWalk, class Block>
+auto WalkCounts(const Block& block) {
+    static_assert(kLongRun == 3);
+    const auto isLong = WalkGoesOn<kScanner, kWalk, 2>(block) & WalkGoesOn<kScanner, kWalk, 3>(block);
+    return WalkGoesOn<kScanner, kWalk, 1>(block) & block.template Where<Not(kWalk.guard)>() &
+           (~isLong | block.template Where<kWalk.confirmation>());
+}
+
+// A run, and the one that leaves the edge at its far end on the way back.
+struct RunPair {
+    int32_t length;     // 0: there is no run, nor a far one
+    int32_t farLength;  // 0: none, also where the far end lies outside the image
+};
+
+// room: columns or rows from the cursor's pixel to the image's border, in the scanner's direction.
+template <RunScanner kForth, RunScanner kBack, class Cursor>
+RunPair MeasureRun(Cursor at, int32_t room) {
+    const int32_t length = RunLength<kForth>(at);
+    if (length == 0 || length + 1 > room) return {length, 0};
+    at.Move(kForth.dx * (length + 1), kForth.dy * (length + 1));
+    return {length, RunLength<kBack>(at)};
+}
+
+// A line one pixel thick shows both of its sides along the walk.
+struct TailRule {
+    int dx, dy;         // from one cell to the next; also the first cell
+    FlagTest clear[5];  // from the edge's pixel; any one set: no tail
+    FlagTest end;       // from the current cell, like the rest
+    FlagTest nearBreak, nearSide, farBreak, farSide;
+};
+
+constexpr TailRule HorizontalTail(int dx, const FlagTest (&clear)[5]) {
+    return {dx, 0, {clear[0], clear[1], clear[2], clear[3], clear[4]}, R(0, 0), R(0, -1), D(0, -1), R(0, 1), D(0, 0)};
+}
+constexpr TailRule VerticalTail(int dy, const FlagTest (&clear)[5]) {
+    return {0, dy, {clear[0], clear[1], clear[2], clear[3], clear[4]}, D(0, 0), D(-1, 0), R(-1, 0), D(1, 0), R(0, 0)};
+}
+
+constexpr TailRule kTailLeft = HorizontalTail(-1, {X(0, -1), D(1, -1), R(1, 0), A(0, 0), D(1, 0)});
+constexpr TailRule kTailRight = HorizontalTail(1, {D(0, -1), A(0, -1), R(-1, 0), D(0, 0), X(0, 0)});
+constexpr TailRule kTailUp = VerticalTail(-1, {X(-1, 0), A(0, 0), R(-1, 1), R(0, 1), D(0, 1)});
+constexpr TailRule kTailDown = VerticalTail(1, {D(0, -1), R(-1, 0), R(0, 0), A(-1, 0), X(0, 0)});
+
+// The length of the tail at the cursor's pixel; 0 for none. What exceeds 5 cells counts half.
+template <TailRule kRule, class Cursor>
+int32_t TailLength(const Cursor& at) {
+    for (const FlagTest& clear : kRule.clear) {
+        if (at.Holds(clear)) return 0;
+    }
+    const int32_t n = at.template CountCells<kRule.dx, kRule.dy, Not(kRule.end), Not(kRule.nearBreak), kRule.nearSide,
+                                             Not(kRule.farBreak), kRule.farSide>(kRule.dx, kRule.dy);
+    constexpr int32_t kFullLength = 5;
+    return n > kFullLength ? ((n - kFullLength) >> 1) + kFullLength : n;
+}
+
+// TailLength isn't 0, for all pixels of a block.
+template <TailRule kRule, class Block>
+auto HasTail(const Block& block) {
+    constexpr int dx = kRule.dx, dy = kRule.dy;
+    return WhereAll<Not(Moved(kRule.end, dx, dy)), Not(Moved(kRule.nearBreak, dx, dy)), Moved(kRule.nearSide, dx, dy),
+                    Not(Moved(kRule.farBreak, dx, dy)), Moved(kRule.farSide, dx, dy), Not(kRule.clear[0]),
+                    Not(kRule.clear[1]), Not(kRule.clear[2]), Not(kRule.clear[3]), Not(kRule.clear[4])>(block);
+}
+
+}  // namespace stairmelt::inline STAIRMELT_SET

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <cstdint>
 
-#include "engine/arith.h"
+#include "engine/rules/arith.h"
 
 namespace stairmelt {
 

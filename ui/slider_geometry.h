@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "engine/arith.h"
+#include "engine/rules/arith.h"
 
 namespace stairmelt {
 

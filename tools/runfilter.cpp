@@ -10,12 +10,12 @@
 #include <vector>
 
 #include "tools/arguments.h"
-#include "tools/batch.h"
-#include "tools/batch_worker.h"
+#include "tools/batch/batch.h"
+#include "tools/batch/batch_worker.h"
 #include "tools/failure_words.h"
 #include "tools/file_bytes.h"
+#include "tools/filter/picture_filter.h"
 #include "tools/interrupt.h"
-#include "tools/picture_filter.h"
 #include "tools/program_path.h"
 
 namespace stairmelt {

@@ -1,4 +1,4 @@
-#include "tools/host_samples.h"
+#include "tools/filter/host_samples.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "tools/pixel_layout.h"
+#include "tools/pictures/pixel_layout.h"
 
 #include <gtest/gtest.h>
 

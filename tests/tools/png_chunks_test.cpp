@@ -1,10 +1,10 @@
-#include "tools/png_chunks.h"
+#include "tools/pictures/png_chunks.h"
 
 #include <gtest/gtest.h>
 
 #include <string_view>
 
-#include "tools/jpeg_profile.h"
+#include "tools/pictures/jpeg_profile.h"
 #include "tools/tool_error.h"
 
 namespace stairmelt {

@@ -1,4 +1,4 @@
-#include "tools/property_list.h"
+#include "tools/filter/property_list.h"
 
 #include <gtest/gtest.h>
 

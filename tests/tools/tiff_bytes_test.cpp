@@ -1,4 +1,4 @@
-#include "tools/tiff_bytes.h"
+#include "tools/pictures/tiff_bytes.h"
 
 #include <gtest/gtest.h>
 

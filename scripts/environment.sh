@@ -1,6 +1,8 @@
 # What ./smooth, ./check and ./package share: packages, Wine's surroundings and quiet commands. Sourced by bash, with $root set to the
 # repository's directory and `set -eu` in force.
 
+. "$root/scripts/picture_libraries.sh"
+
 say() { echo "$(basename "$0"): $*" >&2; }
 
 # Started through sudo in somebody's own clone, build and pictures should stay theirs: only the packages need root.
@@ -52,11 +54,14 @@ install_missing() {
     rm -f "$log"
 }
 
+# What the picture files of a native build need.
+native_libraries=(libpng-dev libtiff-dev libjpeg62-turbo-dev zlib1g-dev)
+
 # The plug-in and runfilter, as far as they aren't up to date, in build/windows.
 build_for_windows() {
     local build=$root/build/windows tests=OFF
     install_missing cmake ninja-build g++-mingw-w64-x86-64-posix
-    mkdir -p "$root/build"
+    build_picture_libraries
     if [ ! -e "$build/build.ninja" ]; then
         say "configuring"
         # GoogleTest is needed by ./check only.

@@ -45,7 +45,7 @@ public:
             PrintError(answer.words);
             PrintLine(name + " failed");
         } else {
-            if (!answer.words.empty()) PrintError(name + ": the plug-in breaks the host's rules: " + answer.words);
+            if (!answer.words.empty()) PrintError(name + ": " + answer.words);
             PrintLine(name + ", " + std::to_string(answer.changedPixels) + " pixels changed");
         }
         DrawBar(false);

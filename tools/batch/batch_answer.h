@@ -11,7 +11,7 @@ namespace stairmelt {
 struct BatchAnswer {
     bool isSmoothed = false;
     size_t changedPixels = 0;  // where it is smoothed
-    std::string words;         // why it isn't; where it is, rules of the host that the plug-in broke, as a rule none
+    std::string words;         // why it isn't; where it is, what the user should know of it, as a rule nothing
 };
 
 // That of a file that something is wrong with.

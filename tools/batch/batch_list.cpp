@@ -12,6 +12,7 @@
 #include <system_error>
 
 #include "tools/file_bytes.h"
+#include "tools/pictures/picture_file.h"
 
 namespace stairmelt {
 
@@ -86,7 +87,8 @@ bool IsPattern(const std::string& word) { return word.find_first_of("*?") != std
 fs::path ResultName(const fs::path& in) {
     const auto extension = Folded(in.extension().native());
     for (const char* jpeg : {".JPG", ".JPEG", ".JPE", ".JFIF"}) {
-        if (extension == fs::path(jpeg).native()) return in.filename().replace_extension(".png");
+        if (extension == fs::path(jpeg).native())
+            return in.filename().replace_extension(IsCmykJpeg(in) ? ".tif" : ".png");
     }
     return in.filename();
 }

@@ -86,7 +86,10 @@ void EndOnCrash() {
 BatchAnswer FilterItem(PictureFilter& filter, const BatchItem& item) {
     try {
         const FilterReport report = filter.Filter(item.in, item.out);
-        return {true, report.changedPixels, report.faults};
+        BatchAnswer answer = {true, report.changedPixels, {}};
+        for (const std::string& note : report.notes) answer.words += note + '\n';
+        if (!report.faults.empty()) answer.words += "the plug-in breaks the host's rules: " + report.faults;
+        return answer;
     } catch (...) {
         const std::string words = FailureWords();
         const bool isNamed = words.starts_with(PathText(item.in)) || words.starts_with(PathText(item.out));

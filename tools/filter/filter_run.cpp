@@ -40,14 +40,14 @@ int16_t ModeOf(const Picture& picture) {
     throw ToolError("the host has no mode for such a picture");
 }
 
-void OpenDocument(const Picture& picture, FakeDocument& document) {
+void OpenDocument(Picture& picture, FakeDocument& document) {
+    document.imageMode = ModeOf(picture);
     document.width = picture.width;
     document.height = picture.height;
-    document.imageMode = ModeOf(picture);
     document.planes = static_cast<int16_t>(picture.SamplesPerPixel());
     document.depth = picture.depth;
     document.hasTransparency = picture.hasAlpha;
-    document.source = SamplesForHost(picture);
+    document.source = GiveSamples(picture);
 }
 
 std::vector<ScriptValue> ValuesToPlay(const FilterRequest& request) {
@@ -117,6 +117,7 @@ private:
 FilterReport RunFilterOn(FakeHost& host, PluginMainProc pluginMain, const FilterRequest& request, Picture& picture,
                          Settings& settings) {
     OpenDocument(picture, host.document);
+    host.checksPixels = false;
     host.registry.persistent = settings;
     host.script.played = ValuesToPlay(request);
     // A filter that meets no script thinks that the user has chosen it from the menu, and shows its dialog.
@@ -124,20 +125,29 @@ FilterReport RunFilterOn(FakeHost& host, PluginMainProc pluginMain, const Filter
     host.script.playInfo = request.dialog ? kPlugInDialogDisplay : kPlugInDialogDontDisplay;
 
     const RunKind kind = request.dialog ? RunKind::kFromMenu : RunKind::kRepeat;
+    FakeDocument& document = host.document;
     FilterReport report;
-    if (request.repeat) {
-        TimedRuns runs(host);
-        for (int32_t i = 0; i < *request.repeat; ++i) report.seconds = runs.Run(pluginMain, kind);
-        report.times = runs.Medians();
-    } else {
-        report.seconds = RunOnce(host, pluginMain, kind);
+    try {
+        if (request.repeat) {
+            TimedRuns runs(host);
+            for (int32_t i = 0; i < *request.repeat; ++i) report.seconds = runs.Run(pluginMain, kind);
+            report.times = runs.Medians();
+        } else {
+            report.seconds = RunOnce(host, pluginMain, kind);
+        }
+    } catch (...) {
+        TakeSamples(document.source, document.source, picture);
+        throw;
     }
 
     report.threshold = Recorded(host.script, KEY_THRESHOLD);
     report.softness = Recorded(host.script, KEY_SOFTNESS);
     report.bias = Recorded(host.script, KEY_BIAS);
     report.faults = host.Faults();
-    report.changedPixels = TakeHostSamples(host.document.source, host.document.result, picture);
+    report.changedPixels = TakeSamples(document.source, document.result, picture);
+    // The next picture may be large, and so may be what this one becomes in its file.
+    document.source = Bytes();
+    document.result = Bytes();
     settings = host.registry.persistent;
     return report;
 }

@@ -3,6 +3,8 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
+#include <vector>
 
 #include "hostkit/fake_host.h"
 #include "tools/filter/settings_file.h"
@@ -27,6 +29,7 @@ struct FilterReport {
     size_t changedPixels = 0;
     double seconds = 0;                // of the last run, with the host's work and the user's time in the dialog
     std::optional<FilterTimes> times;  // where asked for
+    std::vector<std::string> notes;    // what the user should know of a run that succeeded; empty as a rule
     std::string faults;                // lines about rules of the host that the filter broke; empty as a rule
 };
 

@@ -1,9 +1,10 @@
 #include "tools/filter/picture_filter.h"
 
 #include <cstdio>
+#include <system_error>
 
 #include "tools/file_bytes.h"
-#include "tools/pictures/image_file.h"
+#include "tools/pictures/picture_file.h"
 
 namespace stairmelt {
 
@@ -20,6 +21,8 @@ PictureFilter::PictureFilter(const fs::path& plugin, const fs::path& settings, c
 FilterReport PictureFilter::Filter(const fs::path& in, const fs::path& out,
                                    const std::function<void(const Picture&)>& onRead) {
     const FileKind kind = With(out, [&] {
+        std::error_code error;
+        if (fs::equivalent(in, out, error)) throw ToolError("is the picture itself, which would be lost");
         RequireReplaceable(out);
         return KindToWrite(out);
     });
@@ -31,6 +34,7 @@ FilterReport PictureFilter::Filter(const fs::path& in, const fs::path& out,
     host_.faults.clear();
     FilterReport report =
         With(pluginPath_, [&] { return RunFilterOn(host_, plugin_.entry(), request_, picture, settings_); });
+    if (picture.morePages) report.notes.push_back("only the first of its pictures is read");
     With(out, [&] { StoreFile(out, EncodePicture(picture, kind)); });
     return report;
 }

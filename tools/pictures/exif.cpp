@@ -88,7 +88,8 @@ uint32_t AppendDirectory(Bytes& to, const std::vector<ExifEntry>& entries, bool 
         } else if (entry.data.size() <= 4) {
             std::ranges::copy(entry.data, &to[at + 8]);
         } else {
-            PutNumber(&to[at + 8], even(), bigEndian);
+            const uint32_t offset = even();  // before the address is taken: the bytes may move
+            PutNumber(&to[at + 8], offset, bigEndian);
             to.insert(to.end(), entry.data.begin(), entry.data.end());
         }
         at += kEntrySize;

@@ -1,8 +1,9 @@
 #include "tools/batch/batch_answer.h"
 
-#include <charconv>
+#include <algorithm>
 
 #include "tools/file_bytes.h"
+#include "tools/text.h"
 
 namespace stairmelt {
 namespace {
@@ -12,8 +13,7 @@ constexpr std::string_view kSmoothed = "smoothed", kFailed = "failed";
 std::string InOneLine(std::string_view words) {
     std::string line;
     while (!words.empty()) {
-        const std::string_view part = words.substr(0, words.find('\n'));
-        words.remove_prefix(part.size() < words.size() ? part.size() + 1 : part.size());
+        const std::string_view part = TakeUntil(words, '\n');
         if (!line.empty() && !part.empty()) line += "; ";
         line += part;
     }
@@ -34,15 +34,14 @@ std::string AnswerLine(const BatchAnswer& answer) {
 }
 
 std::optional<BatchAnswer> ParseAnswer(std::string_view line) {
-    const size_t first = line.find('\t');
-    const size_t second = first == std::string_view::npos ? std::string_view::npos : line.find('\t', first + 1);
-    if (second == std::string_view::npos) return std::nullopt;
-    const std::string_view kind = line.substr(0, first), number = line.substr(first + 1, second - first - 1);
-    BatchAnswer answer = {kind == kSmoothed, 0, std::string(line.substr(second + 1))};
+    if (std::ranges::count(line, '\t') < 2) return std::nullopt;
+    const std::string_view kind = TakeUntil(line, '\t'), number = TakeUntil(line, '\t');
+    BatchAnswer answer = {kind == kSmoothed, 0, std::string(line)};
     if (!answer.isSmoothed) return kind == kFailed && number.empty() ? std::optional(answer) : std::nullopt;
-    const char* end = number.data() + number.size();
-    const auto [stopped, error] = std::from_chars(number.data(), end, answer.changedPixels);
-    return error == std::errc() && stopped == end ? std::optional(answer) : std::nullopt;
+    const std::optional<size_t> changed = ParseNumber<size_t>(number);
+    if (!changed) return std::nullopt;
+    answer.changedPixels = *changed;
+    return answer;
 }
 
 }  // namespace stairmelt

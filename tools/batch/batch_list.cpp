@@ -13,6 +13,7 @@
 
 #include "tools/file_bytes.h"
 #include "tools/pictures/picture_file.h"
+#include "tools/text.h"
 
 namespace stairmelt {
 
@@ -144,8 +145,7 @@ std::vector<std::string> LinesOf(std::string_view text) {
     if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
     std::vector<std::string> lines;
     while (!text.empty()) {
-        const std::string_view line = text.substr(0, text.find('\n'));
-        text.remove_prefix(std::min(line.size() + 1, text.size()));
+        const std::string_view line = TakeUntil(text, '\n');
         const size_t last = line.find_last_not_of(kBlanks);
         if (last == std::string_view::npos) continue;
         std::string_view name = line.substr(0, last + 1);

@@ -1,4 +1,4 @@
-// A plug-in's file: found out about through its resources, as the host does, and then loaded.
+// A plug-in's file, loaded.
 #pragma once
 
 #include <cstdint>

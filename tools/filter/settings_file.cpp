@@ -1,13 +1,13 @@
 #include "tools/filter/settings_file.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstdio>
 #include <optional>
 #include <span>
 #include <system_error>
 
 #include "tools/file_bytes.h"
+#include "tools/text.h"
 
 namespace stairmelt {
 namespace {
@@ -15,15 +15,6 @@ namespace {
 bool IsLetterOrDigit(char c) { return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
 
 bool IsPrintable(char c) { return static_cast<unsigned char>(c) >= ' ' && c != '\x7F'; }
-
-// The whole of the text as a number; hexadecimal without a prefix.
-template <class Number>
-std::optional<Number> ParseNumber(std::string_view text, int base) {
-    Number value = 0;
-    const auto [stopped, error] = std::from_chars(text.data(), text.data() + text.size(), value, base);
-    if (error != std::errc() || stopped != text.data() + text.size()) return std::nullopt;
-    return value;
-}
 
 std::optional<uint32_t> ParseKey(std::string_view text) {
     if (text.size() == 10 && text.starts_with("0x")) return ParseNumber<uint32_t>(text.substr(2), 16);
@@ -48,9 +39,7 @@ Settings ParseSettings(std::string_view text) {
     Settings settings;
     StoredValues* values = nullptr;
     while (!text.empty()) {
-        const size_t end = std::min(text.find('\n'), text.size());
-        std::string_view line = text.substr(0, end);
-        text.remove_prefix(std::min(end + 1, text.size()));
+        std::string_view line = TakeUntil(text, '\n');
         if (line.ends_with('\r')) line.remove_suffix(1);
         if (line.starts_with('[')) {
             const bool whole = line.size() > 2 && line.ends_with(']') && std::ranges::all_of(line, IsPrintable);
@@ -60,7 +49,7 @@ Settings ParseSettings(std::string_view text) {
         const size_t equals = line.find('=');
         if (values == nullptr || equals == std::string_view::npos) continue;
         const std::optional<uint32_t> key = ParseKey(line.substr(0, equals));
-        const std::optional<int32_t> value = ParseNumber<int32_t>(line.substr(equals + 1), 10);
+        const std::optional<int32_t> value = ParseNumber<int32_t>(line.substr(equals + 1));
         if (!key || !value) continue;
         std::erase_if(*values, [&](const auto& earlier) { return earlier.first == *key; });
         values->emplace_back(*key, *value);

@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "tools/pictures/codecs.h"
+#include "tools/text.h"
 #include "tools/tool_error.h"
 
 namespace stairmelt {
@@ -161,22 +162,14 @@ std::string Utf8FromLatin1(std::string_view latin) {
     return text;
 }
 
-// The parts of a text between zeros; the last one holds the rest.
-std::string_view TakePart(std::string_view& text) {
-    const size_t end = std::min(text.find('\0'), text.size());
-    const std::string_view part = text.substr(0, end);
-    text.remove_prefix(std::min(end + 1, text.size()));
-    return part;
-}
-
 // Compressed texts go into other PNG files only.
 void ReadText(std::string_view name, std::string_view text, Picture& picture) {
-    const std::string keyword(TakePart(text));
+    const std::string keyword(TakeUntil(text, '\0'));
     if (name == "tEXt") picture.texts.push_back({keyword, Utf8FromLatin1(text)});
     if (name != "iTXt" || !text.starts_with("\0\0"sv)) return;
     text.remove_prefix(2);
-    TakePart(text);  // the language
-    TakePart(text);  // the keyword in it
+    TakeUntil(text, '\0');  // the language
+    TakeUntil(text, '\0');  // the keyword in it
     if (keyword == kXmpKeyword)
         picture.xmp.assign(text.begin(), text.end());
     else

@@ -34,7 +34,7 @@ private_apt() {
 # Now and then the list names a version whose files aren't there.
 fetch_source() {
     local version missing=''
-    for version in $(apt-cache showsrc --only-source "$1" | sed -n 's/^Version: //p' | sort --version-sort --reverse --unique); do
+    for version in $(apt-cache showsrc --only-source "$1" 2>>"$log" | sed -n 's/^Version: //p' | sort --version-sort --reverse --unique); do
         mkdir "$2"
         if (cd "$2" && apt-get source --only-source --download-only "$1=$version") >>"$log" 2>&1; then
             [ -z "$missing" ] || say "the archive lacks the files of $1 $missing; taking $version"
@@ -82,7 +82,7 @@ build_picture_libraries() {
         versions=
         for package in libpng1.6 libjpeg-turbo tiff; do
             if ! fetch_source "$package" "$work/$package"; then
-                grep '^[EW]:' "$log" | head -5 >&2
+                grep '^[EW]: Failed' "$log" | head -3 >&2
                 say "the sources of $package can't be fetched from Debian's archive; try again when it can be reached"
                 exit 1
             fi

@@ -113,8 +113,6 @@ constexpr int16_t kFilterCaseFlatImageWithSelection = 2;
 constexpr int16_t kFilterCaseFloatingSelection = 3;
 constexpr int16_t kFilterCaseEditableTransparencyNoSelection = 4;
 constexpr int16_t kFilterCaseEditableTransparencyWithSelection = 5;
-constexpr int16_t kFilterCaseProtectedTransparencyNoSelection = 6;
-constexpr int16_t kFilterCaseProtectedTransparencyWithSelection = 7;
 
 // PIDescriptorParameters::playInfo: whether a script wants the dialog.
 constexpr int16_t kPlugInDialogDontDisplay = 0;
@@ -123,16 +121,11 @@ constexpr int16_t kPlugInDialogSilent = 2;
 
 // PIDescriptorParameters::recordInfo: whether a later playing of the recorded script needs the dialog.
 constexpr int16_t kPlugInDialogOptional = 0;
-constexpr int16_t kPlugInDialogRequired = 1;
-constexpr int16_t kPlugInDialogNone = 2;
 
 constexpr DescriptorTypeID kTypeInteger = FourCharCode("long");
 
 // PSPixelMask::maskDescription.
-constexpr int32_t kSimplePSMask = 0;    // full value shows the pixel
-constexpr int32_t kBlackMatPSMask = 1;  // as above, and the pixels are already multiplied on black, gray or white
-constexpr int32_t kGrayMatPSMask = 2;
-constexpr int32_t kWhiteMatPSMask = 3;
+constexpr int32_t kSimplePSMask = 0;  // full value shows the pixel
 constexpr int32_t kInvertPSMask = 4;  // full value hides the pixel
 
 // ---- Preview maps ----

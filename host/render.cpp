@@ -87,6 +87,8 @@ void DoStart() {
     try {
         *gResult = static_cast<int16_t>(RunKernel(key, size));
     } catch (int32_t code) {
+        // Kernels report by their result, and nothing raises this today. The guard stays so that the end of the
+        // selector is reached whatever a kernel does: the host waits for its progress bar and for the empty rectangles.
         *gResult = static_cast<int16_t>(code);
     }
     if (gFilterRecord->progressProc != nullptr) gFilterRecord->progressProc(1, 1);

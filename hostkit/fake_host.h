@@ -77,6 +77,10 @@ struct FakeHost {
     int16_t lastResult = 0;                  // of the last selector
     const int16_t* runningResult = nullptr;  // what the running selector has stored so far; null between selectors
 
+    // Whether pixels are delivered in guarded copies, which show what a filter does beside them. It takes twice the
+    // memory, so tools do without.
+    bool checksPixels = true;
+
     // Where set, called when a run's record has been made, which it may spoil.
     std::function<void()> onBegin;
 

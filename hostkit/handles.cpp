@@ -5,6 +5,7 @@
 
 #include "hostkit/call_log.h"
 #include "hostkit/fake_host.h"
+#include "hostkit/slots.h"
 
 namespace stairmelt {
 namespace {
@@ -26,27 +27,6 @@ void DisposeHandle(Handle handle) {
     if (MovableBlock* block = Blocks().Find(handle, "disposeProc")) Blocks().Dispose(*block);
 }
 
-int32_t GetHandleSize(Handle handle) {
-    LogCall("getSizeProc " + Blocks().NameOf(handle));
-    const MovableBlock* block = Blocks().Find(handle, "getSizeProc");
-    return block ? static_cast<int32_t>(block->memory.Size()) : 0;
-}
-
-OSErr SetHandleSize(Handle handle, int32_t size) {
-    const bool fails = LogFallible("setSizeProc " + Blocks().NameOf(handle) + " " + std::to_string(size));
-    if (fails) return kMemFullErr;
-    MovableBlock* block = Blocks().Find(handle, "setSizeProc");
-    if (!block) return kNilHandleErr;
-    if (size < 0) return kParamErr;
-    if (block->isLocked) return kMemFullErr;  // a locked block has to stay where it is
-    try {
-        Blocks().Resize(*block, static_cast<size_t>(size));
-        return kNoErr;
-    } catch (const std::bad_alloc&) {
-        return kMemFullErr;
-    }
-}
-
 Ptr LockHandle(Handle handle, Boolean moveHigh) {
     const std::string line = "lockProc " + Blocks().NameOf(handle) + (moveHigh ? "" : " low");
     if (LogFallible(line, &CurrentHost().failures.lockProc)) return nullptr;
@@ -59,21 +39,18 @@ void UnlockHandle(Handle handle) {
     if (MovableBlock* block = Blocks().Find(handle, "unlockProc")) Blocks().Unlock(*block);
 }
 
-void RecoverSpace(int32_t size) { LogCall("recoverSpaceProc " + std::to_string(size)); }
+void UnknownRoutine() { ReportFault("a handle routine that this host doesn't have"); }
 
 }  // namespace
 
 FakeHandles::FakeHandles() {
+    FillSlots(procs, UnknownRoutine);
     procs.handleProcsVersion = 1;
     procs.numHandleProcs = 8;
     procs.newProc = NewHandle;
     procs.disposeProc = DisposeHandle;
-    procs.getSizeProc = GetHandleSize;
-    procs.setSizeProc = SetHandleSize;
     procs.lockProc = LockHandle;
     procs.unlockProc = UnlockHandle;
-    procs.recoverSpaceProc = RecoverSpace;
-    procs.disposeRegularHandleProc = DisposeHandle;
 }
 
 }  // namespace stairmelt

@@ -46,7 +46,7 @@ size_t SpanOf(const Delivery& delivery) {
 }
 
 uint8_t* RowOf(const Delivery& delivery, int32_t y) {
-    return delivery.memory.Data() + static_cast<size_t>(y - delivery.rect.top) * static_cast<size_t>(delivery.rowBytes);
+    return delivery.Data() + static_cast<size_t>(y - delivery.rect.top) * static_cast<size_t>(delivery.rowBytes);
 }
 
 // Where a row of the document's samples begins for this delivery: at its left edge and first plane.
@@ -90,7 +90,16 @@ Delivery Allocate(const char* name, const VRect& rect, int loPlane, int pixelByt
     return delivery;
 }
 
+// The whole image, where the document has it.
+Delivery InPlace(const char* name, const FakeDocument& document, std::vector<uint8_t>& samples) {
+    Delivery delivery{name, document.Bounds(), 0, static_cast<int32_t>(document.PixelBytes())};
+    delivery.rowBytes = static_cast<int32_t>(document.RowBytes());
+    delivery.inPlace = samples.data();
+    return delivery;
+}
+
 void FillFromSource(const FakeDocument& document, const Delivery& delivery) {
+    if (delivery.inPlace != nullptr) return;
     VisitRuns(document, delivery, delivery.rect, [&](size_t offset, uint8_t* delivered, size_t bytes) {
         std::memcpy(delivered, document.source.data() + offset, bytes);
     });
@@ -106,20 +115,20 @@ void FillMask(const FakeDocument& document, const Delivery& delivery) {
 // Puts the buffers' addresses and steps where the filter finds them: null and 0 for what isn't held.
 void Announce(const FakePixels& pixels, FilterRecord& record) {
     const int32_t sampleBytes = CurrentHost().document.SampleBytes();
-    record.inData = pixels.input.memory.Data();
+    record.inData = pixels.input.Data();
     record.inRowBytes = pixels.input.rowBytes;
     record.inColumnBytes = pixels.input.pixelBytes;
     record.inPlaneBytes = sampleBytes;
-    record.outData = pixels.output.memory.Data();
+    record.outData = pixels.output.Data();
     record.outRowBytes = pixels.output.rowBytes;
     record.outColumnBytes = pixels.output.pixelBytes;
     record.outPlaneBytes = sampleBytes;
-    record.maskData = pixels.mask.memory.Data();
+    record.maskData = pixels.mask.Data();
     record.maskRowBytes = pixels.mask.rowBytes;
 }
 
 void CheckPadding(const Delivery& delivery) {
-    if (IsEmpty(delivery.rect)) return;
+    if (IsEmpty(delivery.rect) || delivery.inPlace != nullptr) return;
     if (!delivery.memory.IsIntact()) ReportFault(std::string("stray write beside the ") + delivery.name + " buffer");
     const size_t span = SpanOf(delivery);
     for (int32_t y = delivery.rect.top; y < delivery.rect.bottom - 1; ++y) {
@@ -131,6 +140,7 @@ void CheckPadding(const Delivery& delivery) {
 }
 
 void CheckInput(const FakeDocument& document, const Delivery& input) {
+    if (input.inPlace != nullptr) return;
     bool isIntact = true;
     VisitRuns(document, input, input.rect, [&](size_t offset, const uint8_t* delivered, size_t bytes) {
         isIntact = isIntact && std::memcmp(delivered, document.source.data() + offset, bytes) == 0;
@@ -152,7 +162,7 @@ bool FakePixels::IsAnythingAsked() const {
 
 OSErr FakePixels::Deliver() {
     FakeHost& host = CurrentHost();
-    const FakeDocument& document = host.document;
+    FakeDocument& document = host.document;
     FilterRecord& record = host.record;
     Commit();
     Check();
@@ -168,11 +178,14 @@ OSErr FakePixels::Deliver() {
         Delivery& delivery;
         const VRect& rect;
         int loPlane, hiPlane, planes, sampleBytes;
+        std::vector<uint8_t>* samples;  // of the document, where it has them as they are delivered
     };
     const Wanted wanted[] = {
-        {input, requests.input, record.inLoPlane, record.inHiPlane, document.planes, document.SampleBytes()},
-        {output, requests.output, record.outLoPlane, record.outHiPlane, document.planes, document.SampleBytes()},
-        {mask, requests.mask, 0, 0, 1, 1},
+        {input, requests.input, record.inLoPlane, record.inHiPlane, document.planes, document.SampleBytes(),
+         &document.source},
+        {output, requests.output, record.outLoPlane, record.outHiPlane, document.planes, document.SampleBytes(),
+         &document.result},
+        {mask, requests.mask, 0, 0, 1, 1, nullptr},
     };
     for (const Wanted& want : wanted) {
         if (IsEmpty(want.rect)) continue;
@@ -188,6 +201,12 @@ OSErr FakePixels::Deliver() {
         for (const Wanted& want : wanted) {
             padding += 4;
             if (IsEmpty(want.rect)) continue;
+            const bool isWhole = want.samples != nullptr && IsWithin(document.Bounds(), want.rect) &&
+                                 want.hiPlane - want.loPlane + 1 == want.planes;
+            if (isWhole && !host.checksPixels && !document.selection) {
+                want.delivery = InPlace(want.delivery.name, document, *want.samples);
+                continue;
+            }
             want.delivery = Allocate(want.delivery.name, want.rect, want.loPlane,
                                      (want.hiPlane - want.loPlane + 1) * want.sampleBytes, padding * want.sampleBytes);
         }
@@ -205,6 +224,7 @@ OSErr FakePixels::Deliver() {
 void FakePixels::Commit() {
     FakeHost& host = CurrentHost();
     FakeDocument& document = host.document;
+    if (output.inPlace != nullptr) return;
     const bool isMasked = host.record.autoMask && document.selection;
     VisitRuns(document, output, isMasked ? *document.selection : document.Bounds(),
               [&](size_t offset, const uint8_t* delivered, size_t bytes) {

@@ -3,6 +3,7 @@
 //
 // Each delivery has new addresses and other row bytes than the one before, with guarded padding behind the rows, and
 // the old buffers are freed. A request that reaches beyond the image or its planes is refused: this host doesn't pad.
+// Where host.checksPixels is false, the whole image is delivered where the document has it instead.
 #pragma once
 
 #include <cstdint>
@@ -20,6 +21,9 @@ struct Delivery {
     int32_t pixelBytes = 0;  // of the planes from loPlane on that were asked for
     int32_t rowBytes = 0;    // padding included
     GuardedMemory memory{};
+    uint8_t* inPlace = nullptr;  // instead of the memory: the document's own samples
+
+    uint8_t* Data() const { return inPlace != nullptr ? inPlace : memory.Data(); }
 };
 
 struct FakePixels {

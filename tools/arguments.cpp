@@ -1,23 +1,19 @@
 #include "tools/arguments.h"
 
-#include <charconv>
-
 #include "tools/file_bytes.h"
+#include "tools/text.h"
 
 namespace stairmelt {
 namespace {
 
-int32_t ParseNumber(const std::string& option, const std::string& word) {
-    int32_t value = 0;
-    const char* end = word.data() + word.size();
-    const auto [stopped, error] = std::from_chars(word.data(), end, value);
-    if (error != std::errc() || stopped != end)
-        throw UsageError(option + " needs a whole number of 32 bits, not " + word);
-    return value;
+int32_t ParseValue(const std::string& option, const std::string& word) {
+    const std::optional<int32_t> value = ParseNumber<int32_t>(word);
+    if (!value) throw UsageError(option + " needs a whole number of 32 bits, not " + word);
+    return *value;
 }
 
 int32_t ParseCount(const std::string& option, const std::string& word, int32_t most) {
-    const int32_t count = ParseNumber(option, word);
+    const int32_t count = ParseValue(option, word);
     if (count < 1 || count > most)
         throw UsageError(option + " needs a number from 1 to " + std::to_string(most) + ", not " + word);
     return count;
@@ -58,11 +54,11 @@ Arguments ParseArguments(const std::vector<std::string>& words) {
         } else if (word == "--settings") {
             arguments.settings = PathFromText(next());
         } else if (word == "--threshold") {
-            arguments.threshold = ParseNumber(word, next());
+            arguments.threshold = ParseValue(word, next());
         } else if (word == "--softness") {
-            arguments.softness = ParseNumber(word, next());
+            arguments.softness = ParseValue(word, next());
         } else if (word == "--bias") {
-            arguments.bias = ParseNumber(word, next());
+            arguments.bias = ParseValue(word, next());
         } else if (word == "--repeat") {
             arguments.repeat = ParseCount(word, next(), kMostRuns);
         } else if (word == "--out") {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/filter_run.h"
+#include "tools/filter/filter_run.h"
 #include "tools/tool_error.h"
 
 namespace stairmelt {

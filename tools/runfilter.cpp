@@ -10,12 +10,12 @@
 #include <vector>
 
 #include "tools/arguments.h"
-#include "tools/batch.h"
-#include "tools/batch_worker.h"
+#include "tools/batch/batch.h"
+#include "tools/batch/batch_worker.h"
 #include "tools/failure_words.h"
 #include "tools/file_bytes.h"
+#include "tools/filter/picture_filter.h"
 #include "tools/interrupt.h"
-#include "tools/picture_filter.h"
 #include "tools/program_path.h"
 
 namespace stairmelt {
@@ -41,7 +41,6 @@ void PrintPicture(const fs::path& path, const Picture& picture) {
     const char* colors = picture.colors == 1 ? "gray" : picture.colors == 3 ? "RGB" : "CMYK";
     std::printf("%s: %d x %d pixels, %s%s, %d bits per channel\n", PathText(path).c_str(), picture.width,
                 picture.height, colors, picture.hasAlpha ? " with transparency" : "", picture.depth);
-    if (picture.morePages) std::printf("only the first of its pictures is read\n");
 }
 
 void PrintReport(const FilterReport& report) {
@@ -82,6 +81,7 @@ void RunOnPicture(const Arguments& arguments) {
     if (!report.faults.empty()) {
         std::fprintf(stderr, "runfilter: the plug-in breaks the host's rules:\n%s", report.faults.c_str());
     }
+    for (const std::string& note : report.notes) std::printf("%s\n", note.c_str());
     PrintReport(report);
     if (report.times) PrintTimes(*report.times, *arguments.repeat, picture);
     filter.Remember();

@@ -109,7 +109,7 @@ def result_messages(tokens):
 def messages(tools):
     """All that runfilter can say on its error output, without its own name and that of the file before it."""
     found = set()
-    for path in sorted(tools.glob("*.cpp")):
+    for path in sorted(tools.rglob("*.cpp")):
         tokens = tokens_of(path.read_text("utf-8"))
         found.update(error_messages(tokens, text_constants(tokens)))
         if path.name == "result_words.cpp":
@@ -144,7 +144,7 @@ class Program:
 
     def read_statuses(self):
         found = set()
-        for path in (self.root / "tools").glob("*"):
+        for path in (self.root / "tools").rglob("*"):
             if path.suffix in (".cpp", ".h"):
                 for body in re.findall(r"enum ExitStatus[^{]*\{([^}]*)\}", path.read_text("utf-8")):
                     found.update(int(number) for number in re.findall(r"=\s*(\d+)", body))

@@ -28,7 +28,8 @@ def build_elsewhere(sources, toolchain, build_type, folder):
     shutil.copytree(sources, copy, ignore=shutil.ignore_patterns("build", ".git", "__pycache__"))
     build = folder / "made"
     run("cmake", "-S", copy, "-B", build, "-G", "Ninja", f"-DCMAKE_BUILD_TYPE={build_type}",
-        f"-DCMAKE_TOOLCHAIN_FILE={copy / pathlib.Path(toolchain).relative_to(sources)}", "-DSTAIRMELT_TESTS=OFF")
+        f"-DCMAKE_TOOLCHAIN_FILE={copy / pathlib.Path(toolchain).relative_to(sources)}", "-DSTAIRMELT_TESTS=OFF",
+        f"-DSTAIRMELT_LIBRARIES={sources}/build/libraries")
     run("cmake", "--build", build, "--target", "stairmelt")
     return (build / "stairmelt.8bf").read_bytes()
 

@@ -4,6 +4,7 @@
 A batch is broken off at chance moments, by Ctrl+C and by killing its process, and taken up again.
 """
 
+import io
 import os
 import pathlib
 import random
@@ -14,15 +15,19 @@ import tempfile
 import time
 import unittest
 
-sys.dont_write_bytecode = True  # nothing is to appear among the sources
-import picture_files as files
+import numpy
+import tifffile
+from PIL import Image
 
 COMMAND = []  # the program under test, with its emulator before it
 CRASHING_PLUGIN = ""
 
 
 def noise(seed, width=24, height=16):
-    return files.write_png((width, height, 3, 8, tuple(random.Random(seed).randbytes(width * height * 3))))
+    samples = numpy.random.default_rng(seed).integers(0, 256, (height, width, 3), dtype=numpy.uint8)
+    data = io.BytesIO()
+    Image.fromarray(samples).save(data, format="PNG")
+    return data.getvalue()
 
 
 class Batch(unittest.TestCase):
@@ -81,7 +86,7 @@ class Batch(unittest.TestCase):
         (self.directory / "out/003.png").write_bytes(b"as before")
         (self.directory / "out/003.png").chmod(0o444)
         # No mode of the host holds it, and that is the plug-in's failure; and a name in another code.
-        (self.directory / "in/inks.tif").write_bytes(files.write_tiff((2, 2, 4, 32, (0,) * 16), 5, tags=[(339, 3, (3,) * 4)]))
+        tifffile.imwrite(self.directory / "in/inks.tif", numpy.zeros((2, 2, 4), numpy.float32), photometric="separated")
         (self.directory / "list").write_bytes(b"in/\xe9.png")
         status, out, err = self.run_tool("--out", "out/", "--bias", "33", "--jobs", "2", *names, "in/odd.gif", "none*", "in/inks.tif",
                                          "--files", "list")

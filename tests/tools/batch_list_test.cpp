@@ -1,10 +1,10 @@
-#include "tools/batch_list.h"
+#include "tools/batch/batch_list.h"
 
 #include <gtest/gtest.h>
 
 #include <fstream>
 
-#include "tools/batch_answer.h"
+#include "tools/batch/batch_answer.h"
 #include "tools/file_bytes.h"
 
 namespace stairmelt {

@@ -1,4 +1,4 @@
-#include "tools/filter_run.h"
+#include "tools/filter/filter_run.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "tools/progress.h"
+#include "tools/batch/progress.h"
 
 #include <gtest/gtest.h>
 

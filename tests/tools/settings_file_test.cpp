@@ -1,4 +1,4 @@
-#include "tools/settings_file.h"
+#include "tools/filter/settings_file.h"
 
 #include <gtest/gtest.h>
 

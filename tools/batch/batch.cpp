@@ -1,0 +1,208 @@
+#include "tools/batch/batch.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <iostream>
+#include <iterator>
+#include <mutex>
+#include <system_error>
+#include <thread>
+
+#include "tools/batch/batch_list.h"
+#include "tools/batch/batch_worker.h"
+#include "tools/failure_words.h"
+#include "tools/file_bytes.h"
+#include "tools/interrupt.h"
+
+namespace stairmelt {
+namespace {
+
+namespace fs = std::filesystem;
+
+// What the user sees. Several threads tell it how their pictures end.
+class BatchScreen {
+public:
+    explicit BatchScreen(size_t total) {
+        counts_.total = total;
+        std::setvbuf(stdout, nullptr, _IOFBF, 1 << 12);  // a terminal is written to by the line, not by the character
+        CONSOLE_SCREEN_BUFFER_INFO info;
+        isTerminal_ = GetConsoleScreenBufferInfo(GetStdHandle(STD_OUTPUT_HANDLE), &info) != 0;
+        // In the last column a terminal may begin a new line.
+        constexpr size_t kLeast = 40;
+        if (isTerminal_ && info.dwSize.X > 0)
+            columns_ = std::max<size_t>(static_cast<size_t>(info.dwSize.X), kLeast) - 1;
+    }
+
+    void Tell(const BatchItem& item, const BatchAnswer& answer) {
+        const std::lock_guard lock(mutex_);
+        ++(answer.isSmoothed ? counts_.smoothed : counts_.failed);
+        const std::string name = PathText(item.in);
+        if (!answer.isSmoothed) {
+            PrintError(answer.words);
+            PrintLine(name + " failed");
+        } else {
+            if (!answer.words.empty()) PrintError(name + ": " + answer.words);
+            PrintLine(name + ", " + std::to_string(answer.changedPixels) + " pixels changed");
+        }
+        DrawBar(false);
+    }
+
+    void TellSkipped(const BatchItem& item) {
+        const std::lock_guard lock(mutex_);
+        ++counts_.skipped;
+        PrintLine(PathText(item.in) + " is there already");
+        DrawBar(false);
+    }
+
+    BatchCounts Close() {
+        DrawBar(true);
+        if (isTerminal_) std::printf("\n");
+        std::printf("%s\n", BatchSummary(counts_, Seconds()).c_str());
+        return counts_;
+    }
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    double Seconds() const { return std::chrono::duration<double>(Clock::now() - start_).count(); }
+
+    void PrintLine(const std::string& text) const {
+        if (isTerminal_) return;
+        std::printf("%zu of %zu: %s\n", counts_.Ended(), counts_.total, text.c_str());
+        std::fflush(stdout);
+    }
+
+    void PrintError(const std::string& text) {
+        if (isTerminal_) {
+            std::printf("\r%*s\r", static_cast<int>(columns_), "");
+            std::fflush(stdout);
+            lastDrawn_ = {};
+        }
+        std::fprintf(stderr, "runfilter: %s\n", text.c_str());
+        std::fflush(stderr);
+    }
+
+    void DrawBar(bool isLast) {
+        if (!isTerminal_) return;
+        // Terminals are slow, and eyes are slower.
+        constexpr std::chrono::milliseconds kBetweenBars(100);
+        const Clock::time_point now = Clock::now();
+        if (!isLast && now - lastDrawn_ < kBetweenBars) return;
+        lastDrawn_ = now;
+        std::string bar = ProgressBar(counts_, Seconds(), columns_);
+        bar.resize(columns_, ' ');  // over the end of a longer one
+        std::printf("\r%s", bar.c_str());
+        std::fflush(stdout);
+    }
+
+    std::mutex mutex_;
+    BatchCounts counts_;
+    bool isTerminal_ = false;
+    size_t columns_ = 79;
+    const Clock::time_point start_ = Clock::now();
+    Clock::time_point lastDrawn_ = {};
+};
+
+// The pictures that are still to be filtered, for several threads.
+class WorkList {
+public:
+    explicit WorkList(std::vector<BatchItem> items) : items_(std::move(items)) {}
+
+    size_t size() const { return items_.size(); }
+    // Null when there is no more, or the user has had enough.
+    const BatchItem* Next() {
+        if (IsInterrupted()) return nullptr;
+        const size_t index = next_++;
+        return index < items_.size() ? &items_[index] : nullptr;
+    }
+
+private:
+    std::vector<BatchItem> items_;
+    std::atomic<size_t> next_ = 0;
+};
+
+// What a process makes of a picture. It is started when there is something to do, and a new one where the plug-in has
+// ended it. Nothing where the user's interrupt has, before it was ready for one.
+std::optional<BatchAnswer> Ask(std::unique_ptr<BatchWorker>& worker, const BatchItem& item,
+                               const Arguments& arguments) {
+    try {
+        if (worker == nullptr || worker->HasEnded()) worker = std::make_unique<BatchWorker>(arguments);
+        const BatchAnswer answer = worker->Ask(item);
+        if (worker->HasEnded() && IsInterrupted()) return std::nullopt;
+        return answer;
+    } catch (...) {
+        return Failed(item.in, FailureWords());
+    }
+}
+
+// The work of one process.
+void FilterByWorker(WorkList& work, BatchScreen& screen, const Arguments& arguments) {
+    std::unique_ptr<BatchWorker> worker;
+    while (const BatchItem* item = work.Next()) {
+        std::error_code error;
+        if (!item->refusal.empty())
+            screen.Tell(*item, Failed(item->in, item->refusal));
+        else if (arguments.skipExisting && fs::exists(item->out, error))
+            screen.TellSkipped(*item);
+        else if (const std::optional<BatchAnswer> answer = Ask(worker, *item, arguments))
+            screen.Tell(*item, *answer);
+    }
+}
+
+std::string ReadInput() { return {std::istreambuf_iterator<char>(std::cin), {}}; }
+
+std::string TextOf(const fs::path& file) {
+    const Bytes bytes = LoadFile(file);
+    return {bytes.begin(), bytes.end()};
+}
+
+std::vector<std::string> WordsOf(const Arguments& arguments) {
+    std::vector<std::string> words = arguments.files;
+    for (const fs::path& list : arguments.lists) {
+        const std::string text = With(list, [&] { return list == "-" ? ReadInput() : TextOf(list); });
+        const std::vector<std::string> lines = LinesOf(text);
+        words.insert(words.end(), lines.begin(), lines.end());
+    }
+    if (words.empty()) throw ToolError("the list is empty");
+    return words;
+}
+
+// Plug-in or settings that can't be read fail here, once, and not for each picture.
+void RequireFilter(const Arguments& arguments) {
+    const PictureFilter filter(*arguments.plugin, *arguments.settings, arguments.Request());
+}
+
+void RunWorkers(WorkList& work, BatchScreen& screen, const Arguments& arguments) {
+    std::vector<std::jthread> threads;
+    try {
+        for (int32_t i = 0; i < arguments.jobs; ++i)
+            threads.emplace_back([&] { FilterByWorker(work, screen, arguments); });
+    } catch (const std::system_error&) {
+        // The system has no more threads; those that there are do the work.
+        if (threads.empty()) throw ToolError("there can't be more processes");
+    }
+}
+
+}  // namespace
+
+BatchResult RunBatch(const Arguments& arguments) {
+    const std::vector<std::string> words = WordsOf(arguments);
+    const fs::path& directory = *arguments.outDirectory;
+    std::error_code error;
+    fs::create_directories(directory, error);
+    if (!fs::is_directory(directory, error)) throw ToolError(PathText(directory) + ": can't be made");
+
+    WorkList work(ListBatch(words, directory));
+    RequireFilter(arguments);
+    RememberFirstInterrupt();
+    BatchScreen screen(work.size());
+    RunWorkers(work, screen, arguments);
+    const BatchCounts counts = screen.Close();
+    return {counts, IsInterrupted() && counts.Ended() < counts.total};
+}
+
+}  // namespace stairmelt

@@ -1,0 +1,26 @@
+// What became of one picture of a batch. Between processes it travels as a line.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace stairmelt {
+
+struct BatchAnswer {
+    bool isSmoothed = false;
+    size_t changedPixels = 0;  // where it is smoothed
+    std::string words;         // why it isn't; where it is, what the user should know of it, as a rule nothing
+};
+
+// That of a file that something is wrong with.
+BatchAnswer Failed(const std::filesystem::path& file, const std::string& why);
+
+// "smoothed\t123\twords" or "failed\t\twords", without a line's end: what would end one becomes "; ".
+std::string AnswerLine(const BatchAnswer& answer);
+
+// Nothing where the line isn't an answer.
+std::optional<BatchAnswer> ParseAnswer(std::string_view line);
+
+}  // namespace stairmelt

@@ -1,0 +1,176 @@
+#include "tools/batch/batch_worker.h"
+
+#include <windows.h>
+
+#include <array>
+#include <cstdio>
+#include <iostream>
+#include <mutex>
+#include <string_view>
+
+#include "tools/failure_words.h"
+#include "tools/file_bytes.h"
+#include "tools/program_path.h"
+
+namespace stairmelt {
+namespace {
+
+// A word as the receiving program's runtime takes it apart: a backslash counts twice before a quotation mark only.
+std::wstring Quoted(const std::wstring& word) {
+    std::wstring text = L"\"";
+    size_t backslashes = 0;
+    for (const wchar_t character : word) {
+        if (character == L'"') text.append(backslashes + 1, L'\\');
+        backslashes = character == L'\\' ? backslashes + 1 : 0;
+        text += character;
+    }
+    return text.append(backslashes, L'\\') + L'"';
+}
+
+std::wstring WorkerCommand(const Arguments& arguments) {
+    std::wstring command = Quoted(ProgramPath().wstring()) + L" --worker";
+    const auto add = [&](const wchar_t* option, const std::wstring& value) {
+        command += L' ' + std::wstring(option) + L' ' + Quoted(value);
+    };
+    if (arguments.plugin) add(L"--plugin", arguments.plugin->wstring());
+    if (arguments.settings) add(L"--settings", arguments.settings->wstring());
+    if (arguments.threshold) add(L"--threshold", std::to_wstring(*arguments.threshold));
+    if (arguments.softness) add(L"--softness", std::to_wstring(*arguments.softness));
+    if (arguments.bias) add(L"--bias", std::to_wstring(*arguments.bias));
+    return command;
+}
+
+// One whose handle has to be closed.
+class Owned {
+public:
+    explicit Owned(HANDLE handle = nullptr) : handle_(handle) {}
+    ~Owned() { Close(); }
+    Owned(const Owned&) = delete;
+    Owned& operator=(const Owned&) = delete;
+
+    void Close() {
+        if (handle_ != nullptr) CloseHandle(handle_);
+        handle_ = nullptr;
+    }
+    HANDLE* Place() { return &handle_; }
+    operator HANDLE() const { return handle_; }
+
+private:
+    HANDLE handle_;
+};
+
+// Everything in it ends when this process does. Its handle is left to the system for that.
+HANDLE JobThatEndsWithUs() {
+    static const HANDLE job = [] {
+        const HANDLE created = CreateJobObjectW(nullptr, nullptr);
+        JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits = {};
+        limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
+        SetInformationJobObject(created, JobObjectExtendedLimitInformation, &limits, sizeof(limits));
+        return created;
+    }();
+    return job;
+}
+
+LONG WINAPI EndAtOnce(EXCEPTION_POINTERS* crash) {
+    TerminateProcess(GetCurrentProcess(), crash->ExceptionRecord->ExceptionCode);
+    return EXCEPTION_EXECUTE_HANDLER;
+}
+
+// Without a box that waits for somebody, or a debugger: the process that has started this one tells what happened.
+void EndOnCrash() {
+    SetErrorMode(GetErrorMode() | SEM_NOGPFAULTERRORBOX);
+    SetUnhandledExceptionFilter(EndAtOnce);
+}
+
+// A failure is an answer, which names the picture or its result in any case.
+BatchAnswer FilterItem(PictureFilter& filter, const BatchItem& item) {
+    try {
+        const FilterReport report = filter.Filter(item.in, item.out);
+        BatchAnswer answer = {true, report.changedPixels, {}};
+        for (const std::string& note : report.notes) answer.words += note + '\n';
+        if (!report.faults.empty()) answer.words += "the plug-in breaks the host's rules: " + report.faults;
+        return answer;
+    } catch (...) {
+        const std::string words = FailureWords();
+        const bool isNamed = words.starts_with(PathText(item.in)) || words.starts_with(PathText(item.out));
+        return isNamed ? BatchAnswer{false, 0, words} : Failed(item.in, words);
+    }
+}
+
+}  // namespace
+
+struct BatchWorker::Process {
+    Owned process, input, output;
+    std::string unread;  // output of the process behind the last line
+};
+
+BatchWorker::BatchWorker(const Arguments& arguments) : process_(std::make_unique<Process>()) {
+    // A process inherits what is inheritable at the time, so that another worker started just then would keep this
+    // one's input open for ever.
+    static std::mutex gOneAtATime;
+    const std::lock_guard lock(gOneAtATime);
+
+    Owned theirInput, theirOutput;
+    SECURITY_ATTRIBUTES inheritable = {sizeof(inheritable), nullptr, TRUE};
+    if (!CreatePipe(theirInput.Place(), process_->input.Place(), &inheritable, 0) ||
+        !CreatePipe(process_->output.Place(), theirOutput.Place(), &inheritable, 0))
+        throw ToolError("there can't be more processes");
+    SetHandleInformation(process_->input, HANDLE_FLAG_INHERIT, 0);
+    SetHandleInformation(process_->output, HANDLE_FLAG_INHERIT, 0);
+
+    STARTUPINFOW startup = {};
+    startup.cb = sizeof(startup);
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    startup.hStdInput = theirInput;
+    startup.hStdOutput = theirOutput;
+    startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
+    PROCESS_INFORMATION made = {};
+    // In a group of its own, Ctrl+C doesn't reach it before it can say that it doesn't concern it.
+    std::wstring command = WorkerCommand(arguments);
+    if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, CREATE_NEW_PROCESS_GROUP, nullptr, nullptr,
+                        &startup, &made))
+        throw ToolError("there can't be more processes");
+    CloseHandle(made.hThread);
+    *process_->process.Place() = made.hProcess;
+    AssignProcessToJobObject(JobThatEndsWithUs(), made.hProcess);
+}
+
+BatchWorker::~BatchWorker() {
+    process_->input.Close();
+    WaitForSingleObject(process_->process, INFINITE);
+}
+
+BatchAnswer BatchWorker::Ask(const BatchItem& item) {
+    const std::string question = PathText(item.in) + '\t' + PathText(item.out) + '\n';
+    DWORD count = 0;
+    hasEnded_ = !WriteFile(process_->input, question.data(), static_cast<DWORD>(question.size()), &count, nullptr);
+    while (!hasEnded_) {
+        if (const size_t end = process_->unread.find('\n'); end != std::string::npos) {
+            std::string line = process_->unread.substr(0, end);
+            process_->unread.erase(0, end + 1);
+            if (line.ends_with('\r')) line.pop_back();
+            // What a plug-in prints itself is no answer.
+            if (const std::optional<BatchAnswer> answer = ParseAnswer(line)) return *answer;
+            continue;
+        }
+        std::array<char, 4096> piece;
+        hasEnded_ = !ReadFile(process_->output, piece.data(), piece.size(), &count, nullptr) || count == 0;
+        process_->unread.append(piece.data(), count);
+    }
+    return Failed(item.in, "the process that filtered it ended unexpectedly");
+}
+
+void RunWorker(PictureFilter& filter) {
+    EndOnCrash();
+    std::string line;
+    while (std::getline(std::cin, line)) {
+        const size_t tab = line.find('\t');
+        if (tab == std::string::npos) continue;
+        const BatchItem item = {PathFromText(line.substr(0, tab)), PathFromText(line.substr(tab + 1))};
+        std::printf("%s\n", AnswerLine(FilterItem(filter, item)).c_str());
+        std::fflush(stdout);
+    }
+    filter.Remember();
+}
+
+}  // namespace stairmelt

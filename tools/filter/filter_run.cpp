@@ -1,0 +1,155 @@
+#include "tools/filter/filter_run.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "resources/plugin_ids.h"
+#include "tools/filter/host_samples.h"
+#include "tools/filter/result_words.h"
+#include "tools/tool_error.h"
+
+namespace stairmelt {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double SecondsSince(Clock::time_point start) { return std::chrono::duration<double>(Clock::now() - start).count(); }
+
+// The upper one of the two in the middle, where their number is even.
+double Median(std::vector<double> values) {
+    const auto middle = values.begin() + static_cast<ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
+int16_t ModeOf(const Picture& picture) {
+    struct Row {
+        int colors, depth;
+        int16_t mode;
+    };
+    constexpr Row kRows[] = {
+        {1, 8, kModeGrayScale}, {1, 16, kModeGray16}, {1, 32, kModeGray32},   {3, 8, kModeRGBColor},
+        {3, 16, kModeRGB48},    {3, 32, kModeRGB96},  {4, 8, kModeCMYKColor}, {4, 16, kModeCMYK64},
+    };
+    for (const Row& row : kRows) {
+        if (row.colors == picture.colors && row.depth == picture.depth) return row.mode;
+    }
+    throw ToolError("the host has no mode for such a picture");
+}
+
+void OpenDocument(Picture& picture, FakeDocument& document) {
+    document.imageMode = ModeOf(picture);
+    document.width = picture.width;
+    document.height = picture.height;
+    document.planes = static_cast<int16_t>(picture.SamplesPerPixel());
+    document.depth = picture.depth;
+    document.hasTransparency = picture.hasAlpha;
+    document.source = GiveSamples(picture);
+}
+
+std::vector<ScriptValue> ValuesToPlay(const FilterRequest& request) {
+    std::vector<ScriptValue> values;
+    if (request.threshold) values.push_back({KEY_THRESHOLD, *request.threshold});
+    if (request.softness) values.push_back({KEY_SOFTNESS, *request.softness});
+    if (request.bias) values.push_back({KEY_BIAS, *request.bias});
+    return values;
+}
+
+std::optional<int32_t> Recorded(const FakeScript& script, DescriptorKeyID key) {
+    for (const ScriptValue& value : script.recorded) {
+        if (value.key == key) return value.value;
+    }
+    return std::nullopt;
+}
+
+// One run; a failure ends in ToolError. Returns its seconds.
+double RunOnce(FakeHost& host, PluginMainProc pluginMain, RunKind kind) {
+    const Clock::time_point start = Clock::now();
+    const int16_t result = host.RunFilter(pluginMain, kind);
+    if (result != kNoErr) throw ToolError(ResultWords(result));
+    return SecondsSince(start);
+}
+
+// Runs that are timed. What the host does for the filter, the delivery of pixels above all, doesn't count: the clock
+// starts anew when they have been delivered.
+class TimedRuns {
+public:
+    explicit TimedRuns(FakeHost& host) : host_(host), copy_(host.document.source) {
+        host_.onAdvance = [this] {
+            const OSErr result = host_.pixels.Deliver();
+            start_ = Clock::now();
+            return result;
+        };
+        host_.onReturn = [this](int16_t selector) {
+            if (selector == kFilterSelectorStart) kernels_.push_back(SecondsSince(start_));
+        };
+    }
+    ~TimedRuns() {
+        host_.onAdvance = nullptr;
+        host_.onReturn = nullptr;
+    }
+    TimedRuns(const TimedRuns&) = delete;
+    TimedRuns& operator=(const TimedRuns&) = delete;
+
+    double Run(PluginMainProc pluginMain, RunKind kind) {
+        const Bytes& source = host_.document.source;
+        start_ = Clock::now();
+        std::memcpy(copy_.data(), source.data(), source.size());
+        copies_.push_back(SecondsSince(start_));
+        start_ = Clock::now();  // for a filter that asks for no pixels
+        return RunOnce(host_, pluginMain, kind);
+    }
+
+    FilterTimes Medians() const { return {Median(kernels_), Median(copies_)}; }
+
+private:
+    FakeHost& host_;
+    Bytes copy_;
+    Clock::time_point start_;
+    std::vector<double> kernels_, copies_;
+};
+
+}  // namespace
+
+FilterReport RunFilterOn(FakeHost& host, PluginMainProc pluginMain, const FilterRequest& request, Picture& picture,
+                         Settings& settings) {
+    OpenDocument(picture, host.document);
+    host.checksPixels = false;
+    host.registry.persistent = settings;
+    host.script.played = ValuesToPlay(request);
+    // A filter that meets no script thinks that the user has chosen it from the menu, and shows its dialog.
+    host.script.playsWithoutValues = !request.dialog;
+    host.script.playInfo = request.dialog ? kPlugInDialogDisplay : kPlugInDialogDontDisplay;
+
+    const RunKind kind = request.dialog ? RunKind::kFromMenu : RunKind::kRepeat;
+    FakeDocument& document = host.document;
+    FilterReport report;
+    try {
+        if (request.repeat) {
+            TimedRuns runs(host);
+            for (int32_t i = 0; i < *request.repeat; ++i) report.seconds = runs.Run(pluginMain, kind);
+            report.times = runs.Medians();
+        } else {
+            report.seconds = RunOnce(host, pluginMain, kind);
+        }
+    } catch (...) {
+        TakeSamples(document.source, document.source, picture);
+        throw;
+    }
+
+    report.threshold = Recorded(host.script, KEY_THRESHOLD);
+    report.softness = Recorded(host.script, KEY_SOFTNESS);
+    report.bias = Recorded(host.script, KEY_BIAS);
+    report.faults = host.Faults();
+    report.changedPixels = TakeSamples(document.source, document.result, picture);
+    // The next picture may be large, and so may be what this one becomes in its file.
+    document.source = Bytes();
+    document.result = Bytes();
+    settings = host.registry.persistent;
+    return report;
+}
+
+}  // namespace stairmelt

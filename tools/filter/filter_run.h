@@ -1,0 +1,42 @@
+// One run of a filter on a picture, in an imitation of the host.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "hostkit/fake_host.h"
+#include "tools/filter/settings_file.h"
+#include "tools/pictures/picture.h"
+
+namespace stairmelt {
+
+struct FilterRequest {
+    std::optional<int32_t> threshold, softness, bias;  // go in as a script's values
+    bool dialog = false;                               // without it no dialog is shown, whatever else is given
+    std::optional<int32_t> repeat;  // where given, so many runs are timed, at least 1; the picture is the last one's
+};
+
+// Medians over the runs, in seconds.
+struct FilterTimes {
+    double kernel = 0;  // from the host's last delivery of pixels to the end of Start: the filter's own work
+    double copy = 0;    // a memcpy of the picture, right before each run
+};
+
+struct FilterReport {
+    std::optional<int32_t> threshold, softness, bias;  // as the filter recorded them
+    size_t changedPixels = 0;
+    double seconds = 0;                // of the last run, with the host's work and the user's time in the dialog
+    std::optional<FilterTimes> times;  // where asked for
+    std::vector<std::string> notes;    // what the user should know of a run that succeeded; empty as a rule
+    std::string faults;                // lines about rules of the host that the filter broke; empty as a rule
+};
+
+// Filters the picture in place, in a host of its own, which has to outlive the filter's library: that may hold the
+// host's services until it is unloaded. The settings are what the host keeps for plug-ins; the filter reads and changes
+// them. Throws ToolError, with picture and settings as they were, when the filter refuses.
+FilterReport RunFilterOn(FakeHost& host, PluginMainProc pluginMain, const FilterRequest& request, Picture& picture,
+                         Settings& settings);
+
+}  // namespace stairmelt

@@ -1,0 +1,52 @@
+#include "tools/filter/picture_filter.h"
+
+#include <cstdio>
+#include <system_error>
+
+#include "tools/file_bytes.h"
+#include "tools/pictures/picture_file.h"
+
+namespace stairmelt {
+
+namespace fs = std::filesystem;
+
+PictureFilter::PictureFilter(const fs::path& plugin, const fs::path& settings, const FilterRequest& request)
+    : pluginPath_(plugin),
+      settingsPath_(settings),
+      request_(request),
+      plugin_(With(plugin, [&] { return PluginLibrary(plugin); })),
+      loaded_(With(settings, [&] { return LoadSettings(settings); })),
+      settings_(loaded_) {}
+
+FilterReport PictureFilter::Filter(const fs::path& in, const fs::path& out,
+                                   const std::function<void(const Picture&)>& onRead) {
+    const FileKind kind = With(out, [&] {
+        std::error_code error;
+        if (fs::equivalent(in, out, error)) throw ToolError("is the picture itself, which would be lost");
+        RequireReplaceable(out);
+        return KindToWrite(out);
+    });
+    Picture picture = With(in, [&] { return ReadPicture(in); });
+    With(out, [&] { RequireWritable(picture, kind); });
+    if (onRead) onRead(picture);
+    // What the run before has written down concerns this one no more.
+    host_.log.clear();
+    host_.faults.clear();
+    FilterReport report =
+        With(pluginPath_, [&] { return RunFilterOn(host_, plugin_.entry(), request_, picture, settings_); });
+    if (picture.morePages) report.notes.push_back("only the first of its pictures is read");
+    With(out, [&] { StoreFile(out, EncodePicture(picture, kind)); });
+    return report;
+}
+
+void PictureFilter::Remember() {
+    if (settings_ == loaded_) return;
+    try {
+        StoreSettings(settingsPath_, settings_);
+        loaded_ = settings_;
+    } catch (const ToolError& error) {
+        std::fprintf(stderr, "runfilter: %s: %s\n", PathText(settingsPath_).c_str(), error.what());
+    }
+}
+
+}  // namespace stairmelt

@@ -1,0 +1,38 @@
+// A plug-in, loaded once, and picture files filtered with it one after the other. For one thread, as the host is.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+
+#include "hostkit/fake_host.h"
+#include "tools/filter/filter_run.h"
+#include "tools/filter/plugin_library.h"
+#include "tools/filter/settings_file.h"
+#include "tools/pictures/picture.h"
+
+namespace stairmelt {
+
+class PictureFilter {
+public:
+    // Loads plug-in and settings. Throws ToolError.
+    PictureFilter(const std::filesystem::path& plugin, const std::filesystem::path& settings,
+                  const FilterRequest& request);
+
+    // Reads the picture `in`, filters it and writes the result to `out`. `onRead` is called between the first two.
+    // Throws ToolError, or what tells of missing memory; `out` is then as it was.
+    FilterReport Filter(const std::filesystem::path& in, const std::filesystem::path& out,
+                        const std::function<void(const Picture&)>& onRead = {});
+
+    // Stores the settings as the runs have left them, where they differ from those that were loaded. That they can't be
+    // stored is only told on the error output: the pictures are there, and the next run just won't remember the values.
+    void Remember();
+
+private:
+    std::filesystem::path pluginPath_, settingsPath_;
+    FilterRequest request_;
+    FakeHost host_;  // outlives the library, which may hold its services
+    PluginLibrary plugin_;
+    Settings loaded_, settings_;
+};
+
+}  // namespace stairmelt

@@ -1,0 +1,26 @@
+// A plug-in's file, loaded.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+
+namespace stairmelt {
+
+class PluginLibrary {
+public:
+    using EntryPoint = void (*)(int16_t selector, void* record, intptr_t* data, int16_t* result);
+
+    // Throws ToolError when the file is no plug-in or can't be loaded.
+    explicit PluginLibrary(const std::filesystem::path& path);
+    ~PluginLibrary();
+    PluginLibrary(const PluginLibrary&) = delete;
+    PluginLibrary& operator=(const PluginLibrary&) = delete;
+
+    EntryPoint entry() const { return entry_; }
+
+private:
+    void* module_ = nullptr;
+    EntryPoint entry_ = nullptr;
+};
+
+}  // namespace stairmelt

@@ -1,0 +1,43 @@
+#include "tools/filter/result_words.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "engine/image.h"
+#include "host/four_char_code.h"
+
+namespace stairmelt {
+namespace {
+
+struct Row {
+    int16_t result;
+    const char* words;
+};
+
+constexpr Row kRows[] = {
+    {kReadErr, "it couldn't read the script's values"},
+    {kParamErr, "a call to the host had bad parameters"},
+    {kMemFullErr, "there isn't enough memory"},
+    {kNilHandleErr, "a memory handle is empty"},
+    {kUserCanceledErr, "cancelled"},
+    {kErrMissingParameter, "a script value is missing"},
+    {kFilterBadParameters, "it doesn't accept this host or its parameters"},
+    {kFilterBadMode, "it doesn't filter pictures of this mode or depth"},
+    {kErrPlugInHostInsufficient, "it needs a service that the host lacks"},
+    {kErrPlugInPropertyUndefined, "it asked for a property that the host lacks"},
+    {kErrReportString, "it reports an error of its own"},
+    // The low halves of the kernels' codes, which arrive untranslated.
+    {static_cast<int16_t>(kKernelMemoryError), "there isn't enough memory for its edge map"},
+    {static_cast<int16_t>(kKernelParameterError), "no kernel takes these images"},
+};
+
+}  // namespace
+
+std::string ResultWords(int16_t result) {
+    const std::string number = " (result " + std::to_string(result) + ")";
+    const auto row = std::ranges::find(kRows, result, &Row::result);
+    if (row != std::end(kRows)) return row->words + number;
+    return (result > 0 ? "it stopped without a reason" : "it failed") + number;
+}
+
+}  // namespace stairmelt

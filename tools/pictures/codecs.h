@@ -1,0 +1,37 @@
+// One library each, for picture_file.cpp. Functions throw ToolError.
+#pragma once
+
+#include <csetjmp>
+#include <span>
+#include <string>
+
+#include "tools/pictures/picture.h"
+
+namespace stairmelt {
+
+void ReadPng(std::span<const uint8_t> file, size_t maxSamples, Picture& picture);
+void ReadTiff(std::span<const uint8_t> file, size_t maxSamples, Picture& picture);
+void ReadJpeg(std::span<const uint8_t> file, size_t maxSamples, Picture& picture);
+Bytes WritePng(const Picture& picture);
+Bytes WriteTiff(const Picture& picture);
+
+// Makes room for the samples, when the other fields are set and make sense for a file of that size.
+void AllocateSamples(size_t fileSize, size_t maxSamples, Picture& picture);
+
+[[noreturn]] void ThrowDamaged(const std::string& why);
+
+#ifdef _MSC_VER
+#pragma warning(disable : 4611)  // setjmp and destructors: see below
+#endif
+
+// Calls body(). Returns false when a library of C has jumped to `jump` out of it; neither body nor what it calls may
+// have anything to be destroyed at that time.
+template <class Body>
+bool Completes(std::jmp_buf& jump, const Body& body) {
+    // NOLINTNEXTLINE(cert-err52-cpp): the libraries' only way out
+    if (setjmp(jump) != 0) return false;
+    body();
+    return true;
+}
+
+}  // namespace stairmelt

@@ -1,0 +1,64 @@
+#include "tools/pictures/picture_file.h"
+
+#include <algorithm>
+#include <new>
+#include <string>
+#include <string_view>
+
+#include "tools/file_bytes.h"
+#include "tools/pictures/codecs.h"
+#include "tools/tool_error.h"
+
+namespace stairmelt {
+
+using namespace std::string_view_literals;
+
+void ThrowDamaged(const std::string& why) { throw ToolError("the file is damaged: " + why); }
+
+void AllocateSamples(size_t fileSize, size_t maxSamples, Picture& picture) {
+    // Of a picture as large as this no compression makes less; smaller ones may be blank.
+    constexpr size_t kLarge = size_t{1} << 30, kMaxRatio = 4096;
+    const auto rows = static_cast<size_t>(picture.height);
+    if (picture.RowBytes() > maxSamples / rows) throw std::bad_alloc();
+    const size_t size = picture.RowBytes() * rows;
+    if (size > kLarge && size / kMaxRatio > fileSize) ThrowDamaged("it is too short for the picture's size");
+    picture.samples.resize(size);
+}
+
+Picture DecodePicture(std::span<const uint8_t> file, size_t maxSamples) {
+    const std::string_view text(reinterpret_cast<const char*>(file.data()), file.size());
+    const auto begins = [&](std::string_view signature) { return text.starts_with(signature); };
+    Picture picture;
+    if (begins("\x89PNG\r\n\x1A\n"))
+        ReadPng(file, maxSamples, picture);
+    else if (begins("II\x2A\0"sv) || begins("MM\0\x2A"sv) || begins("II\x2B\0"sv) || begins("MM\0\x2B"sv))
+        ReadTiff(file, maxSamples, picture);
+    else if (begins("\xFF\xD8\xFF"))
+        ReadJpeg(file, maxSamples, picture);
+    else
+        throw ToolError("not a PNG, TIFF or JPEG file");
+    return picture;
+}
+
+Picture ReadPicture(const std::filesystem::path& path) { return DecodePicture(LoadFile(path)); }
+
+FileKind KindToWrite(const std::filesystem::path& path) {
+    std::u8string extension = path.extension().u8string();
+    std::ranges::transform(extension, extension.begin(),
+                           [](char8_t c) { return c >= u8'A' && c <= u8'Z' ? static_cast<char8_t>(c + 32) : c; });
+    if (extension == u8".png") return FileKind::kPng;
+    if (extension == u8".tif" || extension == u8".tiff") return FileKind::kTiff;
+    throw ToolError("can only be written as .png, .tif or .tiff");
+}
+
+void RequireWritable(const Picture& picture, FileKind kind) {
+    if (kind == FileKind::kTiff) return;
+    if (picture.colors == 4) throw ToolError("a PNG file can't hold CMYK; a TIFF file can");
+    if (picture.depth == 32) throw ToolError("a PNG file can't hold 32 bits per channel; a TIFF file can");
+}
+
+Bytes EncodePicture(const Picture& picture, FileKind kind) {
+    return kind == FileKind::kPng ? WritePng(picture) : WriteTiff(picture);
+}
+
+}  // namespace stairmelt

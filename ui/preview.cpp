@@ -101,7 +101,7 @@ void ConvertPixel(const uint8_t* pixel, uint8_t* displayed, int64_t planeBytes) 
     // A depth that no kernel serves shows as noise, the same in all planes.
     const uint8_t noise = sampleBytes == 1 || sampleBytes == 2 || sampleBytes == 4
                               ? uint8_t{0}
-                              : LowBits<uint8_t>(static_cast<int32_t>(std::rand()));
+                              : ToSample<uint8_t>(static_cast<int32_t>(std::rand()));
     for (int32_t plane = 0; plane < planes; ++plane) {
         const uint8_t* const sample = pixel + plane * sampleBytes;
         uint8_t& byte = displayed[plane * planeBytes];

@@ -110,7 +110,7 @@ inline int32_t SampledPixel(int32_t display, double factor, double viewStart, in
 // A sample as a byte of the display image. The low byte is kept: a float beyond white wraps instead of saturating, and
 // one that no integer holds shows as 0.
 inline uint8_t DisplayByte(uint8_t sample) { return sample; }
-inline uint8_t DisplayByte(uint16_t sample) { return LowBits<uint8_t>(sample * 255 / 32768); }
-inline uint8_t DisplayByte(float sample) { return LowBits<uint8_t>(TruncateToInt(sample * 255.0f)); }
+inline uint8_t DisplayByte(uint16_t sample) { return ToSample<uint8_t>(sample * 255 / 32768); }
+inline uint8_t DisplayByte(float sample) { return ToSample<uint8_t>(TruncateToInt(sample * 255.0f)); }
 
 }  // namespace stairmelt

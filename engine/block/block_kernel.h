@@ -14,6 +14,7 @@
 #include "engine/block/plane_builder.h"
 #include "engine/block/planner.h"
 #include "engine/image.h"
+#include "engine/kernel_sets.h"
 #include "engine/rules/scan_weights.h"
 
 namespace stairmelt::inline STAIRMELT_SET {
@@ -31,5 +32,13 @@ int32_t SmoothInBlocks(const KernelJob& job) {
     PlanVisits(job, Format::kPixelBytes, planes, painter);
     return kKernelDone;
 }
+
+template <class Depth, class Set>
+inline constexpr DepthKernels kBlockKernelsOf = {
+    SmoothInBlocks<PixelFormat<Depth, 1, 0, Set>>, SmoothInBlocks<PixelFormat<Depth, 1, 1, Set>>,
+    SmoothInBlocks<PixelFormat<Depth, 2, 0, Set>>, SmoothInBlocks<PixelFormat<Depth, 2, 1, Set>>,
+    SmoothInBlocks<PixelFormat<Depth, 3, 0, Set>>, SmoothInBlocks<PixelFormat<Depth, 3, 1, Set>>,
+    SmoothInBlocks<PixelFormat<Depth, 4, 0, Set>>, SmoothInBlocks<PixelFormat<Depth, 4, 1, Set>>,
+};
 
 }  // namespace stairmelt::inline STAIRMELT_SET

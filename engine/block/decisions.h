@@ -65,17 +65,17 @@ struct Decisions {
 
     // Sets where one direction of an edge has a run, and else where it has a tail; returns where it has either. Runs
     // are short at most where `mayBeShort` is set.
-    template <RunScanner kForth, RunScanner kBack, TailRule kTail>
-    Words SetRuns(int kind, int direction, const FlagBlocks<Words>& block, Words hasEdge, Words mayBeShort,
-                  Words& hasTail) {
-        const ShortRuns<Words> runs = FindShortRuns<kForth, kBack>(block, hasEdge);
-        const Words tail = hasEdge & HasTail<kTail>(block) & ~runs.any;
+    template <RunDirection kDirection>
+    Words SetRuns(int kind, const FlagBlocks<Words>& block, Words hasEdge, Words mayBeShort, Words& hasTail) {
+        const ShortRuns<Words> runs = FindShortRuns<kDirection>(block, hasEdge);
+        const Words tail = hasEdge & HasTail<kRulesOf<kDirection>.tail>(block) & ~runs.any;
         Set(kind, runs.any);
         Set(kind + 1, tail);
         hasTail = hasTail | tail;
         const Words isShort = mayBeShort & (runs.isOne | runs.isTwo);
         measured = measured | tail | (runs.any & ~isShort);
         touches = touches | (runs.isOne & runs.farIsOne);
+        constexpr int direction = static_cast<int>(kDirection);
         facts[kRunFacts * direction + kHasTwoCells] = runs.isTwo;
         facts[kRunFacts * direction + kFarIsOne] = runs.farIsOne;
         facts[kRunFacts * direction + kFarIsTwo] = runs.farIsTwo;
@@ -98,10 +98,10 @@ void Decide(const FlagBlocks<Words>& block, const Limits<Words>& limits, Decisio
     Words hasTail = {};
     decisions.Clear(kActionKinds, 16 * kActionGroups);
     if (!IsZero(hasRight)) {
-        const Words left = decisions.template SetRuns<kScanLeft, kScanRight, kTailLeft>(kLeftRun, 0, block, hasRight,
-                                                                                        limits.farEndIsInside, hasTail);
-        const Words right = decisions.template SetRuns<kScanRight, kScanLeft, kTailRight>(
-            kRightRun, 1, block, hasRight, limits.farEndIsInside, hasTail);
+        const Words left =
+            decisions.template SetRuns<RunDirection::kLeft>(kLeftRun, block, hasRight, limits.farEndIsInside, hasTail);
+        const Words right = decisions.template SetRuns<RunDirection::kRight>(kRightRun, block, hasRight,
+                                                                             limits.farEndIsInside, hasTail);
         const Words fade = decisions.template SetFades<kRiserDiagonals>(kRiserFade, block, StraightRiser::Where(block));
         const Words mayTouch = hasRight & ~fade & ~IsRightEdgeCut(block);
         decisions.Set(kContactRightBlend, mayTouch & ~right);
@@ -111,10 +111,8 @@ void Decide(const FlagBlocks<Words>& block, const Limits<Words>& limits, Decisio
         decisions.Clear(kLeftRun, kUpRun);
     }
     if (!IsZero(hasDown)) {
-        decisions.template SetRuns<kScanUp, kScanDown, kTailUp>(kUpRun, 2, block, hasDown, limits.farEndIsInside,
-                                                                hasTail);
-        decisions.template SetRuns<kScanDown, kScanUp, kTailDown>(kDownRun, 3, block, hasDown, limits.farEndIsInside,
-                                                                  hasTail);
+        decisions.template SetRuns<RunDirection::kUp>(kUpRun, block, hasDown, limits.farEndIsInside, hasTail);
+        decisions.template SetRuns<RunDirection::kDown>(kDownRun, block, hasDown, limits.farEndIsInside, hasTail);
         decisions.template SetFades<kTreadDiagonals>(kTreadFade, block, StraightTread::Where(block));
         decisions.template SetFirst<RestoreDown1, RestoreDown2, RestoreDown3>(kRestoreDown, block, hasDown);
         decisions.template SetFirst<RestoreCorner1, RestoreCorner2>(kRestoreCorner, block, hasDown & hasRight);

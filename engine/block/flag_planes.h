@@ -148,11 +148,17 @@ struct PlaneCursor {
     int32_t x, y;
 
     bool Holds(FlagTest test) const { return Bit(test) != 0; }
+    template <FlagTest kTest>
+    uint32_t Where() const {
+        return Bit(kTest);
+    }
     void Move(int32_t dx, int32_t dy) {
         x += dx;
         y += dy;
         row += dy * planes.RowBytes();
     }
+
+    void NeedRow() const { planes.Need(y + kReachRows); }
 
     // The number of cells, from (fromX, fromY) on in steps of (kDx, kDy), at which all tests hold.
     template <int kDx, int kDy, FlagTest... kTests>

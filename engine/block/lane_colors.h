@@ -116,7 +116,7 @@ struct LaneColors {
         } else {
             if constexpr (Format::kBits == 8) {
                 if (weight >= 0 && weight <= Format::kWhole) {
-                    const auto wide = [](__m128i lanes) { return _mm256_castsi128_si256(lanes); };
+                    const auto wide = [](__m128i narrow) { return _mm256_castsi128_si256(narrow); };
                     const __m128i weights = _mm_set1_epi16(static_cast<int16_t>(weight));
                     return {_mm256_castsi256_si128(MixWords(wide(a.lanes), wide(b.lanes), wide(weights)))};
                 }

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <initializer_list>
 
 #include "engine/block/bits.h"
 #include "engine/block/flag_planes.h"
@@ -33,10 +32,10 @@ public:
             strokes[kind] = {0, 0, Offset(*job.destination, blend.dx, blend.dy),
                              Offset(*job.source, blend.fromDx, blend.fromDy), 0};
         }
-        SetRun({kLeftRun, kLeftTail}, -1, 0);
-        SetRun({kRightRun, kRightTail}, 1, 0);
-        SetRun({kUpRun, kUpTail}, 0, -1);
-        SetRun({kDownRun, kDownTail}, 0, 1);
+        SetRun(kLeftRun, RunDirection::kLeft);
+        SetRun(kRightRun, RunDirection::kRight);
+        SetRun(kUpRun, RunDirection::kUp);
+        SetRun(kDownRun, RunDirection::kDown);
     }
 
     void Perform(const Visit* visits, int count, const RunPair* lengths) override {
@@ -56,18 +55,19 @@ private:
     // How a kind that walks, or blends one pixel, goes about it.
     struct Stroke {
         int dx, dy;          // from one pixel to the next; both 0 for a single blend
-        ptrdiff_t to, from;  // bytes from the action's pixel to the first pixel, and to the one that all move toward
+        ptrdiff_t to, from;  // bytes from the visited pixel to the first one, and to the one that all move toward
         ptrdiff_t advance;   // bytes from one pixel to the next
     };
 
     // An edge is softened from both sides, and each side moves toward the one sample that lay across it in the source:
     // walks to the right and down begin beyond the edge.
-    void SetRun(std::initializer_list<ActionKind> kinds, int dx, int dy) {
+    void SetRun(ActionKind kind, RunDirection direction) {
+        const int dx = kDirections[static_cast<int>(direction)].forth.dx;
+        const int dy = kDirections[static_cast<int>(direction)].forth.dy;
         const bool isForward = dx + dy > 0;
-        for (const ActionKind kind : kinds) {
-            strokes[kind] = {dx, dy, isForward ? Offset(*job.destination, dx, dy) : 0,
-                             isForward ? 0 : Offset(*job.source, -dx, -dy), Offset(*job.destination, dx, dy)};
-        }
+        const ptrdiff_t advance = Offset(*job.destination, dx, dy);
+        strokes[kind] = {dx, dy, isForward ? advance : 0, isForward ? 0 : Offset(*job.source, -dx, -dy), advance};
+        strokes[kind + 1] = strokes[kind];  // the tail
     }
 
     // Returns the lengths of the next visit.
@@ -93,10 +93,9 @@ private:
             }
             const Stroke& stroke = strokes[kind];
             if (ramp == nullptr || !isInner) {
-                const bool isMeasured = (visit.measured & bit) != 0;
-                const int direction = stroke.dx < 0 ? 0 : stroke.dx > 0 ? 1 : stroke.dy < 0 ? 2 : 3;
-                const RunPair run =
-                    isMeasured ? lengths[-1] : ShortRun(visit.facts >> kRunFacts * direction & (kShortRuns - 1));
+                const RunPair run = (visit.measured & bit) != 0
+                                        ? lengths[-1]
+                                        : ShortRun(visit.facts >> kKnownRamps.of[kind].factShift, 0);
                 PaintCarefully(visit, (bit & kTailKinds) != 0, run, stroke, ramp);
             } else if (!Format::kMixesRows || stroke.dx == 0 || !ramp->isInRange) {
                 const auto target = LoadBlendTarget<Format>(from + stroke.from);
@@ -121,11 +120,9 @@ private:
     // Near the image's border, where a walk may end early, and for ramps that aren't cached.
     void PaintCarefully(const Visit& visit, bool isTail, const RunPair& run, const Stroke& stroke, const Cached* ramp) {
         const ImageView& image = *job.destination;
-        const int32_t room = stroke.dx < 0   ? visit.x + 1
-                             : stroke.dx > 0 ? image.width - 1 - visit.x
-                             : stroke.dy < 0 ? visit.y + 1
-                             : stroke.dy > 0 ? image.height - 1 - visit.y
-                                             : 1;
+        const bool isForward = stroke.dx + stroke.dy > 0;
+        const int32_t room =
+            RoomFrom(visit.x, visit.y, stroke.dx, stroke.dy, image.width, image.height) + (isForward ? 0 : 1);
         uint8_t* to = PixelAt<Format>(image, visit.x, visit.y) + stroke.to;
         const auto target = LoadBlendTarget<Format>(PixelAt<Format>(*job.source, visit.x, visit.y) + stroke.from);
         if (ramp != nullptr) {
@@ -143,14 +140,13 @@ private:
     // So far from the image's border that no cached ramp reaches it.
     bool IsInner(int32_t x, int32_t y) const {
         constexpr int32_t kMargin = 16;
-        static_assert(kMargin > Cached::kMaxCount);
+        static_assert(kMargin > Cached::kMaxCount && kRowsAhead > Cached::kMaxCount + 1);
         const ImageView& image = *job.destination;
         return x >= kMargin && x < image.width - kMargin && y >= kMargin && y < image.height - kMargin;
     }
 
     void PaintFade(int kind, int32_t visitX, int32_t visitY, int32_t length) {
-        const Diagonal& diagonal =
-            kind < kTreadFade ? kRiserDiagonals[kind - kRiserFade] : kTreadDiagonals[kind - kTreadFade];
+        const Diagonal& diagonal = DiagonalOf(kind);
         const ImageView& image = *job.destination;
         const int32_t x = visitX + diagonal.pixelX, y = visitY + diagonal.pixelY;
         const int32_t fromX = x + diagonal.sourceX, fromY = y + diagonal.sourceY;

@@ -48,6 +48,28 @@ struct CachedRamp {
     }
 };
 
+// Where the ramps of a kind stand that are known without measuring, and its facts: short runs by their facts, then
+// single blends by weight.
+struct KnownRamp {
+    uint8_t first, factShift;
+};
+struct KnownRampTable {
+    KnownRamp of[kActionKinds];
+};
+constexpr KnownRampTable MakeKnownRamps() {
+    KnownRampTable table{};
+    for (int kind = 0; kind < kActionKinds; ++kind) {
+        const int weight = static_cast<int>(kBlends.of[kind].weight);
+        table.of[kind] = {static_cast<uint8_t>(kShortRuns + weight), kNoFacts};
+    }
+    table.of[kLeftRun] = {0, 0};
+    table.of[kRightRun] = {0, kRunFacts};
+    table.of[kUpRun] = {0, 2 * kRunFacts};
+    table.of[kDownRun] = {0, 3 * kRunFacts};
+    return table;
+}
+inline constexpr KnownRampTable kKnownRamps = MakeKnownRamps();
+
 template <class Weights>
 class RampCache {
 public:
@@ -56,7 +78,7 @@ public:
 
     RampCache(const KernelJob& job, int32_t biasOfTails, Weight cornerWeight)
         : softness(job.softness), bias(job.bias), tailBias(biasOfTails) {
-        for (int facts = 0; facts < kShortRuns; ++facts) known[facts].Fill(Stair(ShortRun(facts)));
+        for (int facts = 0; facts < kShortRuns; ++facts) known[facts].Fill(Stair(ShortRun(facts, 0)));
         for (const BlendWeight blend : kBlendWeights) {
             const Weight weight = WeightOf<Weights>(blend, cornerWeight);
             const bool isInRange = weight >= 0 && weight <= Weights::kWhole;
@@ -75,8 +97,8 @@ public:
 
     // The weights of a short run or a single blend. Null where the ramp is too long for the cache.
     const Cached* FindKnown(int kind, int facts) const {
-        const Place& place = kPlaces.of[kind];
-        const Cached& ramp = known[place.first + (facts >> place.shift & (kShortRuns - 1))];
+        const KnownRamp& place = kKnownRamps.of[kind];
+        const Cached& ramp = known[place.first + (facts >> place.factShift & (kShortRuns - 1))];
         return ramp.state == Cached::kCached ? &ramp : nullptr;
     }
 
@@ -110,26 +132,6 @@ public:
 
 private:
     static constexpr int32_t kMaxLength = 8;  // cells
-
-    // Where the known ramps of a kind stand, and its facts.
-    struct Place {
-        uint8_t first, shift;
-    };
-    struct PlaceTable {
-        Place of[kActionKinds];
-
-        constexpr PlaceTable() : of{} {
-            for (int kind = 0; kind < kActionKinds; ++kind) {
-                of[kind] = {static_cast<uint8_t>(kShortRuns + static_cast<int>(kBlends.of[kind].weight)),
-                            4 * kRunFacts + 4};
-            }
-            of[kLeftRun] = {0, 0};
-            of[kRightRun] = {0, kRunFacts};
-            of[kUpRun] = {0, 2 * kRunFacts};
-            of[kDownRun] = {0, 3 * kRunFacts};
-        }
-    };
-    static constexpr PlaceTable kPlaces{};
 
     const int32_t softness, bias, tailBias;
     Cached known[kShortRuns + std::size(kBlendWeights)] = {};  // short runs by their facts, single blends by weight

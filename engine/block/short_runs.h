@@ -36,8 +36,9 @@ struct ShortWalk {
     }
 };
 
-template <RunScanner kForth, RunScanner kBack, class Words>
+template <RunDirection kDirection, class Words>
 ShortRuns<Words> FindShortRuns(const FlagBlocks<Words>& block, Words hasEdge) {
+    constexpr RunScanner kForth = kRulesOf<kDirection>.forth, kBack = kRulesOf<kDirection>.back;
     constexpr int dx = kForth.dx, dy = kForth.dy;
     const ShortWalk<kForth, kForth.first, Words> first(block);
     const ShortWalk<kForth, kForth.second, Words> second(block);

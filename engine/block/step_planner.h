@@ -100,43 +100,27 @@ private:
             visit.measured |= uint64_t{1} << kind;
             lengths[measuredLengths++] = run;
         };
-        const auto addRun = [&](int kind, RunDirection direction, auto measure) {
-            const int index = static_cast<int>(direction);
-            const bool isKnown = (isShort >> index & 1) != 0;
-            RunPair run = isKnown ? ShortRun(visit.facts >> kRunFacts * index & (kShortRuns - 1)) : measure();
-            if (MayTouchDot(run)) run.farLength = FarLengthAtDot(direction, x, y, width, height, planes);
+        const auto addRun = [&]<RunDirection kDirection>(int kind) {
+            constexpr int direction = static_cast<int>(kDirection);
+            constexpr RunScanner kForth = kDirections[direction].forth;
+            const bool isKnown = (isShort >> direction & 1) != 0;
+            RunPair run = isKnown ? ShortRun(visit.facts, direction)
+                                  : MeasureRun<kDirection>(at, RoomFrom(x, y, kForth.dx, kForth.dy, width, height));
+            if (MayTouchDot(run)) run.farLength = FarLengthAtDot(kDirection, x, y, width, height, planes);
             if (!isKnown || run.farLength < 0) add(kind, run);
         };
-        const auto addFade = [&]<Diagonal kDiagonal>(int kind) { add(kind, {DiagonalLength<kDiagonal>(at), 0}); };
         for (uint64_t rest = visit.kinds & (kRunKinds | kTailKinds | kFadeKinds); rest != 0; rest &= rest - 1) {
             const int kind = TrailingZeros(rest);
             switch (kind) {
-                case kLeftRun:
-                    addRun(kind, RunDirection::kLeft, [&] { return MeasureRun<kScanLeft, kScanRight>(at, x); });
-                    break;
-                case kRightRun:
-                    addRun(kind, RunDirection::kRight,
-                           [&] { return MeasureRun<kScanRight, kScanLeft>(at, width - 1 - x); });
-                    break;
-                case kUpRun:
-                    addRun(kind, RunDirection::kUp, [&] { return MeasureRun<kScanUp, kScanDown>(at, y); });
-                    break;
-                case kDownRun:
-                    addRun(kind, RunDirection::kDown,
-                           [&] { return MeasureRun<kScanDown, kScanUp>(at, height - 1 - y); });
-                    break;
+                case kLeftRun: addRun.template operator()<RunDirection::kLeft>(kind); break;
+                case kRightRun: addRun.template operator()<RunDirection::kRight>(kind); break;
+                case kUpRun: addRun.template operator()<RunDirection::kUp>(kind); break;
+                case kDownRun: addRun.template operator()<RunDirection::kDown>(kind); break;
                 case kLeftTail: add(kind, {TailLength<kTailLeft>(at), 0}); break;
                 case kRightTail: add(kind, {TailLength<kTailRight>(at), 0}); break;
                 case kUpTail: add(kind, {TailLength<kTailUp>(at), 0}); break;
                 case kDownTail: add(kind, {TailLength<kTailDown>(at), 0}); break;
-                case kRiserFade: addFade.template operator()<kRiserDiagonals[0]>(kind); break;
-                case kRiserFade + 1: addFade.template operator()<kRiserDiagonals[1]>(kind); break;
-                case kRiserFade + 2: addFade.template operator()<kRiserDiagonals[2]>(kind); break;
-                case kRiserFade + 3: addFade.template operator()<kRiserDiagonals[3]>(kind); break;
-                case kTreadFade: addFade.template operator()<kTreadDiagonals[0]>(kind); break;
-                case kTreadFade + 1: addFade.template operator()<kTreadDiagonals[1]>(kind); break;
-                case kTreadFade + 2: addFade.template operator()<kTreadDiagonals[2]>(kind); break;
-                default: addFade.template operator()<kTreadDiagonals[3]>(kind); break;
+                default: add(kind, {DiagonalLength(at, DiagonalOf(kind)), 0}); break;
             }
         }
     }

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "engine/rules/diagonal_rules.h"
 #include "engine/rules/run_rules.h"
 #include "engine/rules/visit_rules.h"
 
@@ -45,8 +46,12 @@ constexpr uint64_t kFadeKinds = KindBits(kRiserFade, 4) | KindBits(kTreadFade, 4
 // What is known of the runs of one and two cells without measuring: three bits for each direction, in the order left,
 // right, up, down. They are the index of a short run's RunPair.
 enum RunFact { kHasTwoCells, kFarIsOne, kFarIsTwo, kRunFacts };
-constexpr RunPair ShortRun(int facts) { return {(facts >> kHasTwoCells & 1) + 1, facts >> kFarIsOne & 3}; }
 constexpr int kShortRuns = 1 << kRunFacts;
+constexpr int kNoFacts = 16;  // a shift that leaves none of a visit's facts
+constexpr RunPair ShortRun(int facts, int direction) {
+    const int ofRun = facts >> kRunFacts * direction;
+    return {(ofRun >> kHasTwoCells & 1) + 1, ofRun >> kFarIsOne & 3};
+}
 
 // A pixel at which something is done.
 struct Visit {
@@ -57,28 +62,31 @@ struct Visit {
     uint8_t span;    // 0, or so many pixels from x on to the right at which nothing but kAverage is done
 };
 
+// The diagonal that a kind fades.
+constexpr const Diagonal& DiagonalOf(int kind) {
+    return kind < kTreadFade ? kRiserDiagonals[kind - kRiserFade] : kTreadDiagonals[kind - kTreadFade];
+}
+
 // The blend that each kind makes; {} for kinds that aren't single blends.
 struct BlendTable {
     Blend of[kActionKinds];
-
-    constexpr BlendTable() : of{} {
-        of[kContactRightBlend] = kContactRight;
-        of[kContactLeftBlend] = kContactLeft;
-        Set<RestoreRight1, RestoreRight2, RestoreRight3>(kRestoreRight);
-        Set<RestoreDown1, RestoreDown2, RestoreDown3>(kRestoreDown);
-        Set<RestoreCorner1, RestoreCorner2>(kRestoreCorner);
-        Set<RestoreMost1, RestoreMost2>(kRestoreMostAbove);
-        Set<Sixth1, Sixth2, Sixth3, Sixth4, Sixth5, Sixth6, Sixth7, Sixth8>(kSixth);
-    }
-
-private:
-    template <class... Rules>
-    constexpr void Set(int kind) {
-        ((of[kind++] = Rules::kBlend), ...);
-    }
 };
-
-inline constexpr BlendTable kBlends{};
+template <class... Rules>
+constexpr void SetBlends(BlendTable& table, int kind) {
+    ((table.of[kind++] = Rules::kBlend), ...);
+}
+constexpr BlendTable MakeBlends() {
+    BlendTable table{};
+    table.of[kContactRightBlend] = kContactRight;
+    table.of[kContactLeftBlend] = kContactLeft;
+    SetBlends<RestoreRight1, RestoreRight2, RestoreRight3>(table, kRestoreRight);
+    SetBlends<RestoreDown1, RestoreDown2, RestoreDown3>(table, kRestoreDown);
+    SetBlends<RestoreCorner1, RestoreCorner2>(table, kRestoreCorner);
+    SetBlends<RestoreMost1, RestoreMost2>(table, kRestoreMostAbove);
+    SetBlends<Sixth1, Sixth2, Sixth3, Sixth4, Sixth5, Sixth6, Sixth7, Sixth8>(table, kSixth);
+    return table;
+}
+inline constexpr BlendTable kBlends = MakeBlends();
 
 // Receives the visits in the order of the scan.
 class VisitSink {

@@ -42,10 +42,11 @@ struct FlagCursor {
 
     bool Holds(FlagTest test) const { return ((cell[test.dy * stride + test.dx] & test.flag) != 0) == test.wanted; }
     template <FlagTest kTest>
-    bool Where() const {
+    uint32_t Where() const {
         return Holds(kTest);
     }
     void Move(int32_t dx, int32_t dy) { cell += dy * stride + dx; }
+    void NeedRow() const {}  // all rows are built
 
     // The number of cells, from (fromX, fromY) on in steps of (kDx, kDy), at which all tests hold.
     template <int kDx, int kDy, FlagTest... kTests>

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "engine/image.h"
+#include "engine/kernel_sets.h"
 #include "engine/plain/edge_builder.h"
 #include "engine/plain/edge_map.h"
 #include "engine/plain/stair_scan.h"
@@ -24,5 +25,13 @@ int32_t SmoothPlainly(const KernelJob& job) {
     StairScan<Format>{job, map, DeriveScanWeights<Format>(job)}.Run();
     return kKernelDone;
 }
+
+template <class Depth>
+inline constexpr DepthKernels kPlainKernelsOf = {
+    SmoothPlainly<PixelFormat<Depth, 1, 0>>, SmoothPlainly<PixelFormat<Depth, 1, 1>>,
+    SmoothPlainly<PixelFormat<Depth, 2, 0>>, SmoothPlainly<PixelFormat<Depth, 2, 1>>,
+    SmoothPlainly<PixelFormat<Depth, 3, 0>>, SmoothPlainly<PixelFormat<Depth, 3, 1>>,
+    SmoothPlainly<PixelFormat<Depth, 4, 0>>, SmoothPlainly<PixelFormat<Depth, 4, 1>>,
+};
 
 }  // namespace stairmelt

@@ -3,10 +3,8 @@
 // was. A pixel that several visits change is mixed several times, and the order of the scan fixes the result.
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <iterator>
 
 #include "engine/image.h"
 #include "engine/plain/edge_map.h"
@@ -56,9 +54,9 @@ struct StairScan {
     }
 
     void SmoothRightEdge(int32_t x, int32_t y, bool& tailRan) {
-        const bool leftDone = SmoothRun<RunDirection::kLeft, kScanLeft, kScanRight, kTailLeft>(x, y, tailRan);
-        const bool rightDone = SmoothRun<RunDirection::kRight, kScanRight, kScanLeft, kTailRight>(x, y, tailRan);
-        const bool faded = StraightRiser::Holds(CursorAt(map, x, y)) && FadeDiagonals<kRiserDiagonals>(x, y);
+        const bool leftDone = SmoothRun<RunDirection::kLeft>(x, y, tailRan);
+        const bool rightDone = SmoothRun<RunDirection::kRight>(x, y, tailRan);
+        const bool faded = StraightRiser::Holds(CursorAt(map, x, y)) && FadeDiagonals(kRiserDiagonals, x, y);
         if (!faded && !IsRightEdgeCut(CursorAt(map, x, y))) {
             if (!rightDone) Apply(kContactRight, x, y);
             if (!leftDone) Apply(kContactLeft, x, y);
@@ -68,9 +66,9 @@ struct StairScan {
 
     // Makes no contact blends: the two edges are unlike on purpose.
     void SmoothDownEdge(int32_t x, int32_t y, bool hasRight, bool& tailRan) {
-        SmoothRun<RunDirection::kUp, kScanUp, kScanDown, kTailUp>(x, y, tailRan);
-        SmoothRun<RunDirection::kDown, kScanDown, kScanUp, kTailDown>(x, y, tailRan);
-        if (StraightTread::Holds(CursorAt(map, x, y))) FadeDiagonals<kTreadDiagonals>(x, y);
+        SmoothRun<RunDirection::kUp>(x, y, tailRan);
+        SmoothRun<RunDirection::kDown>(x, y, tailRan);
+        if (StraightTread::Holds(CursorAt(map, x, y))) FadeDiagonals(kTreadDiagonals, x, y);
         BlendFirst<RestoreDown1, RestoreDown2, RestoreDown3>(x, y);
         if (hasRight) BlendFirst<RestoreCorner1, RestoreCorner2>(x, y);
     }
@@ -88,20 +86,22 @@ struct StairScan {
     }
 
     // Measures one direction of an edge and runs a stair or tail ramp there. Returns whether one ran.
-    template <RunDirection kDirection, RunScanner kForth, RunScanner kBack, TailRule kTail>
+    template <RunDirection kDirection>
     bool SmoothRun(int32_t x, int32_t y, bool& tailRan) {
+        using Weights = typename Format::Weights;
+        constexpr const DirectionRules& kRules = kRulesOf<kDirection>;
+        constexpr int dx = kRules.forth.dx, dy = kRules.forth.dy;
         const int32_t width = job.destination->width, height = job.destination->height;
-        const int32_t room = kForth.dx < 0 ? x : kForth.dx > 0 ? width - 1 - x : kForth.dy < 0 ? y : height - 1 - y;
-        RunPair run = MeasureRun<kForth, kBack>(CursorAt(map, x, y), room);
+        const FlagCursor at = CursorAt(map, x, y);
+        RunPair run = MeasureRun<kDirection>(at, RoomFrom(x, y, dx, dy, width, height));
         if (run.length != 0) {
             if (MayTouchDot(run)) run.farLength = FarLengthAtDot(kDirection, x, y, width, height, map);
-            WalkRamp<kForth>(x, y,
-                             StairRamp<typename Format::Weights>(RunSoftness(job.softness, run), run.length, job.bias));
+            WalkRamp<dx, dy>(x, y, StairRamp<Weights>(RunSoftness(job.softness, run), run.length, job.bias));
             return true;
         }
-        const int32_t tail = TailLength<kTail>(CursorAt(map, x, y));
+        const int32_t tail = TailLength<kRules.tail>(at);
         if (tail == 0) return false;
-        WalkRamp<kForth>(x, y, TailRamp<typename Format::Weights>(job.softness, tail, weights.tailBias));
+        WalkRamp<dx, dy>(x, y, TailRamp<Weights>(job.softness, tail, weights.tailBias));
         tailRan = true;
         return true;
     }
@@ -109,31 +109,28 @@ struct StairScan {
     // Walks a ramp away from the edge at (x, y). An edge is softened from both sides, and each side moves toward the
     // one sample that lay across it in the source: the ramp spreads that value outward. A walk looks at nothing but the
     // weight and the image's bounds, and crosses other edges.
-    template <RunScanner kScanner>
+    template <int kDx, int kDy>
     void WalkRamp(int32_t x, int32_t y, Ramp ramp) {
-        constexpr bool kIsForward = kScanner.dx + kScanner.dy > 0;  // begins beyond the edge
-        constexpr int32_t kAcrossX = kScanner.dx != 0, kAcrossY = kScanner.dy != 0;
+        constexpr bool kIsForward = kDx + kDy > 0;  // begins beyond the edge
+        constexpr int32_t kAcrossX = kDx != 0, kAcrossY = kDy != 0;
         const auto target = LoadBlendTarget<Format>(
             PixelAt<Format>(*job.source, kIsForward ? x : x + kAcrossX, kIsForward ? y : y + kAcrossY));
         if (kIsForward) x += kAcrossX, y += kAcrossY;
-        for (; !ramp.finished && Contains(x, y); x += kScanner.dx, y += kScanner.dy) {
+        for (; !ramp.finished && Contains(x, y); x += kDx, y += kDy) {
             MixPixel<Format>(PixelAt<Format>(*job.destination, x, y), target, NextBentWeight(ramp));
         }
     }
 
     // Measures and fades all four diagonals; returns whether any was faded. One that is doesn't stop the next.
-    template <const Diagonal (&kDiagonals)[4]>
-    bool FadeDiagonals(int32_t x, int32_t y) {
-        const auto fade = [&]<int kIndex>() {
-            constexpr const Diagonal& kDiagonal = kDiagonals[kIndex];
-            const int32_t n = DiagonalLength<kDiagonal>(CursorAt(map, x, y));
-            if (n < kShortestDiagonal) return false;
-            FadeDiagonal(kDiagonal, x, y, n);
-            return true;
-        };
-        const bool faded[] = {fade.template operator()<0>(), fade.template operator()<1>(),
-                              fade.template operator()<2>(), fade.template operator()<3>()};
-        return std::find(std::begin(faded), std::end(faded), true) != std::end(faded);
+    bool FadeDiagonals(const Diagonal (&diagonals)[4], int32_t x, int32_t y) {
+        bool faded = false;
+        for (const Diagonal& diagonal : diagonals) {
+            const int32_t n = DiagonalLength(CursorAt(map, x, y), diagonal);
+            if (n < kShortestDiagonal) continue;
+            FadeDiagonal(diagonal, x, y, n);
+            faded = true;
+        }
+        return faded;
     }
 
     // In each pair of pixels across the stair, one takes a part of the other's value; where the stair goes upward, the

@@ -50,8 +50,10 @@ int32_t WalkLength(const Cursor& at) {
         at.template CountCells<kScanner.dx, kScanner.dy, Not(kScanner.end), Not(kWalk.breakIfSet), kWalk.breakIfClear>(
             kScanner.dx, kScanner.dy);
     // One expression without branches: which of the tests holds can't be predicted.
-    const bool isDropped = at.Holds(kWalk.guard) | ((n >= kLongRun) & at.Holds(Not(kWalk.confirmation)));
-    return isDropped ? 0 : n;
+    const uint32_t isLong = n >= kLongRun;
+    const uint32_t isDropped =
+        at.template Where<kWalk.guard>() | (isLong & at.template Where<Not(kWalk.confirmation)>());
+    return isDropped != 0 ? 0 : n;
 }
 
 // The length of the run that leaves the edge at the cursor's pixel; 0 for none.
@@ -59,8 +61,8 @@ template <RunScanner kScanner, class Cursor>
 int32_t RunLength(const Cursor& at) {
     const int32_t n = WalkLength<kScanner, kScanner.first>(at);
     const int32_t m = WalkLength<kScanner, kScanner.second>(at);
-    const bool isClosed = (n != 0) & at.Holds(Moved(kScanner.end, kScanner.dx * (n + 1), kScanner.dy * (n + 1)));
-    return isClosed | (n >= m) ? n : m;
+    const bool isClosed = n != 0 && at.Holds(Moved(kScanner.end, kScanner.dx * (n + 1), kScanner.dy * (n + 1)));
+    return isClosed || n >= m ? n : m;
 }
 
 // The same rule for all pixels of a block: where the walk doesn't stop before its cell number kCell, counted from 1,
@@ -84,15 +86,6 @@ struct RunPair {
     int32_t length;     // 0: there is no run, nor a far one
     int32_t farLength;  // 0: none, also where the far end lies outside the image
 };
-
-// room: columns or rows from the cursor's pixel to the image's border, in the scanner's direction.
-template <RunScanner kForth, RunScanner kBack, class Cursor>
-RunPair MeasureRun(Cursor at, int32_t room) {
-    const int32_t length = RunLength<kForth>(at);
-    if (length == 0 || length + 1 > room) return {length, 0};
-    at.Move(kForth.dx * (length + 1), kForth.dy * (length + 1));
-    return {length, RunLength<kBack>(at)};
-}
 
 // A line one pixel thick shows both of its sides along the walk.
 struct TailRule {
@@ -133,6 +126,39 @@ auto HasTail(const Block& block) {
     return WhereAll<Not(Moved(kRule.end, dx, dy)), Not(Moved(kRule.nearBreak, dx, dy)), Moved(kRule.nearSide, dx, dy),
                     Not(Moved(kRule.farBreak, dx, dy)), Moved(kRule.farSide, dx, dy), Not(kRule.clear[0]),
                     Not(kRule.clear[1]), Not(kRule.clear[2]), Not(kRule.clear[3]), Not(kRule.clear[4])>(block);
+}
+
+enum class RunDirection { kLeft, kRight, kUp, kDown };
+
+// What is looked for in one direction of an edge: a run, the run on the way back from its far end, and else a tail.
+struct DirectionRules {
+    RunScanner forth, back;
+    TailRule tail;
+};
+constexpr DirectionRules kDirections[4] = {
+    {kScanLeft, kScanRight, kTailLeft},
+    {kScanRight, kScanLeft, kTailRight},
+    {kScanUp, kScanDown, kTailUp},
+    {kScanDown, kScanUp, kTailDown},
+};
+template <RunDirection kDirection>
+constexpr const DirectionRules& kRulesOf = kDirections[static_cast<int>(kDirection)];
+
+// Columns or rows from (x, y) to the image's border in a direction; 0 where dx and dy are.
+constexpr int32_t RoomFrom(int32_t x, int32_t y, int dx, int dy, int32_t width, int32_t height) {
+    if (dx != 0) return dx < 0 ? x : width - 1 - x;
+    if (dy != 0) return dy < 0 ? y : height - 1 - y;
+    return 0;
+}
+
+// room: from the cursor's pixel in that direction.
+template <RunDirection kDirection, class Cursor>
+RunPair MeasureRun(Cursor at, int32_t room) {
+    constexpr const DirectionRules& kRules = kRulesOf<kDirection>;
+    const int32_t length = RunLength<kRules.forth>(at);
+    if (length == 0 || length + 1 > room) return {length, 0};
+    at.Move(kRules.forth.dx * (length + 1), kRules.forth.dy * (length + 1));
+    return {length, RunLength<kRules.back>(at)};
 }
 
 }  // namespace stairmelt::inline STAIRMELT_SET

@@ -10,8 +10,6 @@
 
 namespace stairmelt::inline STAIRMELT_SET {
 
-enum class RunDirection { kLeft, kRight, kUp, kDown };
-
 // The four pixels right of and below the one at hand, and it: an edge all round and none inside. The left side first:
 // at the border, a cell beyond the edge map's first guard row is reached only after a test that has failed.
 using IsolatedBlock = Pattern<R(-1, 0), R(-1, 1), R(1, 0), R(1, 1), D(0, -1), D(0, 1), D(1, -1), D(1, 1), Not(R(0, 0)),

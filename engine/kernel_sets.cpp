@@ -15,9 +15,9 @@ const KernelSet kBaselineKernels = {"baseline", Always, {&kBaselineD8, &kBaselin
 const KernelSet kAvx2Kernels = {"avx2", HasAvx2, {&kAvx2D8, &kAvx2D16, &kAvx2D32}};
 
 bool IsForBlocks(int32_t width, int32_t height) {
-    constexpr int32_t kLeastWidth = 32;
-    constexpr int32_t kMostSide = INT32_MAX - 1024;
-    return width >= kLeastWidth && width <= kMostSide && height >= 1 && height <= kMostSide;
+    constexpr int32_t kMinWidth = 32;
+    constexpr int32_t kMaxSide = INT32_MAX - 1024;
+    return width >= kMinWidth && width <= kMaxSide && height >= 1 && height <= kMaxSide;
 }
 
 const KernelSet& FastestKernels(int32_t width, int32_t height) {

@@ -29,11 +29,11 @@ struct KernelSet {
     }
 };
 
-// The plain form serves every size; the others serve what IsForBlocks allows.
+// The plain form supports every size, the others what IsForBlocks allows.
 extern const KernelSet kPlainKernels, kBaselineKernels, kAvx2Kernels;
 
-// Narrow images take the plain form: their flags as bits would be mostly guards. So do sides that only memory in
-// terabytes could hold, so that coordinates may be added to without care.
+// Narrow images take the plain form: their flags as bits would be mostly guards. So do sides so
+// long that coordinates could overflow where something is added to them.
 bool IsForBlocks(int32_t width, int32_t height);
 
 // The set for images of that size on this machine.

@@ -1,4 +1,4 @@
-// Decides for all pixels of a stretch at once what a visit of each would do: for each kind of action the pixels at
+// Decides for all pixels of some blocks at once what a visit of each would do: for each kind of action the pixels at
 // which it is done. The decisions rest on flags alone, which the scan never changes, so that they can be made ahead of
 // the visits.
 #pragma once

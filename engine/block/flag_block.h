@@ -1,4 +1,4 @@
-// The flags of a stretch of neighbouring pixels of a row, and of the rows around it, as vectors of words. Each word has
+// The flags of some blocks of pixels, and of the rows around them, as vectors of words. Each word has
 // one block: bit k is column x + k - kGuardColumns of the block that begins at column x. The four bits on either side
 // are there to be looked at from the pixels between them, so that an offset is a shift. Since every cell around the
 // image reads as zero, testing all conditions gives what testing them one by one does.

@@ -1,4 +1,4 @@
-// The runs of one and two cells of all pixels of a stretch, with the runs at their far ends, by the same rules as
+// The runs of one and two cells of all pixels of some blocks, with the runs at their far ends, by the same rules as
 // RunLength and MeasureRun (rules/run_rules.h): most runs are that short, and measuring each would cost more than all
 // else.
 #pragma once

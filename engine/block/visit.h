@@ -1,5 +1,5 @@
 // What a visit of a pixel can do to the picture, as numbered kinds, and the record that asks for it. The planner
-// (step_planner.h) writes these records from the flags alone; the painter (painter.h) carries them out in one format.
+// (block_planner.h) writes these records from the flags alone; the painter (painter.h) carries them out in one format.
 #pragma once
 
 #include <cstdint>

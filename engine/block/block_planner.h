@@ -1,5 +1,6 @@
-// The planner for one kind of vector. A stretch of pixels is decided at once (decisions.h); then each pixel at which
-// something is done gets its actions, with the runs, tails and diagonals measured that they depend on.
+// The planner for one kind of vector. As many flagged blocks as fit a vector are decided at once (decisions.h); then
+// each pixel at which something is done gets its actions, with the runs, tails and diagonals measured that they depend
+// on.
 #pragma once
 
 #include <xmmintrin.h>
@@ -20,9 +21,9 @@
 namespace stairmelt::inline STAIRMELT_SET {
 
 template <class Words>
-class StepPlanner {
+class Planner {
 public:
-    StepPlanner(const KernelJob& kernelJob, int bytesOfPixel, FlagPlanes& flagPlanes, VisitSink& visitSink)
+    Planner(const KernelJob& kernelJob, int bytesOfPixel, FlagPlanes& flagPlanes, VisitSink& visitSink)
         : job(kernelJob),
           width(kernelJob.destination->width),
           height(kernelJob.destination->height),

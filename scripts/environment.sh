@@ -82,7 +82,25 @@ prepare_wine() {
         # Until it has written the prefix to disk, it isn't all there.
         wineserver --wait
     fi
+    set_dialog_font
     keep_wine_running
+}
+
+# Dialogs are set in "MS Shell Dlg". On Windows that is Microsoft Sans Serif, whose dialog units are 6 by 13 pixels; in Wine
+# it is Tahoma, or MS UI Gothic for Japanese, and where both are missing a wider font that cuts texts short. Wine's own MS
+# Sans Serif has the units and the widths of Windows', but Debian's Wine doesn't look where its package puts it. The
+# substitutes of "MS Shell Dlg" itself can't be changed: Wine writes them anew when the locale changes.
+set_dialog_font() {
+    local fonts=$WINEPREFIX/drive_c/windows/Fonts font=sserife.fon name
+    [ ! -e "$fonts/$font" ] || return 0
+    for name in Tahoma "MS UI Gothic"; do
+        quietly "$root/build/wine.log" "${at_rest[@]}" wine reg add 'HKCU\Software\Wine\Fonts\Replacements' \
+            /v "$name" /d "MS Sans Serif" /f </dev/null
+    done
+    cp "/usr/share/wine/fonts/$font" "$fonts"
+    # It reads its fonts when its server starts.
+    wineserver --kill || true
+    wineserver --wait
 }
 
 # Sets $at_rest, to stand before a command that starts Windows programs. Debian's Wine is loaded below 2^31 and wants the

@@ -21,14 +21,7 @@ quietly() {
 }
 
 as_root() {
-    if [ "$(id -u)" = 0 ]; then
-        "$@"
-    elif command -v sudo >/dev/null; then
-        sudo --preserve-env=DEBIAN_FRONTEND "$@"
-    else
-        say "this needs root, and there is no sudo: $*"
-        return 1
-    fi
+    if [ "$(id -u)" = 0 ]; then "$@"; else sudo --preserve-env=DEBIAN_FRONTEND "$@"; fi
 }
 
 # install_missing PACKAGE...: installs those of the packages that aren't there.
@@ -39,6 +32,11 @@ install_missing() {
             missing+=("$package")
     done
     [ ${#missing[@]} = 0 ] && return
+    if [ "$(id -u)" != 0 ] && ! command -v sudo >/dev/null; then
+        say "packages are missing; run this as root and try again:"
+        echo "apt-get update && apt-get --yes --no-install-recommends install ${missing[*]}" >&2
+        return 1
+    fi
     say "installing from Debian: ${missing[*]}"
     export DEBIAN_FRONTEND=noninteractive
     log=$(mktemp)
@@ -52,10 +50,12 @@ install_missing() {
     rm -f "$log"
 }
 
+# What build_for_windows needs. A command that needs more installs all of it at once.
+build_packages=(cmake ninja-build g++-mingw-w64-x86-64-posix)
+
 # The plug-in and runfilter, as far as they aren't up to date, in build/windows.
 build_for_windows() {
     local build=$root/build/windows tests=OFF
-    install_missing cmake ninja-build g++-mingw-w64-x86-64-posix
     mkdir -p "$root/build"
     if [ ! -e "$build/build.ninja" ]; then
         say "configuring"
@@ -63,9 +63,22 @@ build_for_windows() {
         [ -d /usr/src/googletest ] && tests=ON
         (cd "$root" && quietly build/configure.log cmake --preset windows -DSTAIRMELT_TESTS=$tests)
     fi
-    [ -e "$build/runfilter.exe" ] || say "building"
-    (cd "$root" && quietly build/build.log cmake --build --preset windows --target stairmelt runfilter)
+    build_targets stairmelt runfilter
 }
+
+# build_targets TARGET...: builds them for Windows. A terminal shows ninja's progress, a log one line before it.
+build_targets() (
+    cd "$root"
+    local build=(cmake --build --preset windows --target "$@") plan steps
+    plan=$("${build[@]}" -- -n)
+    steps=$(grep -c '^\[' <<<"$plan") || exit 0 # nothing to do
+    if [ -t 2 ]; then
+        "${build[@]}" >&2
+    else
+        say "building: $steps steps, about $((steps * 2 / 3 + 2)) seconds on two cores"
+        quietly build/build.log "${build[@]}"
+    fi
+)
 
 # A prefix of the project's own (Wine refuses one that belongs to another user), without questions, pop-ups or chatter, and
 # with file names in UTF-8 whatever the locale.

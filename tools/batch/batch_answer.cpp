@@ -1,5 +1,6 @@
 #include "tools/batch/batch_answer.h"
 
+#include <array>
 #include <charconv>
 
 #include "tools/file_bytes.h"
@@ -23,22 +24,27 @@ std::string InOneLine(std::string_view words) {
 }  // namespace
 
 BatchAnswer Failed(const std::filesystem::path& file, const std::string& why) {
-    return {false, 0, PathText(file) + ": " + why};
+    return {false, {}, 0, PathText(file) + ": " + why};
 }
 
 std::string AnswerLine(const BatchAnswer& answer) {
     std::string line(answer.isSmoothed ? kSmoothed : kFailed);
-    line += '\t';
+    line += '\t' + InOneLine(answer.values) + '\t';
     if (answer.isSmoothed) line += std::to_string(answer.changedPixels);
     return line + '\t' + InOneLine(answer.words);
 }
 
 std::optional<BatchAnswer> ParseAnswer(std::string_view line) {
-    const size_t first = line.find('\t');
-    const size_t second = first == std::string_view::npos ? std::string_view::npos : line.find('\t', first + 1);
-    if (second == std::string_view::npos) return std::nullopt;
-    const std::string_view kind = line.substr(0, first), number = line.substr(first + 1, second - first - 1);
-    BatchAnswer answer = {kind == kSmoothed, 0, std::string(line.substr(second + 1))};
+    std::array<std::string_view, 4> parts;
+    for (std::string_view& part : parts) {
+        const bool isLast = &part == &parts.back();
+        const size_t end = isLast ? line.size() : line.find('\t');
+        if (end == line.npos) return std::nullopt;
+        part = line.substr(0, end);
+        line.remove_prefix(isLast ? end : end + 1);
+    }
+    const auto [kind, values, number, words] = parts;
+    BatchAnswer answer = {kind == kSmoothed, std::string(values), 0, std::string(words)};
     if (!answer.isSmoothed) return kind == kFailed && number.empty() ? std::optional(answer) : std::nullopt;
     const char* end = number.data() + number.size();
     const auto [stopped, error] = std::from_chars(number.data(), end, answer.changedPixels);

@@ -1,5 +1,9 @@
 #include "tools/file_bytes.h"
 
+#ifdef _WIN32
+#include <windows.h>
+#endif
+
 #include <algorithm>
 #include <cctype>
 #include <fstream>
@@ -50,13 +54,22 @@ void RequireWindowsName(const fs::path& path) {
     }
 }
 
+// Whether a file isn't found because its folder can't be searched. The runtime's own error doesn't tell on Windows.
+bool IsDenied([[maybe_unused]] const fs::path& path, [[maybe_unused]] const std::error_code& error) {
+#ifdef _WIN32
+    return GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES && GetLastError() == ERROR_ACCESS_DENIED;
+#else
+    return error == std::errc::permission_denied;
+#endif
+}
+
 }  // namespace
 
 Bytes LoadFile(const fs::path& path) {
     RequireWindowsName(path);
     std::error_code error;
     if (!fs::exists(path, error)) {
-        if (error == std::errc::permission_denied) throw ToolError("you have no permission to open it");
+        if (IsDenied(path, error)) throw ToolError("you have no permission to open it");
         throw ToolError("there is no such file");
     }
     if (fs::is_directory(path, error)) throw ToolError("is a directory");

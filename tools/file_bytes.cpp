@@ -46,7 +46,7 @@ void RequireWindowsName(const fs::path& path) {
     for (const fs::path& part : path.relative_path()) {
         const std::string name = PathText(part);
         if (name.empty() || name == "." || name == "..") continue;
-        if (const size_t at = name.find_first_of("\"*?<>|:"); at != name.npos)
+        if (const size_t at = name.find_first_of("\"*?<>|:"); at != std::string::npos)
             throw ToolError("Windows allows no " + name.substr(at, 1) + " in a file name");
         if (name.ends_with('.') || name.ends_with(' '))
             throw ToolError("Windows allows no file name that ends in a dot or a space");

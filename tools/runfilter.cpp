@@ -134,7 +134,8 @@ ExitStatus Run(Arguments arguments) {
 std::string InItsName(std::string text) {
     constexpr std::string_view kName = "runfilter ";
     const std::string name = ProgramName() + ' ';
-    for (size_t at = 0; (at = text.find(kName, at)) != text.npos; at += name.size()) text.replace(at, kName.size(), name);
+    for (size_t at = 0; (at = text.find(kName, at)) != std::string::npos; at += name.size())
+        text.replace(at, kName.size(), name);
     return text;
 }
 

@@ -39,7 +39,7 @@ std::optional<BatchAnswer> ParseAnswer(std::string_view line) {
     for (std::string_view& part : parts) {
         const bool isLast = &part == &parts.back();
         const size_t end = isLast ? line.size() : line.find('\t');
-        if (end == line.npos) return std::nullopt;
+        if (end == std::string_view::npos) return std::nullopt;
         part = line.substr(0, end);
         line.remove_prefix(isLast ? end : end + 1);
     }

@@ -47,7 +47,8 @@ Arguments ParseArguments(const std::vector<std::string>& words) {
     for (size_t i = 0; i < words.size(); ++i) {
         std::string word = words[i];
         std::optional<std::string> attached;  // what stands behind an option's equals sign
-        if (const size_t equals = word.find('='); !optionsEnded && word.starts_with("--") && equals != std::string::npos) {
+        if (const size_t equals = word.find('=');
+            !optionsEnded && word.starts_with("--") && equals != std::string::npos) {
             attached = word.substr(equals + 1);
             word.resize(equals);
         }

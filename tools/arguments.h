@@ -68,7 +68,7 @@ struct Arguments {
     std::optional<int32_t> threshold, softness, bias;
     std::optional<int32_t> repeat;  // runs to be timed, 1..kMostRuns; never with a dialog
     bool dialog = false;
-    bool about = false;  // only the about box, without files
+    bool about = false;                  // only the about box, without files
     bool help = false, version = false;  // nothing else counts then
     std::filesystem::path in, out;
 

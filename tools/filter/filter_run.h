@@ -27,7 +27,7 @@ struct FilterTimes {
 struct FilterReport {
     std::optional<int32_t> threshold, softness, bias;  // as the filter recorded them
     size_t changedPixels = 0;
-    double seconds = 0;                // of the last run, with the host's work; from the dialog's end where there is one
+    double seconds = 0;  // of the last run, with the host's work; from the dialog's end where there is one
     std::optional<FilterTimes> times;  // where asked for
     std::string faults;                // lines about rules of the host that the filter broke; empty as a rule
 };

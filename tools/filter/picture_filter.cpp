@@ -21,7 +21,8 @@ PictureFilter::PictureFilter(const fs::path& plugin, const fs::path& settings, c
 FilterReport PictureFilter::Filter(const fs::path& in, const fs::path& out,
                                    const std::function<void(const Picture&)>& onRead) {
     With(out, [&] { RequireReplaceable(out); });
-    // First the picture: in a batch the result is named after it, and shouldn't be blamed for a kind that can't be read.
+    // First the picture: in a batch the result is named after it, and shouldn't be blamed for a kind that can't be
+    // read.
     Picture picture = With(in, [&] { return ReadPicture(in); });
     const FileKind kind = With(out, [&] { return KindToWrite(out); });
     With(out, [&] { RequireWritable(picture, kind); });

@@ -6,29 +6,38 @@ import pathlib
 from PIL import Image, ImageDraw, ImageFont
 
 WIDTH, HEIGHT = 343, 65
-INK, PAPER, ACCENT = (32, 36, 48), (244, 242, 236), (196, 72, 40)
+# A strip of its own, since the dialog's ground differs between versions of Windows.
+GROUND, LETTERS, LINE = (38, 50, 72), (246, 247, 249), (240, 150, 92)
+MARGIN = 16
 FONT = "/usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf"
+SCALE = 8  # what is smooth is drawn larger and reduced
+LEFT, RIGHT, TOP, BOTTOM = 200, WIDTH - MARGIN, 13, 47  # of the falling line
+THICKNESS = 5
 
 
-def stairs(draw, left, step, colour):
-    """A staircase that falls to the right, from the banner's left edge."""
-    for i in range(8):
-        draw.rectangle((left + i * step * 2, 8 + i * step, WIDTH, 8 + (i + 1) * step - 1), fill=colour)
+def fall(x):
+    """The line's height at x: level at both ends."""
+    t = (x - LEFT) / (RIGHT - LEFT)
+    return TOP + (BOTTOM - TOP) * t * t * (3 - 2 * t)
 
 
 def main():
-    banner = Image.new("RGB", (WIDTH, HEIGHT), PAPER)
-    draw = ImageDraw.Draw(banner)
-    draw.fontmode = "1"
-    stairs(draw, 236, 6, ACCENT)
-    # The right half of the edge melts: it is drawn large and reduced.
-    large = Image.new("RGB", (WIDTH * 4, HEIGHT * 4), PAPER)
-    ImageDraw.Draw(large).polygon(((236 * 4, 32), (WIDTH * 4, 32), (WIDTH * 4, 224), (332 * 4, 224)), fill=ACCENT)
-    banner.paste(large.resize((WIDTH, HEIGHT), Image.LANCZOS).crop((284, 0, WIDTH, HEIGHT)), (284, 0))
-    draw.fontmode = "L"
-    draw.text((14, 12), "stairmelt", INK, ImageFont.truetype(FONT, 32))
-    draw.line((14, 54, 200, 54), INK)
-    banner.save(pathlib.Path(__file__).with_name("banner.bmp"))
+    large = Image.new("RGB", (WIDTH * SCALE, HEIGHT * SCALE), GROUND)
+    draw = ImageDraw.Draw(large)
+    font = ImageFont.truetype(FONT, 30 * SCALE)
+    draw.text((MARGIN * SCALE, HEIGHT * SCALE // 2), "stairmelt", LETTERS, font, anchor="lm")
+    # Treads on whole pixels, each shorter than the one before, until they melt into a smooth fall.
+    x, tread = LEFT, 20.0
+    while x < RIGHT:
+        is_stair = tread >= 1
+        width = tread if is_stair else 1 / SCALE
+        y = fall(x + width / 2)
+        if is_stair:
+            y = round(y)
+        draw.rectangle((int(x * SCALE), int(y * SCALE), int((x + width) * SCALE) - 1, int((y + THICKNESS) * SCALE) - 1), LINE)
+        x += width
+        tread *= 0.84
+    large.resize((WIDTH, HEIGHT), Image.BOX).save(pathlib.Path(__file__).with_name("banner.bmp"))
 
 
 main()

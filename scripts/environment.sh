@@ -23,14 +23,7 @@ quietly() {
 }
 
 as_root() {
-    if [ "$(id -u)" = 0 ]; then
-        "$@"
-    elif command -v sudo >/dev/null; then
-        sudo --preserve-env=DEBIAN_FRONTEND "$@"
-    else
-        say "this needs root, and there is no sudo: $*"
-        return 1
-    fi
+    if [ "$(id -u)" = 0 ]; then "$@"; else sudo --preserve-env=DEBIAN_FRONTEND "$@"; fi
 }
 
 # install_missing PACKAGE...: installs those of the packages that aren't there.
@@ -41,6 +34,11 @@ install_missing() {
             missing+=("$package")
     done
     [ ${#missing[@]} = 0 ] && return
+    if [ "$(id -u)" != 0 ] && ! command -v sudo >/dev/null; then
+        say "packages are missing; run this as root and try again:"
+        echo "apt-get update && apt-get --yes --no-install-recommends install ${missing[*]}" >&2
+        return 1
+    fi
     say "installing from Debian: ${missing[*]}"
     export DEBIAN_FRONTEND=noninteractive
     log=$(mktemp)
@@ -54,13 +52,15 @@ install_missing() {
     rm -f "$log"
 }
 
+# What build_for_windows and the picture libraries need. A command that needs more installs all of it at once.
+build_packages=(cmake ninja-build g++-mingw-w64-x86-64-posix libz-mingw-w64-dev patch)
 # What the picture files of a native build need.
 native_libraries=(libpng-dev libtiff-dev libjpeg62-turbo-dev zlib1g-dev)
 
 # The plug-in and runfilter, as far as they aren't up to date, in build/windows.
 build_for_windows() {
     local build=$root/build/windows tests=OFF
-    install_missing cmake ninja-build g++-mingw-w64-x86-64-posix
+    mkdir -p "$root/build"
     build_picture_libraries
     if [ ! -e "$build/build.ninja" ]; then
         say "configuring"
@@ -68,9 +68,22 @@ build_for_windows() {
         [ -d /usr/src/googletest ] && tests=ON
         (cd "$root" && quietly build/configure.log cmake --preset windows -DSTAIRMELT_TESTS=$tests)
     fi
-    [ -e "$build/runfilter.exe" ] || say "building"
-    (cd "$root" && quietly build/build.log cmake --build --preset windows --target stairmelt runfilter)
+    build_targets stairmelt runfilter
 }
+
+# build_targets TARGET...: builds them for Windows. A terminal shows ninja's progress, a log one line before it.
+build_targets() (
+    cd "$root"
+    local build=(cmake --build --preset windows --target "$@") plan steps
+    plan=$("${build[@]}" -- -n)
+    steps=$(grep -c '^\[' <<<"$plan") || exit 0 # nothing to do
+    if [ -t 2 ]; then
+        "${build[@]}" >&2
+    else
+        say "building: $steps steps, about $((steps * 2 / 3 + 2)) seconds on two cores"
+        quietly build/build.log "${build[@]}"
+    fi
+)
 
 # A prefix of the project's own (Wine refuses one that belongs to another user), without questions, pop-ups or chatter, and
 # with file names in UTF-8 whatever the locale.
@@ -87,7 +100,25 @@ prepare_wine() {
         # Until it has written the prefix to disk, it isn't all there.
         wineserver --wait
     fi
+    set_dialog_font
     keep_wine_running
+}
+
+# Dialogs are set in "MS Shell Dlg". On Windows that is Microsoft Sans Serif, whose dialog units are 6 by 13 pixels; in Wine
+# it is Tahoma, or MS UI Gothic for Japanese, and where both are missing a wider font that cuts texts short. Wine's own MS
+# Sans Serif has the units and the widths of Windows', but Debian's Wine doesn't look where its package puts it. The
+# substitutes of "MS Shell Dlg" itself can't be changed: Wine writes them anew when the locale changes.
+set_dialog_font() {
+    local fonts=$WINEPREFIX/drive_c/windows/Fonts font=sserife.fon name
+    [ ! -e "$fonts/$font" ] || return 0
+    for name in Tahoma "MS UI Gothic"; do
+        quietly "$root/build/wine.log" "${at_rest[@]}" wine reg add 'HKCU\Software\Wine\Fonts\Replacements' \
+            /v "$name" /d "MS Sans Serif" /f </dev/null
+    done
+    cp "/usr/share/wine/fonts/$font" "$fonts"
+    # It reads its fonts when its server starts.
+    wineserver --kill || true
+    wineserver --wait
 }
 
 # Sets $at_rest, to stand before a command that starts Windows programs. Debian's Wine is loaded below 2^31 and wants the

@@ -69,7 +69,7 @@ build_library() {
 build_picture_libraries() {
     local made=$root/build/libraries
     [ "$(cat "$made/stamp" 2>/dev/null)" != "$(libraries_stamp)" ] || return 0
-    install_missing cmake ninja-build g++-mingw-w64-x86-64-posix libz-mingw-w64-dev patch
+    install_missing "${build_packages[@]}"
     say "building the picture libraries; this takes about a minute"
     mkdir -p "$root/build"
     # Elsewhere, since compilers' options and apt's settings are no place for a folder with a blank in its name.
@@ -88,6 +88,8 @@ build_picture_libraries() {
             fi
             quietly "$work/unpack.log" unpack_source "$work/$package"
             versions+=$fetched$'\n'
+            mkdir -p "$work/installed/licences"
+            cp "$work/$package/tree/debian/copyright" "$work/installed/licences/$package"
         done
         quietly "$log" build_library "$work/libpng1.6" -DPNG_SHARED=OFF -DPNG_TESTS=OFF
         quietly "$log" build_library "$work/libjpeg-turbo" -DENABLE_SHARED=OFF -DWITH_TURBOJPEG=OFF -DWITH_SIMD=OFF

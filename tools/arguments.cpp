@@ -1,5 +1,7 @@
 #include "tools/arguments.h"
 
+#include <utility>
+
 #include "tools/file_bytes.h"
 #include "tools/text.h"
 
@@ -40,9 +42,16 @@ Arguments ParseArguments(const std::vector<std::string>& words) {
     std::vector<std::string> files;
     bool optionsEnded = false, isForMany = false;
     for (size_t i = 0; i < words.size(); ++i) {
-        const std::string& word = words[i];
-        const auto next = [&]() -> const std::string& {
-            if (i + 1 == words.size()) throw UsageError(word + " needs a value");
+        std::string word = words[i];
+        std::optional<std::string> attached;  // what stands behind an option's equals sign
+        if (const size_t equals = word.find('=');
+            !optionsEnded && word.starts_with("--") && equals != std::string::npos) {
+            attached = word.substr(equals + 1);
+            word.resize(equals);
+        }
+        const auto next = [&] {
+            if (attached) return *std::exchange(attached, std::nullopt);
+            if (i + 1 == words.size() || words[i + 1].starts_with("--")) throw UsageError(word + " needs a value");
             return words[++i];
         };
         if (optionsEnded || !word.starts_with("-")) {
@@ -79,11 +88,14 @@ Arguments ParseArguments(const std::vector<std::string>& words) {
             arguments.about = true;
         } else if (word == "--help" || word == "-h") {
             arguments.help = true;
+        } else if (word == "--version") {
+            arguments.version = true;
         } else {
             throw UsageError("there is no option " + word);
         }
+        if (attached) throw UsageError(word + " takes no value");
     }
-    if (arguments.help || arguments.isWorker) return arguments;
+    if (arguments.help || arguments.version || arguments.isWorker) return arguments;
     if (arguments.about && (!files.empty() || arguments.outDirectory)) throw UsageError("the about box takes no files");
     if (arguments.about) return arguments;
     if (arguments.dialog && arguments.repeat) throw UsageError("runs with the dialog can't be repeated");

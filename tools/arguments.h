@@ -16,7 +16,42 @@ inline constexpr char kUsage[] =
     "usage: runfilter [options] [--dialog | --repeat N] IN OUT\n"
     "       runfilter [options] --out DIR [--jobs N] [--skip-existing] [--files LIST] [FILE|PATTERN...]\n"
     "       runfilter [--plugin FILE] --about\n"
+    "       runfilter --help | --version\n"
     "options: [--plugin FILE] [--settings FILE] [--threshold N] [--softness N] [--bias N]";
+
+// What --help says behind the usage.
+inline constexpr char kHelp[] =
+    "Smooths the jagged edges in pictures with the filter plug-in stairmelt.\n"
+    "\n"
+    "Values; each defaults to that of the previous run:\n"
+    "  --threshold N    color threshold, 0 to 255; 10 at first\n"
+    "  --softness N     softness, 0 to 100; 70 at first\n"
+    "  --bias N         bias, 0 to 100; 0 at first\n"
+    "  Values outside these ranges are used, but not remembered.\n"
+    "One picture:\n"
+    "  --dialog         asks for the values in the plug-in's dialog\n"
+    "  --repeat N       times N runs, 1 to 10000, and prints the medians\n"
+    "Many pictures:\n"
+    "  --out DIR        folder for the results, created if it is missing\n"
+    "  --files LIST     text file with one picture in each line; - reads the input\n"
+    "  --jobs N         processes, 1 to 64; default 1\n"
+    "  --skip-existing  skips pictures whose result exists\n"
+    "Other options:\n"
+    "  --plugin FILE    default: stairmelt.8bf beside this program\n"
+    "  --settings FILE  where values are remembered; default: in the user's application data\n"
+    "  --about          shows the plug-in's about box\n"
+    "  --help, -h       shows this text\n"
+    "  --version        shows the version\n"
+    "  --               ends the options, for names that begin with -\n"
+    "An option's value can also follow an equals sign: --threshold=20\n"
+    "\n"
+    "Formats: reads PNG, TIFF and JPEG; writes PNG and TIFF.\n"
+    "Exit status: 0 done, 1 failed (of many pictures: at least one), 2 wrong command line,\n"
+    "             130 interrupted\n"
+    "\n"
+    "Examples:\n"
+    "  runfilter --threshold 20 --softness 100 drawing.png smooth.png\n"
+    "  runfilter --out smoothed --jobs 4 frames/*.png";
 
 constexpr int32_t kMostRuns = 10000;
 constexpr int32_t kMostJobs = 64;
@@ -28,13 +63,13 @@ struct UsageError : ToolError {
 
 struct Arguments {
     std::optional<std::filesystem::path> plugin;    // stairmelt.8bf beside the program when not given
-    std::optional<std::filesystem::path> settings;  // runfilter.settings beside the program when not given
+    std::optional<std::filesystem::path> settings;  // in the user's application data when not given
     // Any 32-bit value goes through to the plug-in; what isn't given comes from the settings.
     std::optional<int32_t> threshold, softness, bias;
     std::optional<int32_t> repeat;  // runs to be timed, 1..kMostRuns; never with a dialog
     bool dialog = false;
-    bool about = false;  // only the about box, without files
-    bool help = false;   // nothing else counts then
+    bool about = false;                  // only the about box, without files
+    bool help = false, version = false;  // nothing else counts then
     std::filesystem::path in, out;
 
     // Many pictures at once, where a directory for the results is given. `in` and `out` are empty then.
@@ -49,7 +84,8 @@ struct Arguments {
 };
 
 // Takes the words behind the program's name, in UTF-8. Options stand anywhere, the last of several equal ones counts,
-// and "--" ends them. Throws UsageError.
+// and "--" ends them. An option's value is the next word, which doesn't begin with "--", or stands behind an equals
+// sign. Throws UsageError.
 Arguments ParseArguments(const std::vector<std::string>& words);
 
 }  // namespace stairmelt

@@ -1,6 +1,11 @@
 #include "tools/file_bytes.h"
 
+#ifdef _WIN32
+#include <windows.h>
+#endif
+
 #include <algorithm>
+#include <cctype>
 #include <fstream>
 #include <system_error>
 
@@ -26,16 +31,54 @@ std::string PathText(const fs::path& path) {
 
 fs::path PathFromText(const std::string& text) { return std::u8string(text.begin(), text.end()); }
 
+namespace {
+
+bool IsDeviceName(std::string name) {
+    for (char& character : name) character = static_cast<char>(std::toupper(static_cast<unsigned char>(character)));
+    for (const char* device : {"CON", "PRN", "AUX", "NUL"}) {
+        if (name == device) return true;
+    }
+    return name.size() == 4 && (name.starts_with("COM") || name.starts_with("LPT")) && name[3] >= '1' && name[3] <= '9';
+}
+
+// Windows would say that there is no such file, or take another one. Under Wine there are files with such names.
+void RequireWindowsName(const fs::path& path) {
+    for (const fs::path& part : path.relative_path()) {
+        const std::string name = PathText(part);
+        if (name.empty() || name == "." || name == "..") continue;
+        if (const size_t at = name.find_first_of("\"*?<>|:"); at != std::string::npos)
+            throw ToolError("Windows allows no " + name.substr(at, 1) + " in a file name");
+        if (name.ends_with('.') || name.ends_with(' '))
+            throw ToolError("Windows allows no file name that ends in a dot or a space");
+        if (IsDeviceName(name.substr(0, name.find('.')))) throw ToolError("Windows reserves this name for a device");
+    }
+}
+
+// Whether a file isn't found because its folder can't be searched. The runtime's own error doesn't tell on Windows.
+bool IsDenied([[maybe_unused]] const fs::path& path, [[maybe_unused]] const std::error_code& error) {
+#ifdef _WIN32
+    return GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES && GetLastError() == ERROR_ACCESS_DENIED;
+#else
+    return error == std::errc::permission_denied;
+#endif
+}
+
+}  // namespace
+
 Bytes LoadFile(const fs::path& path) {
+    RequireWindowsName(path);
     std::error_code error;
-    if (!fs::exists(path, error)) throw ToolError("there is no such file");
+    if (!fs::exists(path, error)) {
+        if (IsDenied(path, error)) throw ToolError("you have no permission to open it");
+        throw ToolError("there is no such file");
+    }
     if (fs::is_directory(path, error)) throw ToolError("is a directory");
     std::ifstream file;
     const auto opens = [&] {
         file.open(path, std::ios::binary);
         return file.is_open();
     };
-    if (!SucceedsInAMoment(opens)) throw ToolError("can't be opened");
+    if (!SucceedsInAMoment(opens)) throw ToolError("can't be opened: no permission, or in use");
     const uintmax_t size = fs::file_size(path, error);
     if (error) throw ToolError("can't be read");
     Bytes bytes(static_cast<size_t>(size));
@@ -51,6 +94,7 @@ Bytes LoadFile(const fs::path& path) {
 }
 
 void RequireReplaceable(const fs::path& path) {
+    RequireWindowsName(path);
     std::error_code error;
     const fs::file_status status = fs::status(path, error);
     if (fs::is_directory(status)) throw ToolError("is a directory");

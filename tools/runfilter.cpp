@@ -1,14 +1,16 @@
 // runfilter: loads a filter plug-in as the host does and filters an image file, or many. What it can't do it says in
 // one line on the error output; the output file is then as it was before.
 #include <windows.h>
-// After windows.h, whose types they use.
-#include <objbase.h>
+// After windows.h, whose types it uses.
 #include <shellapi.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "resources/version_numbers.h"
 #include "tools/arguments.h"
 #include "tools/batch/batch.h"
 #include "tools/batch/batch_worker.h"
@@ -16,6 +18,7 @@
 #include "tools/file_bytes.h"
 #include "tools/filter/picture_filter.h"
 #include "tools/interrupt.h"
+#include "tools/messages.h"
 #include "tools/program_path.h"
 
 namespace stairmelt {
@@ -37,29 +40,48 @@ std::vector<std::string> CommandLineWords() {
 
 fs::path BesideProgram(const char* name) { return ProgramPath().parent_path() / name; }
 
+// Where every user may write, wherever the program lies.
+fs::path DefaultSettings() {
+    const wchar_t* const folder = _wgetenv(L"APPDATA");
+    return folder != nullptr ? fs::path(folder) / "stairmelt" / "runfilter.settings"
+                             : BesideProgram("runfilter.settings");
+}
+
+std::string Printed(const char* format, auto... values) {
+    char text[512];
+    std::snprintf(text, sizeof(text), format, values...);
+    return text;
+}
+
 void PrintPicture(const fs::path& path, const Picture& picture) {
     const char* colors = picture.colors == 1 ? "gray" : picture.colors == 3 ? "RGB" : "CMYK";
-    std::printf("%s: %d x %d pixels, %s%s, %d bits per channel\n", PathText(path).c_str(), picture.width,
-                picture.height, colors, picture.hasAlpha ? " with transparency" : "", picture.depth);
+    PrintLine(PathText(path) + Printed(": %d x %d pixels, %s%s, %d bits per channel", picture.width, picture.height,
+                                       colors, picture.hasAlpha ? " with transparency" : "", picture.depth));
 }
 
 void PrintReport(const FilterReport& report) {
-    if (report.threshold && report.softness && report.bias) {
-        std::printf("threshold %d, softness %d, bias %d\n", *report.threshold, *report.softness, *report.bias);
-    }
-    std::printf("%zu pixels changed in %.3f seconds\n", report.changedPixels, report.seconds);
+    if (const std::string values = ValueText(report); !values.empty()) PrintLine(values);
+    if (const std::string range = RangeText(report); !range.empty()) PrintLine("not remembered: " + range);
+    PrintLine(Printed("%zu pixels changed in %.3f seconds", report.changedPixels, report.seconds));
 }
 
 void PrintTimes(const FilterTimes& times, int32_t runs, const Picture& picture) {
     const double megapixels = picture.width * 1e-6 * picture.height;
     const auto print = [&](const char* what, double seconds) {
-        std::printf("%s %.3f ms, %.3f ms per megapixel\n", what, seconds * 1e3, seconds * 1e3 / megapixels);
+        PrintLine(Printed("%s %.3f ms, %.3f ms per megapixel", what, seconds * 1e3, seconds * 1e3 / megapixels));
     };
-    std::printf("medians of %d runs:\n", runs);
+    PrintLine("medians of " + std::to_string(runs) + " runs:");
     print("plug-in", times.kernel);
     print("copy   ", times.copy);
     // The clock doesn't see the copy of a few pixels.
-    if (times.copy > 0) std::printf("ratio   %.2f\n", times.kernel / times.copy);
+    if (times.copy > 0) PrintLine(Printed("ratio   %.2f", times.kernel / times.copy));
+}
+
+// Without a display the plug-in's dialog would fail without a word, and the picture be filtered with other values.
+void RequireDisplay() {
+    const HWND window = CreateWindowExA(0, "Static", "", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
+    if (window == nullptr) throw ToolError("a dialog needs a display, and there is none");
+    DestroyWindow(window);
 }
 
 void ShowAbout(const fs::path& pluginPath) {
@@ -79,9 +101,9 @@ void RunOnPicture(const Arguments& arguments) {
         picture.height = read.height;
     });
     if (!report.faults.empty()) {
-        std::fprintf(stderr, "runfilter: the plug-in breaks the host's rules:\n%s", report.faults.c_str());
+        PrintError("the plug-in breaks the host's rules:\n" + report.faults);
     }
-    for (const std::string& note : report.notes) std::printf("%s\n", note.c_str());
+    for (const std::string& note : report.notes) PrintLine(note);
     PrintReport(report);
     if (report.times) PrintTimes(*report.times, *arguments.repeat, picture);
     filter.Remember();
@@ -89,7 +111,8 @@ void RunOnPicture(const Arguments& arguments) {
 
 ExitStatus Run(Arguments arguments) {
     if (!arguments.plugin) arguments.plugin = BesideProgram("stairmelt.8bf");
-    if (!arguments.settings) arguments.settings = BesideProgram("runfilter.settings");
+    if (!arguments.settings) arguments.settings = DefaultSettings();
+    if (arguments.about || arguments.dialog) RequireDisplay();
     if (arguments.about) {
         ShowAbout(*arguments.plugin);
     } else if (arguments.isWorker) {
@@ -106,17 +129,31 @@ ExitStatus Run(Arguments arguments) {
     return kDone;
 }
 
+// The usage of whatever the user has started.
+std::string InItsName(std::string text) {
+    constexpr std::string_view kName = "runfilter ";
+    const std::string name = ProgramName() + ' ';
+    for (size_t at = 0; (at = text.find(kName, at)) != std::string::npos; at += name.size())
+        text.replace(at, kName.size(), name);
+    return text;
+}
+
 ExitStatus RunCommandLine() {
     try {
         const Arguments arguments = ParseArguments(CommandLineWords());
-        if (!arguments.help) return Run(arguments);
-        std::puts(kUsage);
+        if (arguments.help) {
+            PrintLine(InItsName(kUsage) + "\n\n" + InItsName(kHelp));
+        } else if (arguments.version) {
+            PrintLine("stairmelt " VERSION_TEXT);
+        } else {
+            return Run(arguments);
+        }
         return kDone;
     } catch (const UsageError& error) {
-        std::fprintf(stderr, "runfilter: %s\n%s\n", error.what(), kUsage);
+        PrintError(error.what() + ("\n" + InItsName(kUsage)));
         return kMisused;
     } catch (...) {
-        std::fprintf(stderr, "runfilter: %s\n", FailureWords().c_str());
+        PrintError(FailureWords());
         return kFailed;
     }
 }
@@ -126,13 +163,12 @@ ExitStatus RunCommandLine() {
 
 int main() {
     stairmelt::EndOnInterrupt();
+    stairmelt::PrepareMessages();
     // A plug-in that can't be loaded is told in a line, not in a box.
     SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
     const UINT codePage = GetConsoleOutputCP();
     SetConsoleOutputCP(CP_UTF8);
-    CoInitializeEx(nullptr, COINIT_MULTITHREADED);
     const int status = stairmelt::RunCommandLine();
-    CoUninitialize();
     std::fflush(stdout);
     if (codePage != 0) SetConsoleOutputCP(codePage);
     return status;

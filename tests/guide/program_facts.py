@@ -75,24 +75,17 @@ def text_constants(tokens):
     return found
 
 
-def format_pattern(arguments, constants):
-    """What printf makes of its arguments."""
-    values = [pattern_of(argument, constants) for argument in arguments[1:]]
-    text = pattern_of(arguments[0], constants)
-    return tidy(re.sub(r"%[-\d.]*(?:z|l|ll)?[sdufXx]", lambda _: values.pop(0) if values else "*", text))
-
-
 def error_messages(tokens, constants):
     for i, token in enumerate(tokens):
-        if token in ("ToolError", "UsageError"):
+        if token in ("ToolError", "UsageError", "CancelledError"):
             named = i + 2 < len(tokens) and re.fullmatch(r"\w+", tokens[i + 1])
             opening = i + 2 if named else i + 1  # ToolError(...) or ToolError name(...)
             if opening < len(tokens) and tokens[opening] == "(":
                 yield pattern_of(call_arguments(tokens, opening)[0], constants)
         elif token == "Require" and tokens[i + 1] == "(":
             yield pattern_of(call_arguments(tokens, i + 1)[-1], constants) + " (code *)"
-        elif token == "fprintf" and tokens[i + 2] == "stderr":
-            yield format_pattern(call_arguments(tokens, i + 1)[1:], constants).removeprefix("runfilter: ")
+        elif token == "PrintError" and tokens[i - 1] != "void":
+            yield pattern_of(call_arguments(tokens, i + 1)[0], constants)
         elif token in ("Refuse", "Failed") and tokens[i - 1] not in ("void", "BatchAnswer"):
             yield pattern_of(call_arguments(tokens, i + 1)[-1], constants)
         elif token == "return" and tokens[i + 1] in constants:

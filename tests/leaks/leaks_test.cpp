@@ -171,6 +171,19 @@ TEST_F(Leaks, SilentRuns) {
     });
 }
 
+// Some hosts load the file anew for every run.
+TEST_F(Leaks, Loads) {
+    ASSERT_NE(Open(), nullptr);
+    ASSERT_EQ(Close(IDOK), kNoErr);
+    host.script.played = {{kThsh, 20}};
+    host.script.playInfo = kPlugInDialogDontDisplay;
+    Repeat("loads", 200, [&](int) {
+        Unload();
+        Load();
+        EXPECT_EQ(RunSilently(RunKind::kRepeat), kNoErr);
+    });
+}
+
 TEST_F(Leaks, DialogOpenings) {
     Repeat("dialog openings", FromEnvironment("STAIRMELT_OPENINGS", 40), [&](int i) {
         ASSERT_NE(Open(), nullptr);

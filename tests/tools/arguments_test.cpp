@@ -20,10 +20,12 @@ TEST(Arguments, OptionsStandAnywhereAndTheLastOneCounts) {
     EXPECT_EQ(arguments.settings, "s");
 }
 
-TEST(Arguments, RunsAreCountedFromOneToTenThousand) {
-    EXPECT_FALSE(ParseArguments({"a", "b"}).repeat.has_value());
-    EXPECT_EQ(ParseArguments({"--repeat", "1", "a", "b"}).repeat, 1);
-    EXPECT_EQ(ParseArguments({"a", "b", "--repeat", "10000"}).repeat, 10000);
+TEST(Arguments, ValuesCanFollowAnEqualsSign) {
+    const Arguments arguments = ParseArguments({"--bias=-5", "--plugin=--a=b", "a", "--repeat=10000", "--", "--x=1"});
+    EXPECT_EQ(arguments.bias, -5);
+    EXPECT_EQ(arguments.plugin, "--a=b");
+    EXPECT_EQ(arguments.repeat, 10000);
+    EXPECT_EQ(arguments.out, "--x=1");
 }
 
 TEST(Arguments, ManyPicturesGoWithADirectory) {
@@ -51,6 +53,9 @@ TEST(Arguments, RefusesWhatItDoesNotUnderstand) {
         {"a"},
         {"a", "b", "c"},
         {"a", "b", "--bias"},
+        {"--bias", "--", "a", "b"},
+        {"a", "b", "--dialog=1"},
+        {"a", "b", "--bias="},
         {"a", "b", "--bias", "1.5"},
         {"a", "b", "--bias", "2147483648"},
         {"a", "b", "--bias", "7x"},

@@ -70,17 +70,18 @@ TEST(BatchLines, AreTakenWithoutWhatSurroundsThem) {
 }
 
 TEST(BatchAnswers, TravelAsLines) {
-    const BatchAnswer answers[] = {{true, 123456, ""}, {true, 0, "one\ttwo"}, {false, 0, "a: b"}};
+    const BatchAnswer answers[] = {{true, "bias 1", 123456, ""}, {true, "", 0, "one\ttwo"}, {false, "", 0, "a: b"}};
     for (const BatchAnswer& answer : answers) {
         const std::optional<BatchAnswer> same = ParseAnswer(AnswerLine(answer));
         ASSERT_TRUE(same.has_value());
         EXPECT_EQ(same->isSmoothed, answer.isSmoothed);
+        EXPECT_EQ(same->values, answer.values);
         EXPECT_EQ(same->changedPixels, answer.changedPixels);
         EXPECT_EQ(same->words, answer.words);
     }
-    EXPECT_EQ(AnswerLine({false, 0, "one\ntwo\n"}), "failed\t\tone; two");
+    EXPECT_EQ(AnswerLine({false, "", 0, "one\ntwo\n"}), "failed\t\t\tone; two");
     for (const char* other :
-         {"", "smoothed", "smoothed\t5", "smoothed\tx\t", "smoothed\t\t", "failed\t1\t", "hello\t\t"})
+         {"", "smoothed", "smoothed\t\t5", "smoothed\t\tx\t", "smoothed\t\t\t", "failed\t\t1\t", "hello\t\t\t"})
         EXPECT_FALSE(ParseAnswer(other).has_value()) << other;
 }
 

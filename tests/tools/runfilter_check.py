@@ -230,11 +230,15 @@ class RunFilter(unittest.TestCase):
     def test_values_are_remembered_in_the_settings(self):
         self.save("in.png", stairs(1, 8))
         self.assertIn("threshold 10, softness 70, bias 0", self.smooth("in.png", "out.png"))
-        self.assertIn("threshold 10, softness 33, bias -4",
-                      self.smooth("in.png", "out.png", "--softness", "33", "--bias", "-4"))
-        self.assertIn("threshold 4096, softness 33, bias -4", self.smooth("in.png", "out.png", *TOO_HIGH))
+        self.smooth("in.png", "out.png", "--softness", "33", "--bias", "4")
         self.write("settings", bytes(range(256)) + b"\n" + self.read("settings")[:-3])
-        self.assertIn("threshold 4096, softness 33, bias -4", self.smooth("in.png", "out.png"))
+        # What the dialog wouldn't take is told, and serves once.
+        before = self.read("settings")
+        for words in (("in.png", "out.png"), ("--out", "folder", "in.png")):
+            out = "\n".join(self.smooth("--bias=-4", *words))
+            self.assertRegex(out, r"threshold 10, softness 33, bias -4(\n|; )not remembered: bias -4 \(.*0 to 100\)\n")
+            self.assertEqual(self.read("settings"), before)
+        self.assertIn("threshold 10, softness 33, bias 4", self.smooth("in.png", "out.png"))
         self.write("settings", b"\0" * 50)
         self.assertIn("threshold 10, softness 70, bias 0", self.smooth("in.png", "out.png"))
 
@@ -288,6 +292,7 @@ class RunFilter(unittest.TestCase):
             (("in.png", "directory.png"), "directory"), (("in.png", "out.jpg"), "only be written as"),
             (("inks.tif", "out.png"), "CMYK"), (("in.png", "out.png", "--plugin", "missing.8bf"), "no such file"),
             (("in.png", "out.png", "--plugin", "text.png"), "library"),
+            (("what?.png", "out.png"), "no ? in"), (("in.png", "nul.png"), "device"), (("in.png.", "out.png"), "dot"),
             (("in.png", "out.png", "--plugin", COMMAND[-1]), "plug-in"),
         ]
         for name in ("out.png", "out.jpg"):
@@ -305,6 +310,24 @@ class RunFilter(unittest.TestCase):
         status, _, err = self.run_tool("in.png", "out.png", "--threshold", "much")
         self.assertNotEqual(status, 0)
         self.assertIn("usage: runfilter", err[1])
+
+    def test_help_alone(self):
+        self.assertIn("  runfilter --out smoothed --jobs 4 frames/*.png", self.smooth("--help"))
+        # A script that runs the tool gives it its name and reads lines that end as its own.
+        with tempfile.TemporaryFile() as out:
+            subprocess.run([*COMMAND, "--version"], stdout=out, check=True, env=dict(os.environ, STAIRMELT_COMMAND="smooth"))
+            out.seek(0)
+            self.assertRegex(out.read(), rb"^stairmelt [0-9.]+\n$")
+
+    @unittest.skipIf(os.name == "nt", "there is always a display")
+    def test_a_dialog_without_a_display(self):
+        self.save("in.png", stairs(1, 8))
+        for display in ({}, {"DISPLAY": ":4711"}):
+            environment = {name: value for name, value in os.environ.items() if name != "DISPLAY"} | display
+            for words in (("--dialog", "in.png", "out.png"), ("--about",)):
+                result = self.run_tool(*words, env=environment)
+                self.assertEqual(result, (1, [], ["runfilter: a dialog needs a display, and there is none"]))
+        self.assertFalse((self.directory / "out.png").exists())
 
     @unittest.skipIf(os.name == "nt", "needs a limit on the size of files")
     def test_a_full_disk_leaves_the_output_alone(self):

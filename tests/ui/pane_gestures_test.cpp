@@ -195,9 +195,9 @@ TEST_F(PaneGestures, DraggingMovesTheViewAndStopsAtTheEdges) {
     Drag({250 - 30, 190 + 20});
     EXPECT_SHOWN(0, 0, 140, 100);
     // Beyond the edges it stops, and turns back at once.
-    Drag({250 + 600, 190 - 300});
+    Drag({250 + 450, 190 - 300});
     EXPECT_SHOWN(0, 0, 0, 240);
-    Drag({250 + 590, 190 - 293});
+    Drag({250 + 440, 190 - 293});
     EXPECT_SHOWN(0, 0, 10, 233);
     Release();
     EXPECT_EQ(Capture(), nullptr);

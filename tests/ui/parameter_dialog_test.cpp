@@ -107,6 +107,23 @@ TEST_F(ParameterDialog, CancelLeavesEverythingAsItWas) {
     }
 }
 
+// The preview is laid out in pixels and the rest in dialog units, which the font decides.
+TEST_F(ParameterDialog, OpensWithTheUnitsAndLettersOfWindows) {
+    ASSERT_NE(Open(), nullptr);
+    RECT unit = {0, 0, 4, 8}, label = {};
+    MapDialogRect(dialog, &unit);
+    EXPECT_EQ(unit.right, 6);
+    EXPECT_EQ(unit.bottom, 13);
+    const HWND threshold = FindWindowExA(dialog, nullptr, "Static", "color threshold");
+    GetClientRect(threshold, &label);
+    const HDC dc = GetDC(threshold);
+    SelectObject(dc, reinterpret_cast<HFONT>(SendMessageA(threshold, WM_GETFONT, 0, 0)));
+    SIZE text = {};
+    GetTextExtentPoint32A(dc, "color threshold", 15, &text);
+    ReleaseDC(threshold, dc);
+    EXPECT_LE(text.cx, label.right) << "cut short";
+}
+
 TEST_F(ParameterDialog, OpensWhereItWasLeftButOnTheScreen) {
     ASSERT_NE(Open(), nullptr);
     const RECT first = WindowRect();

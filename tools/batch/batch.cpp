@@ -17,6 +17,7 @@
 #include "tools/failure_words.h"
 #include "tools/file_bytes.h"
 #include "tools/interrupt.h"
+#include "tools/messages.h"
 
 namespace stairmelt {
 namespace {
@@ -28,7 +29,6 @@ class BatchScreen {
 public:
     explicit BatchScreen(size_t total) {
         counts_.total = total;
-        std::setvbuf(stdout, nullptr, _IOFBF, 1 << 12);  // a terminal is written to by the line, not by the character
         CONSOLE_SCREEN_BUFFER_INFO info;
         isTerminal_ = GetConsoleScreenBufferInfo(GetStdHandle(STD_OUTPUT_HANDLE), &info) != 0;
         // In the last column a terminal may begin a new line.
@@ -39,6 +39,11 @@ public:
 
     void Tell(const BatchItem& item, const BatchAnswer& answer) {
         const std::lock_guard lock(mutex_);
+        if (!answer.values.empty() && !hasValues_) {
+            hasValues_ = true;  // they are those of every picture
+            ClearBar();
+            stairmelt::PrintLine(answer.values);
+        }
         ++(answer.isSmoothed ? counts_.smoothed : counts_.failed);
         const std::string name = PathText(item.in);
         if (!answer.isSmoothed) {
@@ -77,13 +82,15 @@ private:
     }
 
     void PrintError(const std::string& text) {
-        if (isTerminal_) {
-            std::printf("\r%*s\r", static_cast<int>(columns_), "");
-            std::fflush(stdout);
-            lastDrawn_ = {};
-        }
-        std::fprintf(stderr, "runfilter: %s\n", text.c_str());
-        std::fflush(stderr);
+        ClearBar();
+        stairmelt::PrintError(text);
+    }
+
+    void ClearBar() {
+        if (!isTerminal_) return;
+        std::printf("\r%*s\r", static_cast<int>(columns_), "");
+        std::fflush(stdout);
+        lastDrawn_ = {};
     }
 
     void DrawBar(bool isLast) {
@@ -101,7 +108,7 @@ private:
 
     std::mutex mutex_;
     BatchCounts counts_;
-    bool isTerminal_ = false;
+    bool isTerminal_ = false, hasValues_ = false;
     size_t columns_ = 79;
     const Clock::time_point start_ = Clock::now();
     Clock::time_point lastDrawn_ = {};

@@ -23,20 +23,20 @@ std::string InOneLine(std::string_view words) {
 }  // namespace
 
 BatchAnswer Failed(const std::filesystem::path& file, const std::string& why) {
-    return {false, 0, PathText(file) + ": " + why};
+    return {false, {}, 0, PathText(file) + ": " + why};
 }
 
 std::string AnswerLine(const BatchAnswer& answer) {
     std::string line(answer.isSmoothed ? kSmoothed : kFailed);
-    line += '\t';
+    line += '\t' + InOneLine(answer.values) + '\t';
     if (answer.isSmoothed) line += std::to_string(answer.changedPixels);
     return line + '\t' + InOneLine(answer.words);
 }
 
 std::optional<BatchAnswer> ParseAnswer(std::string_view line) {
-    if (std::ranges::count(line, '\t') < 2) return std::nullopt;
-    const std::string_view kind = TakeUntil(line, '\t'), number = TakeUntil(line, '\t');
-    BatchAnswer answer = {kind == kSmoothed, 0, std::string(line)};
+    if (std::ranges::count(line, '\t') < 3) return std::nullopt;
+    const std::string_view kind = TakeUntil(line, '\t'), values = TakeUntil(line, '\t'), number = TakeUntil(line, '\t');
+    BatchAnswer answer = {kind == kSmoothed, std::string(values), 0, std::string(line)};
     if (!answer.isSmoothed) return kind == kFailed && number.empty() ? std::optional(answer) : std::nullopt;
     const std::optional<size_t> changed = ParseNumber<size_t>(number);
     if (!changed) return std::nullopt;

@@ -10,6 +10,7 @@ namespace stairmelt {
 
 struct BatchAnswer {
     bool isSmoothed = false;
+    std::string values;        // where it is smoothed: with which values, for the user
     size_t changedPixels = 0;  // where it is smoothed
     std::string words;         // why it isn't; where it is, what the user should know of it, as a rule nothing
 };
@@ -17,7 +18,7 @@ struct BatchAnswer {
 // That of a file that something is wrong with.
 BatchAnswer Failed(const std::filesystem::path& file, const std::string& why);
 
-// "smoothed\t123\twords" or "failed\t\twords", without a line's end: what would end one becomes "; ".
+// "smoothed\tvalues\t123\twords" or "failed\t\t\twords", without a line's end: what would end one becomes "; ".
 std::string AnswerLine(const BatchAnswer& answer);
 
 // Nothing where the line isn't an answer.

@@ -30,7 +30,7 @@ std::wstring Quoted(const std::wstring& word) {
 std::wstring WorkerCommand(const Arguments& arguments) {
     std::wstring command = Quoted(ProgramPath().wstring()) + L" --worker";
     const auto add = [&](const wchar_t* option, const std::wstring& value) {
-        command += L' ' + std::wstring(option) + L' ' + Quoted(value);
+        command += L' ' + Quoted(option + (L'=' + value));
     };
     if (arguments.plugin) add(L"--plugin", arguments.plugin->wstring());
     if (arguments.settings) add(L"--settings", arguments.settings->wstring());
@@ -86,14 +86,16 @@ void EndOnCrash() {
 BatchAnswer FilterItem(PictureFilter& filter, const BatchItem& item) {
     try {
         const FilterReport report = filter.Filter(item.in, item.out);
-        BatchAnswer answer = {true, report.changedPixels, {}};
+        const std::string range = RangeText(report);
+        BatchAnswer answer = {true, ValueText(report), report.changedPixels, {}};
+        if (!range.empty()) answer.values += "\nnot remembered: " + range;
         for (const std::string& note : report.notes) answer.words += note + '\n';
         if (!report.faults.empty()) answer.words += "the plug-in breaks the host's rules: " + report.faults;
         return answer;
     } catch (...) {
         const std::string words = FailureWords();
         const bool isNamed = words.starts_with(PathText(item.in)) || words.starts_with(PathText(item.out));
-        return isNamed ? BatchAnswer{false, 0, words} : Failed(item.in, words);
+        return isNamed ? BatchAnswer{false, {}, 0, words} : Failed(item.in, words);
     }
 }
 

@@ -65,10 +65,24 @@ std::optional<int32_t> Recorded(const FakeScript& script, DescriptorKeyID key) {
     return std::nullopt;
 }
 
-// One run; a failure ends in ToolError. Returns its seconds.
-double RunOnce(FakeHost& host, PluginMainProc pluginMain, RunKind kind) {
+// One run without the dialog; a failure ends in ToolError. Returns its seconds.
+double RunSilently(FakeHost& host, PluginMainProc pluginMain) {
     const Clock::time_point start = Clock::now();
-    const int16_t result = host.RunFilter(pluginMain, kind);
+    const int16_t result = host.RunFilter(pluginMain, RunKind::kRepeat);
+    if (result != kNoErr) throw ToolError(ResultWords(result));
+    return SecondsSince(start);
+}
+
+// One run with the dialog. The time that it is open doesn't count: the filter asks for the whole picture after it.
+double RunWithDialog(FakeHost& host, PluginMainProc pluginMain) {
+    Clock::time_point start = Clock::now();
+    host.onAdvance = [&] {
+        start = Clock::now();
+        return host.pixels.Deliver();
+    };
+    const int16_t result = host.RunFilter(pluginMain, RunKind::kFromMenu);
+    host.onAdvance = nullptr;
+    if (result == kUserCanceledErr) throw CancelledError("cancelled");
     if (result != kNoErr) throw ToolError(ResultWords(result));
     return SecondsSince(start);
 }
@@ -94,13 +108,13 @@ public:
     TimedRuns(const TimedRuns&) = delete;
     TimedRuns& operator=(const TimedRuns&) = delete;
 
-    double Run(PluginMainProc pluginMain, RunKind kind) {
+    double Run(PluginMainProc pluginMain) {
         const Bytes& source = host_.document.source;
         start_ = Clock::now();
         std::memcpy(copy_.data(), source.data(), source.size());
         copies_.push_back(SecondsSince(start_));
         start_ = Clock::now();  // for a filter that asks for no pixels
-        return RunOnce(host_, pluginMain, kind);
+        return RunSilently(host_, pluginMain);
     }
 
     FilterTimes Medians() const { return {Median(kernels_), Median(copies_)}; }
@@ -114,6 +128,29 @@ private:
 
 }  // namespace
 
+std::string ValueText(const FilterReport& report) {
+    if (!report.threshold || !report.softness || !report.bias) return {};
+    return "threshold " + std::to_string(*report.threshold) + ", softness " + std::to_string(*report.softness) +
+           ", bias " + std::to_string(*report.bias);
+}
+
+std::string RangeText(const FilterReport& report) {
+    struct Row {
+        const char* name;
+        std::optional<int32_t> value;
+        int32_t max;
+    };
+    std::string text;
+    for (const Row& row : {Row{"threshold", report.threshold, 255}, Row{"softness", report.softness, 100},
+                           Row{"bias", report.bias, 100}}) {
+        if (!row.value || (*row.value >= 0 && *row.value <= row.max)) continue;
+        if (!text.empty()) text += ", ";
+        text += std::string(row.name) + " " + std::to_string(*row.value) + " (the dialog's range is 0 to " +
+                std::to_string(row.max) + ")";
+    }
+    return text;
+}
+
 FilterReport RunFilterOn(FakeHost& host, PluginMainProc pluginMain, const FilterRequest& request, Picture& picture,
                          Settings& settings) {
     OpenDocument(picture, host.document);
@@ -124,16 +161,15 @@ FilterReport RunFilterOn(FakeHost& host, PluginMainProc pluginMain, const Filter
     host.script.playsWithoutValues = !request.dialog;
     host.script.playInfo = request.dialog ? kPlugInDialogDisplay : kPlugInDialogDontDisplay;
 
-    const RunKind kind = request.dialog ? RunKind::kFromMenu : RunKind::kRepeat;
     FakeDocument& document = host.document;
     FilterReport report;
     try {
         if (request.repeat) {
             TimedRuns runs(host);
-            for (int32_t i = 0; i < *request.repeat; ++i) report.seconds = runs.Run(pluginMain, kind);
+            for (int32_t i = 0; i < *request.repeat; ++i) report.seconds = runs.Run(pluginMain);
             report.times = runs.Medians();
         } else {
-            report.seconds = RunOnce(host, pluginMain, kind);
+            report.seconds = request.dialog ? RunWithDialog(host, pluginMain) : RunSilently(host, pluginMain);
         }
     } catch (...) {
         TakeSamples(document.source, document.source, picture);

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -27,15 +28,27 @@ struct FilterTimes {
 struct FilterReport {
     std::optional<int32_t> threshold, softness, bias;  // as the filter recorded them
     size_t changedPixels = 0;
-    double seconds = 0;                // of the last run, with the host's work and the user's time in the dialog
+    double seconds = 0;  // of the last run, with the host's work; from the dialog's end where there is one
     std::optional<FilterTimes> times;  // where asked for
     std::vector<std::string> notes;    // what the user should know of a run that succeeded; empty as a rule
     std::string faults;                // lines about rules of the host that the filter broke; empty as a rule
 };
 
+// "threshold 20, softness 100, bias 0"; empty where the filter has recorded less.
+std::string ValueText(const FilterReport& report);
+
+// Which of the values the filter's dialog wouldn't take, in words; empty as a rule.
+std::string RangeText(const FilterReport& report);
+
+// The user has closed the dialog by Cancel. No failure of the filter's, so its file isn't named.
+struct CancelledError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
 // Filters the picture in place, in a host of its own, which has to outlive the filter's library: that may hold the
 // host's services until it is unloaded. The settings are what the host keeps for plug-ins; the filter reads and changes
-// them. Throws ToolError, with picture and settings as they were, when the filter refuses.
+// them. Throws ToolError, with picture and settings as they were, when the filter refuses, and
+// CancelledError likewise.
 FilterReport RunFilterOn(FakeHost& host, PluginMainProc pluginMain, const FilterRequest& request, Picture& picture,
                          Settings& settings);
 

@@ -1,9 +1,9 @@
 #include "tools/filter/picture_filter.h"
 
-#include <cstdio>
 #include <system_error>
 
 #include "tools/file_bytes.h"
+#include "tools/messages.h"
 #include "tools/pictures/picture_file.h"
 
 namespace stairmelt {
@@ -20,32 +20,37 @@ PictureFilter::PictureFilter(const fs::path& plugin, const fs::path& settings, c
 
 FilterReport PictureFilter::Filter(const fs::path& in, const fs::path& out,
                                    const std::function<void(const Picture&)>& onRead) {
-    const FileKind kind = With(out, [&] {
+    With(out, [&] {
         std::error_code error;
         if (fs::equivalent(in, out, error)) throw ToolError("is the picture itself, which would be lost");
         RequireReplaceable(out);
-        return KindToWrite(out);
     });
+    // First the picture: in a batch the result is named after it, and shouldn't be blamed for a kind that can't be
+    // read.
     Picture picture = With(in, [&] { return ReadPicture(in); });
+    const FileKind kind = With(out, [&] { return KindToWrite(out); });
     With(out, [&] { RequireWritable(picture, kind); });
     if (onRead) onRead(picture);
     // What the run before has written down concerns this one no more.
     host_.log.clear();
     host_.faults.clear();
     FilterReport report =
-        With(pluginPath_, [&] { return RunFilterOn(host_, plugin_.entry(), request_, picture, settings_); });
+        With(pluginPath_.filename(), [&] { return RunFilterOn(host_, plugin_.entry(), request_, picture, settings_); });
+    isBeyondDialog_ = !RangeText(report).empty();
     if (picture.morePages) report.notes.push_back("only the first of its pictures is read");
     With(out, [&] { StoreFile(out, EncodePicture(picture, kind)); });
     return report;
 }
 
 void PictureFilter::Remember() {
-    if (settings_ == loaded_) return;
+    if (settings_ == loaded_ || isBeyondDialog_) return;
     try {
+        std::error_code error;  // told by what follows
+        if (settingsPath_.has_parent_path()) fs::create_directories(settingsPath_.parent_path(), error);
         StoreSettings(settingsPath_, settings_);
         loaded_ = settings_;
     } catch (const ToolError& error) {
-        std::fprintf(stderr, "runfilter: %s: %s\n", PathText(settingsPath_).c_str(), error.what());
+        PrintError(PathText(settingsPath_) + ": " + error.what());
     }
 }
 

@@ -23,7 +23,8 @@ public:
     FilterReport Filter(const std::filesystem::path& in, const std::filesystem::path& out,
                         const std::function<void(const Picture&)>& onRead = {});
 
-    // Stores the settings as the runs have left them, where they differ from those that were loaded. That they can't be
+    // Stores the settings as the runs have left them, where they differ from those that were loaded and the values are
+    // such that the dialog could have left them. That they can't be
     // stored is only told on the error output: the pictures are there, and the next run just won't remember the values.
     void Remember();
 
@@ -33,6 +34,7 @@ private:
     FakeHost host_;  // outlives the library, which may hold its services
     PluginLibrary plugin_;
     Settings loaded_, settings_;
+    bool isBeyondDialog_ = false;  // the values of the last run
 };
 
 }  // namespace stairmelt

@@ -61,8 +61,11 @@ class Files(unittest.TestCase):
                 for address in relocated:
                     absolute, = file.read("<Q", address)
                     self.assertIn(absolute - file.base, range(file.image_size), hex(address))
-                # And there are no others: what looks like an address of the image is one.
+                # And there are no others: what looks like an address of the image is one, but in code, whose bytes can
+                # look like anything.
                 for section in file.sections:
+                    if section.name == ".text":
+                        continue
                     for at in range(0, len(section.data) - 7, 8):
                         value = int.from_bytes(section.data[at:at + 8], "little")
                         if file.base <= value < file.base + file.image_size:
@@ -96,14 +99,14 @@ class Files(unittest.TestCase):
         self.assertEqual(files["tool"].exports(), [])
         # Nor does the tool need anything beside it.
         self.assertLessEqual(set(files["tool"].imports()),
-                             SYSTEM_LIBRARIES | {"OLE32.DLL", "SHELL32.DLL", "WINDOWSCODECS.DLL"})
+                             SYSTEM_LIBRARIES | {"SHELL32.DLL"})
 
 
 class InstructionSets(unittest.TestCase):
     def test_share_no_function(self):
         """Of functions with one name the linker keeps any: an older machine might get one that it can't run."""
         fast, others = fast_objects()
-        self.assertEqual(len(fast), 3)
+        self.assertEqual(len(fast), 4)
         self.assertGreater(len(others), 6)
         elsewhere = set().union(*(names for o in others for names in defined_symbols(o).values()))
         for path in fast:

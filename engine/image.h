@@ -31,7 +31,7 @@ struct KernelJob {
     void* reserved;          // null; no kernel reads it
     KernelKey key;           // read by DispatchKernel only
     // Both views have one size. The source is only read. The destination holds the same pixels on entry, since the
-    // edges are read from it, and only the pixels that change are written. The two buffers don't overlap.
+    // edges are read from it, and only pixels inside the image are written. The two buffers don't overlap.
     const ImageView* source;
     const ImageView* destination;
     int32_t left, top, right, bottom;  // the host's filter rectangle; no kernel reads it
@@ -40,6 +40,6 @@ struct KernelJob {
 // Results of a kernel. The last two leave the destination as it was.
 constexpr int32_t kKernelDone = 0;
 constexpr int32_t kKernelParameterError = 0x5041524D;  // 'PARM': the views differ in size, or no kernel has the key
-constexpr int32_t kKernelMemoryError = 0x214D454D;     // '!MEM': the edge map could not be allocated
+constexpr int32_t kKernelMemoryError = 0x214D454D;     // '!MEM': the memory for the flags could not be had
 
 }  // namespace stairmelt

@@ -1,5 +1,5 @@
-// What the kernels do with AVX2: comparing the bytes of 64 columns, and looking at four blocks of flags at a time.
-// Included only by files that are compiled for it.
+// What the kernels do with AVX2: comparing parts of rows, mixing the colours of a pixel, and changing neighbouring
+// pixels. Included only by files that are compiled for it.
 #pragma once
 
 #include <immintrin.h>

@@ -39,6 +39,12 @@ struct Decisions {
         for (; kind < end; ++kind) pixels[kind] = Words{};
     }
 
+    // No runs in a direction and the one after it.
+    void ClearFacts(int direction) {
+        for (int i = 0; i < 2 * kRunFacts; ++i) facts[kRunFacts * direction + i] = Words{};
+        for (int i = 0; i < 2; ++i) facts[kIsShort + direction + i] = Words{};
+    }
+
     // Of the rules the first that holds; returns where one does.
     template <class... Rules>
     Words SetFirst(int kind, const FlagBlocks<Words>& block, Words candidates) {
@@ -109,6 +115,7 @@ void Decide(const FlagBlocks<Words>& block, const Limits<Words>& limits, Decisio
         decisions.template SetFirst<RestoreRight1, RestoreRight2, RestoreRight3>(kRestoreRight, block, hasRight);
     } else {
         decisions.Clear(kLeftRun, kUpRun);
+        decisions.ClearFacts(0);
     }
     if (!IsZero(hasDown)) {
         decisions.template SetRuns<RunDirection::kUp>(kUpRun, block, hasDown, limits.farEndIsInside, hasTail);
@@ -118,6 +125,7 @@ void Decide(const FlagBlocks<Words>& block, const Limits<Words>& limits, Decisio
         decisions.template SetFirst<RestoreCorner1, RestoreCorner2>(kRestoreCorner, block, hasDown & hasRight);
     } else {
         decisions.Clear(kUpRun, kAverage);
+        decisions.ClearFacts(2);
     }
     const Words average = (hasRight | hasDown) & ~hasTail & IsLonePixelOrSpikeTip(block);
     decisions.pixels[kAverage] = average;

@@ -54,7 +54,7 @@ public:
     }
 
 private:
-    // Chunk by chunk, each from the first row to the last one, so that a row is looked at and laid out once.
+    // Chunk by chunk, each from the first row to the last one, so that a row is looked at and laid out once in a band.
     template <class Row>
     void BuildBand(int32_t end) {
         const int32_t packedEnd = cells.PackedEnd();

@@ -11,7 +11,8 @@
 namespace stairmelt::inline STAIRMELT_SET {
 
 // Hands all visits of a picture of the job's size to the sink, in the order of the scan. The sink gets them in batches,
-// some rows late at most; the pixels that they concern are prefetched meanwhile.
+// any number of rows after they were planned, which is safe: flags are never built from changed rows. The pixels that
+// the visits concern are prefetched meanwhile.
 void PlanVisits(const KernelJob& job, int pixelBytes, FlagPlanes& planes, VisitSink& sink);
 
 }  // namespace stairmelt::inline STAIRMELT_SET

@@ -53,12 +53,12 @@ constexpr RunPair ShortRun(int facts, int direction) {
     return {(ofRun >> kHasTwoCells & 1) + 1, ofRun >> kFarIsOne & 3};
 }
 
-// A pixel at which something is done.
+// A pixel, or a span of pixels in a row, at which something is done.
 struct Visit {
     uint64_t kinds;     // bit k: kind k
-    uint64_t measured;  // of these, those whose length is measured: tails, fades and all but the short runs
+    uint64_t measured;  // those with an entry in the lengths: tails, fades, and runs that the facts don't describe
     int32_t x, y;
-    uint16_t facts;  // of the runs that aren't measured
+    uint16_t facts;  // of all directions; valid for runs that aren't measured
     uint8_t span;    // 0, or so many pixels from x on to the right at which nothing but kAverage is done
 };
 

@@ -1,5 +1,5 @@
-// One flag byte for each pixel, telling which neighbours it differs from. Every decision of a kernel rests on these
-// bytes; only the edge builder writes them.
+// One flag byte for each pixel, telling which neighbours it differs from. Every decision of the plain form rests on
+// these bytes; only the edge builder writes them.
 //
 // Cells stand in rows of `stride` bytes with a zeroed guard border around the image: a cell (x, y) may be read for x
 // from -4 to stride - 5, which is at least width, and for y from -1 to height. Scanners and patterns read the border in

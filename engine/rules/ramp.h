@@ -12,7 +12,7 @@
 
 namespace stairmelt::inline STAIRMELT_SET {
 
-// One walk's state. The scan fills a fresh one for every walk and never reads it back.
+// The state of a ramp during one walk.
 template <class Weights>
 struct BlendRamp {
     using Weight = typename Weights::Weight;

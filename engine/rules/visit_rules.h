@@ -1,6 +1,6 @@
 // What a visit does to single pixels, and the patterns of flags that decide on it. The tables are complete as they
-// stand: they aren't symmetric, and no mirrored forms exist. In a pattern the nearer cells come first (flag_pattern.h
-// tells why).
+// stand: they aren't symmetric, and no mirrored forms exist. The tests of a pattern are ordered so that one fails
+// before any that lies beyond the guard border.
 #pragma once
 
 #include <cstdint>

@@ -21,8 +21,8 @@ import time
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 FOLDERS = ("engine", "host", "hostkit", "ui", "tools")
-KERNELS = re.compile(r"(plain|baseline|avx2)_d\d+\.cpp$")
-KERNELS_READ = ("plain_d8.cpp", "baseline_d16.cpp", "avx2_d32.cpp")
+KERNELS = re.compile(r"(plain|baseline|avx2)_(d\d+|planner)\.cpp$")
+KERNELS_READ = ("plain_d8.cpp", "baseline_d16.cpp", "avx2_d32.cpp", "baseline_planner.cpp", "avx2_planner.cpp")
 CROSS_COMPILER = "x86_64-w64-mingw32-g++-posix"
 # Paths through a function that clang's analyzer follows at most. Its own limit is ten times as high, and what it finds
 # beyond this one, in the string and map templates of the tools, isn't worth the minutes.

@@ -68,8 +68,6 @@ class ChunkRow {
 public:
     static constexpr int kColumns = 16;
 
-    static bool Supports(EdgeThreshold<Format>) { return true; }
-
     // Reads the chunk at `row` and one pixel behind it.
     void Load(const uint8_t* row) {
         typename Format::Sample samples[kRead * Format::kPixelSize];

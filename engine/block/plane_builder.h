@@ -25,15 +25,6 @@ inline void ClearUntestedDiagonals(ChunkFlags& flags) {
     flags.a &= tested;
 }
 
-template <class Format, bool kHasOwn>
-struct ChunkRowChoice {
-    using Row = ChunkRow<Format>;
-};
-template <class Format>
-struct ChunkRowChoice<Format, true> {
-    using Row = typename Format::InstructionSet::template Row<Format>;
-};
-
 template <class Format>
 class PlaneBuilder final : public RowBuilder {
 public:
@@ -43,17 +34,21 @@ public:
 
     void BuildTo(int32_t end) override {
         const int32_t endOfBand = end < image.height ? end : image.height - 1;
-        using OwnRow = typename ChunkRowChoice<Format, Format::kComparesChunks>::Row;
-        if (OwnRow::Supports(cells.threshold)) {
-            BuildBand<OwnRow>(endOfBand);
-        } else {
-            BuildBand<ChunkRow<Format>>(endOfBand);
-        }
+        BuildBandBest(endOfBand);
         if (end < image.height) return;
         for (int32_t x = 0; x < image.width - 1; ++x) SetCell(x, image.height - 1, cells.LastRowStep(x));
     }
 
 private:
+    // With the rows of the instruction set, where it has its own and they support the threshold.
+    void BuildBandBest(int32_t end) {
+        if constexpr (Format::kComparesChunks) {
+            using OwnRow = typename Format::InstructionSet::template Row<Format>;
+            if (OwnRow::Supports(cells.threshold)) return BuildBand<OwnRow>(end);
+        }
+        BuildBand<ChunkRow<Format>>(end);
+    }
+
     // Chunk by chunk, each from the first row to the last one, so that a row is looked at and laid out once in a band.
     template <class Row>
     void BuildBand(int32_t end) {

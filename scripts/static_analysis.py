@@ -44,6 +44,18 @@ def cross_headers():
     return [os.path.realpath(f) for f in folders if "c++" in f or f.endswith("x86_64-w64-mingw32/include")]
 
 
+# What only GCC knows, or what makes clang-tidy read the sources as for another system.
+NOT_FOR_CLANG = re.compile(r" -fno-(ipa-ra|threadsafe-statics)\b")
+
+
+def commands_for_clang(build):
+    """Makes a folder with the build's compile_commands.json without those options."""
+    folder = build / "static-analysis"
+    folder.mkdir(exist_ok=True)
+    text = (build / "compile_commands.json").read_text(encoding="utf-8")
+    (folder / "compile_commands.json").write_text(NOT_FOR_CLANG.sub("", text), encoding="utf-8")
+
+
 def sources(native, windows):
     """(file, folder of its compile_commands.json, whether it is read as Windows') of all files to read."""
     seen = {}
@@ -65,7 +77,7 @@ def run(command):
 
 def tidy(source, headers):
     path, build, is_windows = source
-    command = ["clang-tidy", "-p", build, "--quiet", *NODES]
+    command = ["clang-tidy", "-p", build / "static-analysis", "--quiet", *NODES]
     if is_windows:
         command += ["--extra-arg=--target=x86_64-w64-mingw32", "--extra-arg=-nostdinc++"]
         command += [f"--extra-arg=-isystem{folder}" for folder in headers]
@@ -81,6 +93,8 @@ def check(source):
 def main(native, windows, *only):
     files = [s for s in sources(pathlib.Path(native), pathlib.Path(windows))
              if not only or any(str(s[0]).endswith(name) for name in only)]
+    for build in (native, windows):
+        commands_for_clang(pathlib.Path(build))
     headers = cross_headers()
     start = time.monotonic()
     findings, times, done = [], {}, 0

@@ -9,9 +9,9 @@
 
 namespace stairmelt {
 
-void ReadPng(std::span<const uint8_t> file, size_t maxSamples, Picture& picture);
-void ReadTiff(std::span<const uint8_t> file, size_t maxSamples, Picture& picture);
-void ReadJpeg(std::span<const uint8_t> file, size_t maxSamples, Picture& picture);
+void ReadPng(std::span<const uint8_t> bytes, size_t maxSamples, Picture& picture);
+void ReadTiff(std::span<const uint8_t> bytes, size_t maxSamples, Picture& picture);
+void ReadJpeg(std::span<const uint8_t> bytes, size_t maxSamples, Picture& picture);
 Bytes WritePng(const Picture& picture);
 Bytes WriteTiff(const Picture& picture);
 

@@ -286,7 +286,7 @@ void ReadSurroundings(const TiffFile& file, std::span<const uint8_t> bytes, Pict
     const auto predictor = file.Field<uint16_t>(TIFFTAG_PREDICTOR, PREDICTOR_NONE);
     switch (compression) {
         case COMPRESSION_NONE:
-        case COMPRESSION_PACKBITS: picture.compression = compression; break;
+        case COMPRESSION_PACKBITS:
         case COMPRESSION_LZW: picture.compression = compression; break;
         case COMPRESSION_DEFLATE:
         case COMPRESSION_ADOBE_DEFLATE: picture.compression = COMPRESSION_ADOBE_DEFLATE; break;

@@ -29,8 +29,8 @@ TEST(Kernels, EverySizeAtAnyStrideStaysInsideTheImage) {
                 SCOPED_TRACE(std::string(format.name) + " " + std::to_string(width) + "x" + std::to_string(height));
                 const Picture picture = {width, height, Patchwork(format, width, height, random)};
                 const Values values = {random.Below(40), random.Below(101), random.Below(101)};
-                EXPECT_TRUE(Smooth(format, format.kernel, picture, values, exact, exact) ==
-                            Smooth(format, format.kernel, picture, values, bottomUp, {.padding = 1}));
+                ASSERT_TRUE(Smooth(format, format.kernel, picture, values, exact, exact) ==
+                            Smooth(format, KernelOf(kPlainKernels, format), picture, values, bottomUp, {.padding = 1}));
             }
         }
     }

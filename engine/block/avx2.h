@@ -229,10 +229,8 @@ struct Avx2 {
     template <class Format>
     using Row = typename RowOf<Format, Format::kBits == 8>::Row;
 
-    template <class Format, int kDx>
-    static void MixRow(uint8_t* to, const uint8_t* from, const CachedRamp<IntegerWeights>& ramp) {
-        MixByteRow<Format, kDx>(to, from, ramp);
-    }
+    template <class Format>
+    using StrokeOf = ByteStroke<Format>;
     template <class Format>
     static bool AverageRow(const KernelJob& job, int32_t x, int32_t y, int32_t count, int32_t neighbourWeight) {
         return AverageByteRow<Format>(job, x, y, count, neighbourWeight);

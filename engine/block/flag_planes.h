@@ -158,8 +158,6 @@ struct PlaneCursor {
         row += dy * planes.RowBytes();
     }
 
-    void NeedRow() const { planes.Need(y + kReachRows); }
-
     // The number of cells, from (fromX, fromY) on in steps of (kDx, kDy), at which all tests hold.
     template <int kDx, int kDy, FlagTest... kTests>
     int32_t CountCells(int32_t fromX, int32_t fromY) const {
@@ -179,9 +177,9 @@ struct PlaneCursor {
                 }
                 inWindow = TrailingOnes(cells, kWindow);
             } else if constexpr (kDx > 0) {
-                inWindow = TrailingOnes((at.CellsFrom(kTests) & ...), kWindow);
+                inWindow = TrailingOnes((at.CellsAlong<kDx>(kTests) & ...), kWindow);
             } else {
-                inWindow = LeadingOnes((at.CellsUpTo(kTests) & ...), kWindow);
+                inWindow = LeadingOnes((at.CellsAlong<kDx>(kTests) & ...), kWindow);
             }
             n += inWindow;
             if (inWindow < kWindow) return n;
@@ -189,30 +187,28 @@ struct PlaneCursor {
         }
     }
 
+    // A row of kWindowColumns cells: to the right (kDx 1) bit k is column x + k, to the left bit 63 - k is column x -
+    // k.
+    template <int kDx>
+    uint64_t CellsAlong(FlagTest test) const {
+        const int32_t bit = x + test.dx + kGuardColumns;
+        const uint8_t* const at = PlaneRow(test) + (bit >> 3);
+        const uint64_t flags = kDx > 0 ? LoadWord(at) >> (bit & 7) : LoadWord(at - 7) << (7 - (bit & 7));
+        return test.wanted ? flags : ~flags;
+    }
+
 private:
-    // The byte with the bit of a column of the test's plane and row.
-    const uint8_t* ByteOf(FlagTest test, int32_t bit) const {
-        return row + test.dy * planes.RowBytes() + PlaneOf(test.flag) * planes.PlaneBytes() + (bit >> 3);
+    const uint8_t* PlaneRow(FlagTest test) const {
+        return row + test.dy * planes.RowBytes() + PlaneOf(test.flag) * planes.PlaneBytes();
     }
-    int32_t BitOf(FlagTest test) const { return x + test.dx + kGuardColumns; }
 
+    // All tests in reach of the pixel lie in one short word of their row.
     uint32_t Bit(FlagTest test) const {
-        const int32_t bit = BitOf(test);
-        const uint32_t byte = *ByteOf(test, bit);
-        return (test.wanted ? byte : ~byte) >> (bit & 7) & 1;
-    }
-
-    // A row of cells to the right: bit k is column x + k.
-    uint64_t CellsFrom(FlagTest test) const {
-        const int32_t bit = BitOf(test);
-        const uint64_t flags = LoadWord(ByteOf(test, bit)) >> (bit & 7);
-        return test.wanted ? flags : ~flags;
-    }
-    // And to the left: bit 63 - k is column x - k.
-    uint64_t CellsUpTo(FlagTest test) const {
-        const int32_t bit = BitOf(test);
-        const uint64_t flags = LoadWord(ByteOf(test, bit) - 7) << (7 - (bit & 7));
-        return test.wanted ? flags : ~flags;
+        static_assert(kGuardColumns == kReachColumns && 7 + 2 * kReachColumns < 16);
+        uint16_t flags;
+        std::memcpy(&flags, PlaneRow(test) + (x >> 3), sizeof flags);
+        const uint32_t bit = static_cast<uint32_t>(flags) >> (x & 7) >> (test.dx + kReachColumns) & 1;
+        return test.wanted ? bit : bit ^ 1;
     }
 };
 

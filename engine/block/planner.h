@@ -4,15 +4,15 @@
 
 #include <cstdint>
 
+#include "engine/block/action.h"
 #include "engine/block/flag_planes.h"
-#include "engine/block/visit.h"
 #include "engine/image.h"
 
 namespace stairmelt::inline STAIRMELT_SET {
 
-// Hands all visits of a picture of the job's size to the sink, in the order of the scan. The sink gets them in batches,
+// Hands all actions on a picture of the job's size to the sink, in the order of the scan. The sink gets them in batches,
 // any number of rows after they were planned, which is safe: flags are never built from changed rows. The pixels that
-// the visits concern are prefetched meanwhile.
-void PlanVisits(const KernelJob& job, int pixelBytes, FlagPlanes& planes, VisitSink& sink);
+// the actions concern are prefetched meanwhile.
+void PlanVisits(const KernelJob& job, int pixelBytes, FlagPlanes& planes, ActionSink& sink);
 
 }  // namespace stairmelt::inline STAIRMELT_SET

@@ -46,7 +46,6 @@ struct FlagCursor {
         return Holds(kTest);
     }
     void Move(int32_t dx, int32_t dy) { cell += dy * stride + dx; }
-    void NeedRow() const {}  // all rows are built
 
     // The number of cells, from (fromX, fromY) on in steps of (kDx, kDy), at which all tests hold.
     template <int kDx, int kDy, FlagTest... kTests>

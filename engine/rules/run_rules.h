@@ -61,8 +61,9 @@ template <RunScanner kScanner, class Cursor>
 int32_t RunLength(const Cursor& at) {
     const int32_t n = WalkLength<kScanner, kScanner.first>(at);
     const int32_t m = WalkLength<kScanner, kScanner.second>(at);
-    const bool isClosed = n != 0 && at.Holds(Moved(kScanner.end, kScanner.dx * (n + 1), kScanner.dy * (n + 1)));
-    return isClosed || n >= m ? n : m;
+    Cursor behind = at;
+    behind.Move(kScanner.dx * (n + 1), kScanner.dy * (n + 1));
+    return (n != 0 && behind.Holds(kScanner.end)) || n >= m ? n : m;
 }
 
 // The same rule for all pixels of a block: where the walk doesn't stop before its cell number kCell, counted from 1,

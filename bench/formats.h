@@ -1,4 +1,4 @@
-// The 24 pixel formats as the benchmark sees them: the kernels of each, and pictures in it.
+// The 24 pixel formats: the kernels of each, and pictures in it.
 #pragma once
 
 #include <string>
@@ -18,10 +18,10 @@ struct KernelForm {
 struct BenchFormat {
     std::string name;  // "C3D8A": colour channels, bits of a sample, A for an opacity sample
     int pixelBytes;
-    std::vector<KernelForm> forms;  // the one that callers get comes first
+    std::vector<KernelForm> forms;  // the named kernel comes first
 
-    // The canvas in this format, rows without padding. Gray and black are luminances, a second channel is the blue one,
-    // four channels are inks. Paper is transparent and all else opaque.
+    // Converts the canvas to this format, rows without padding. Gray and black are luminances, a second channel is
+    // blue, and four channels are inks. Paper is transparent, everything else opaque.
     std::vector<uint8_t> (*convert)(const Canvas& canvas);
 
     // Share of the pixels that have flag R or D at the benchmark's threshold, 0..1.

@@ -1,20 +1,14 @@
-// Times of the kernels on one thread. A benchmark's name is GROUP/PICTURE/WHAT, and its groups are
+// Times of the kernels on one thread. A benchmark's name is GROUP/PICTURE/WHAT; the groups are
 //
 //   rgb8      six pictures of 24 megapixels in 8-bit RGB: copying, reading, every form of the kernel, and its phases
 //   formats   all 24 formats, on the cartoon
-//   growth    the cartoon from 1 to 100 megapixels
-//   share     pictures of which a part is blank
-//   crop      a picture of the preview's size
-//   worst     the pictures that the kernels find hardest
 //
-// The destination becomes a copy of the picture before each run. That copy isn't part of the run's time; its own is in
-// the counter `copy`, so that each benchmark has a measure taken in the same seconds as itself. Further counters:
+// Before each run, the picture is copied to the destination. The copy isn't part of the run's time; its own time is in
+// the counter `copy`, so that each benchmark has a reference taken at the same moment. Further counters:
 // `megapixels`, and `flagged`, the share of the pixels with an edge on their right or lower side.
 #include <benchmark/benchmark.h>
 #include <emmintrin.h>
 
-#include <algorithm>
-#include <cmath>
 #include <cstring>
 #include <functional>
 #include <memory>
@@ -32,14 +26,13 @@ namespace stairmelt {
 
 namespace {
 
-// Something to be timed on a picture. It takes the time itself, so that it can prepare what shouldn't count.
+// Something to be timed on a picture. It measures the time itself, so that preparations aren't counted.
 struct Measurement {
     std::string name;
     std::function<double(Workplace& place)> seconds;
 };
 
-// Reads every pixel and does as little with it as can be: four sums that don't wait for each other, so that the memory
-// sets the pace.
+// Reads every pixel and does as little as possible with it: four independent sums, so that memory is the limit.
 __m128i SumOfWords(const ImageView& image) {
     const size_t bytes = static_cast<size_t>(image.rowStride) * static_cast<size_t>(image.height);
     __m128i sums[4] = {};
@@ -74,7 +67,7 @@ std::vector<Measurement> EverythingOn(const BenchFormat& format) {
     return measurements;
 }
 
-// Keeps the workplace used last: benchmarks on one picture follow each other, and two large ones needn't fit into
+// Keeps the last workplace: benchmarks on one picture follow each other, and two large pictures might not fit into
 // memory.
 class Workshop {
 public:
@@ -97,9 +90,6 @@ class Plan {
 public:
     void Add(const std::string& group, const Scene& scene, const BenchFormat& format,
              const std::vector<Measurement>& measurements, const std::string& picture) {
-        constexpr double kPixelsForEachRepetition = 24e6;
-        const double pixels = static_cast<double>(scene.width) * scene.height;
-        const auto iterations = std::clamp<int64_t>(std::lround(kPixelsForEachRepetition / pixels), 1, 30);
         for (const Measurement& measurement : measurements) {
             const std::string name = group + "/" + picture + "/" + measurement.name;
             const auto run = [this, scene, &format, measurement](benchmark::State& state) {
@@ -107,7 +97,7 @@ public:
             };
             benchmark::RegisterBenchmark(name.c_str(), run)
                 ->UseManualTime()
-                ->Iterations(iterations)
+                ->Iterations(1)
                 ->Unit(benchmark::kMillisecond);
         }
     }
@@ -127,55 +117,20 @@ private:
     Workshop workshop_;
 };
 
-Scene SceneOf(const PictureKind& kind, int32_t width, int32_t height) {
-    return {kind.name, width, height, [&kind](int32_t w, int32_t h) { return DrawPicture(kind, w, h); }};
-}
-
 // Three columns to two rows: 24 megapixels are 6000 x 4000.
-Scene SceneOf(const PictureKind& kind, int megapixels) {
-    const double pixels = megapixels * 1e6;
-    const double width = std::round(std::sqrt(pixels * 1.5));
-    return SceneOf(kind, static_cast<int32_t>(width), static_cast<int32_t>(std::round(pixels / width)));
-}
-
-// A picture of which `percent` remains.
-Scene PartlyBlank(const PictureKind& kind, int megapixels, int percent) {
-    Scene scene = SceneOf(kind, megapixels);
-    scene.name += std::to_string(percent);
-    scene.draw = [&kind, percent](int32_t width, int32_t height) {
-        Canvas canvas = DrawPicture(kind, width, height);
-        BlankTiles(canvas, percent);
-        return canvas;
-    };
-    return scene;
+Scene SceneOf(const PictureKind& kind) {
+    return {kind.name, 6000, 4000, [&kind](int32_t width, int32_t height) { return DrawPicture(kind, width, height); }};
 }
 
 void PlanAll(Plan& plan) {
-    constexpr int kMegapixels = 24;
     const BenchFormat& rgb8 = FindFormat("C3D8");
-    const std::vector<Measurement> fast = {RunOf(rgb8.forms.front())};
     const PictureKind& cartoon = FindPicture("cartoon");
 
     for (const PictureKind& kind : kPictures) {
-        plan.Add("rgb8", SceneOf(kind, kMegapixels), rgb8, EverythingOn(rgb8), kind.name);
+        plan.Add("rgb8", SceneOf(kind), rgb8, EverythingOn(rgb8), kind.name);
     }
     for (const BenchFormat& format : kFormats) {
-        plan.Add("formats", SceneOf(cartoon, kMegapixels), format, {RunOf(format.forms.front())}, format.name);
-    }
-    for (const int megapixels : {1, 4, 10, 24, 50, 100}) {
-        plan.Add("growth", SceneOf(cartoon, megapixels), rgb8, fast, std::to_string(megapixels));
-    }
-    for (const std::string name : {"cartoon", "noise"}) {
-        for (const int percent : {0, 5, 10, 25, 50, 75, 100}) {
-            plan.Add("share", PartlyBlank(FindPicture(name), kMegapixels, percent), rgb8, fast,
-                     name + "_" + std::to_string(percent));
-        }
-    }
-    for (const PictureKind& kind : kPictures) {
-        plan.Add("crop", SceneOf(kind, 980, 740), rgb8, EverythingOn(rgb8), kind.name);
-    }
-    for (const PictureKind& kind : kWorstPictures) {
-        plan.Add("worst", SceneOf(kind, kMegapixels), rgb8, fast, kind.name);
+        plan.Add("formats", SceneOf(cartoon), format, {RunOf(format.forms.front())}, format.name);
     }
 }
 

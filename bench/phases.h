@@ -1,4 +1,4 @@
-// The phases of a kernel by themselves: in a kernel the flags are built while the scan goes on.
+// The phases of a kernel, one after the other. A kernel itself builds the flags while it scans.
 #pragma once
 
 #include "engine/image.h"

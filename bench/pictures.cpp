@@ -143,75 +143,11 @@ void DrawNoise(Canvas& canvas) {
     for (; i < canvas.bytes.size(); ++i) canvas.bytes[i] = static_cast<uint8_t>(random.Next());
 }
 
-// Ink where isInk(x, y) is true.
-template <class Test>
-void DrawPattern(Canvas& canvas, Test isInk) {
-    canvas.LayPaper(kPaper);
-    for (int32_t y = 0; y < canvas.height; ++y) {
-        for (int32_t x = 0; x < canvas.width; ++x) {
-            if (isInk(x, y)) canvas.Put(x, y, kInk);
-        }
-    }
-}
-
-// Stripes `thickness` rows thick across the whole picture that sink by one row every `run` columns.
-template <int kRun, int kThickness>
-void DrawShallowStripes(Canvas& canvas) {
-    DrawPattern(canvas, [](int32_t x, int32_t y) { return ((x / kRun + y) / kThickness & 1) != 0; });
-}
-template <int kRun, int kThickness>
-void DrawSteepStripes(Canvas& canvas) {
-    DrawPattern(canvas, [](int32_t x, int32_t y) { return ((y / kRun + x) / kThickness & 1) != 0; });
-}
-
-// Diagonals of single steps across the whole picture. Where kStraight isn't 0, a straight piece of two pixels cuts them
-// in every kStraight-th column.
-template <int kStraight>
-void DrawDiagonals(Canvas& canvas) {
-    DrawPattern(canvas, [](int32_t x, int32_t y) {
-        const int32_t along = kStraight != 0 ? x - x / kStraight : x;
-        return ((along + y) / 3 & 1) != 0;
-    });
-}
-
-// Squares of ink at a distance from each other.
-template <int kSize, int kPitch>
-void DrawDots(Canvas& canvas) {
-    DrawPattern(canvas, [](int32_t x, int32_t y) { return x % kPitch < kSize && y % kPitch < kSize; });
-}
-
-template <int kSize>
-void DrawChecks(Canvas& canvas) {
-    DrawPattern(canvas, [](int32_t x, int32_t y) { return ((x / kSize + y / kSize) & 1) != 0; });
-}
-
-// Ink or paper by chance: every pattern of flags occurs.
-void DrawStatic(Canvas& canvas) {
-    SeededRandom random(5);
-    DrawPattern(canvas, [&](int32_t, int32_t) { return (random.Next() & 1) != 0; });
-}
-
 }  // namespace
 
 const std::vector<PictureKind> kPictures = {
     {"flat", DrawFlat}, {"ink", DrawInk},     {"cartoon", DrawCartoon},
     {"text", DrawText}, {"photo", DrawPhoto}, {"noise", DrawNoise},
-};
-
-const std::vector<PictureKind> kWorstPictures = {
-    {"near_horizontal", DrawShallowStripes<3000, 2>},
-    {"near_vertical", DrawSteepStripes<2000, 2>},
-    {"shallow", DrawShallowStripes<40, 2>},
-    {"steep", DrawSteepStripes<40, 2>},
-    {"diagonals", DrawDiagonals<0>},
-    {"cut_diagonals", DrawDiagonals<12>},
-    {"comb_rows", DrawShallowStripes<INT32_MAX, 1>},
-    {"comb_columns", DrawSteepStripes<INT32_MAX, 1>},
-    {"checks", DrawChecks<1>},
-    {"checks_2", DrawChecks<2>},
-    {"dots", DrawDots<1, 2>},
-    {"dots_2", DrawDots<2, 4>},
-    {"static", DrawStatic},
 };
 
 const PictureKind& FindPicture(const std::string& name) {
@@ -225,19 +161,6 @@ Canvas DrawPicture(const PictureKind& kind, int32_t width, int32_t height) {
     Canvas canvas(width, height);
     kind.draw(canvas);
     return canvas;
-}
-
-void BlankTiles(Canvas& canvas, int percent) {
-    constexpr int32_t kTile = 250;  // pixels each way
-    // Kept tiles are spread over each hundred as evenly as it gets: a prime step visits all remainders.
-    constexpr int32_t kStep = 37;
-    constexpr int32_t kRowStep = 61;
-    for (int32_t y = 0; y < canvas.height; ++y) {
-        for (int32_t left = 0; left < canvas.width; left += kTile) {
-            const int32_t rank = (left / kTile * kStep + y / kTile * kRowStep) % 100;
-            if (rank >= percent) canvas.FillSpan(y, left, left + kTile, kPaper);
-        }
-    }
 }
 
 }  // namespace stairmelt

@@ -23,16 +23,9 @@ struct PictureKind {
 //   noise    random bytes
 extern const std::vector<PictureKind> kPictures;
 
-// What the kernels find hardest: runs as long as they get, all sizes of diagonals, and patterns in which every pixel
-// has its flags.
-extern const std::vector<PictureKind> kWorstPictures;
-
 // A kind by its name, which has to exist.
 const PictureKind& FindPicture(const std::string& name);
 
 Canvas DrawPicture(const PictureKind& kind, int32_t width, int32_t height);
-
-// Leaves `percent` of the canvas as it is, in tiles scattered evenly, and blanks the others.
-void BlankTiles(Canvas& canvas, int percent);
 
 }  // namespace stairmelt

@@ -36,7 +36,7 @@ class Results:
         return list(dict.fromkeys(name[2] for name in self._medians if name[0] == group))
 
     def get(self, group, picture, what):
-        """None for what hasn't been measured."""
+        """None if it wasn't measured."""
         return self._medians.get((group, picture, what))
 
     def repetitions(self):

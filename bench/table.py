@@ -2,8 +2,8 @@
 """Prints the times of the kernels as tables, in Markdown.
 
     table.py RESULTS.json                        results of an earlier run
-    table.py RESULTS.json --run BENCH [WORD...]  runs kernel_bench first and keeps its results in the file; further
-                                                 words are options for it, as --benchmark_filter=^rgb8
+    table.py RESULTS.json --run BENCH [WORD...]  runs kernel_bench first and stores its results in the file;
+                                                 further arguments are passed to it: --benchmark_filter=^rgb8
 """
 
 import json
@@ -43,7 +43,7 @@ def measure(path, bench, options):
 
 
 def number(value):
-    """Three digits that count, and no more."""
+    """Three significant digits."""
     for limit, digits in ((1, 3), (10, 2), (100, 1)):
         if value < limit:
             return f"{value:.{digits}f}"
@@ -105,44 +105,6 @@ def print_formats(results):
     print(f"\nThe slowest is {slowest}, at {ratio(slowest):.2f} times 8-bit RGB.")
 
 
-def print_growth(results):
-    rows = []
-    for size in results.pictures("growth"):
-        median = results.get("growth", size, "fast")
-        rows.append((size, [f"{median.milliseconds:.1f}", number(per_megapixel(median)), number(copies(median))]))
-    if rows:
-        print_table("Size: the cartoon", ["ms", "ms per megapixel", "copies"], rows, "megapixels")
-
-
-def print_shares(results):
-    columns, table = [], {}
-    for name in results.pictures("share"):
-        picture, part = name.rsplit("_", 1)
-        if f"{picture}: flagged" not in columns:
-            columns += [f"{picture}: flagged", "ms per megapixel", "ns for each flagged pixel"]
-        median = results.get("share", name, "fast")
-        blank = results.get("share", f"{picture}_0", "fast")
-        cost = ""
-        if blank and median.flagged > blank.flagged:
-            # A millisecond per megapixel is a nanosecond per pixel.
-            cost = number((per_megapixel(median) - per_megapixel(blank)) / (median.flagged - blank.flagged))
-        table.setdefault(part, []).extend([percent(median.flagged), number(per_megapixel(median)), cost])
-    if table:
-        print_table("Share of the picture that isn't blank", columns, [(f"{part} %", c) for part, c in table.items()],
-                    "not blank")
-
-
-def print_worst(results):
-    rows = []
-    for picture in results.pictures("worst"):
-        median = results.get("worst", picture, "fast")
-        rows.append((picture.replace("_", " "), [percent(median.flagged), number(per_megapixel(median)),
-                                                 number(copies(median))]))
-    if rows:
-        print_table("The hardest pictures, 24 megapixels of 8-bit RGB", ["flagged", "ms per megapixel", "copies"],
-                    rows)
-
-
 def main():
     words = sys.argv[1:]
     if not words or (len(words) > 1 and (words[1] != "--run" or len(words) < 3)):
@@ -160,10 +122,6 @@ def main():
           f"Medians of {results.repetitions()} runs. A copy is a memcpy of the same picture, right before each run.")
     print_pictures(results, "rgb8", "24 megapixels of 8-bit RGB")
     print_formats(results)
-    print_growth(results)
-    print_shares(results)
-    print_pictures(results, "crop", "The preview's crop: 980 x 740 pixels of 8-bit RGB")
-    print_worst(results)
 
 
 if __name__ == "__main__":

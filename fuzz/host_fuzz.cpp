@@ -198,7 +198,7 @@ private:
     }
 
     bool IsResultOfStart(int16_t result) const {
-        if (ClassifyImage() == kUnservedImage) return result == kFilterBadMode;
+        if (ClassifyImage() == kUnsupportedImage) return result == kFilterBadMode;
         if (host_.record.parameters == nullptr) return result == kFilterBadParameters;
         for (const int16_t known : {kNoErr, kMemFullErr, kFilterBadParameters, kUserCanceledErr, kKernelMemoryResult})
             if (result == known) return true;
@@ -292,7 +292,9 @@ private:
         host_.onAdvance = nullptr;
         gStubDialogs = {};
         const KernelCase& format = kAllKernels[4];
-        host_.document = {.width = 40, .height = 9};
+        host_.document = {};
+        host_.document.width = 40;
+        host_.document.height = 9;
         uint8_t strokes[64];
         for (size_t i = 0; i < sizeof(strokes); ++i) strokes[i] = static_cast<uint8_t>(i * 37);
         ByteSource picture(strokes, sizeof(strokes));

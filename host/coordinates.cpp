@@ -12,7 +12,7 @@ BigDocumentStruct* WideForm() {
     return bigDocument != nullptr && bigDocument->PluginUsing32BitCoordinates != 0 ? bigDocument : nullptr;
 }
 
-// Only ever given numbers that came from the 16-bit form, so that all fit.
+// All values come from the 16-bit form and fit.
 Rect Narrow(const VRect& rect) {
     return {static_cast<int16_t>(rect.top), static_cast<int16_t>(rect.left), static_cast<int16_t>(rect.bottom),
             static_cast<int16_t>(rect.right)};

@@ -1,4 +1,4 @@
-// The library's entry: keeps the module handle, from which dialogs are loaded, and leaves no memory behind.
+// The library's entry: keeps the module handle, from which dialogs are loaded, and releases the runtime's memory.
 #include "host/dll_main.h"
 
 #include <exception>
@@ -16,8 +16,8 @@ HINSTANCE gInstance = nullptr;
 
 namespace {
 
-// GCC's C++ library reserves 73 KB for exceptions at its start and leaves them to the end of the process. It is linked
-// statically, so a host that loads the plug-in for each run would lose that much each time.
+// GCC's C++ library reserves 73 KB for exceptions when it starts and never frees them. It is linked statically, so that
+// a host that loads the plug-in for each run would lose that much each time.
 void FreeRuntimeReserve() {
 #ifdef __GLIBCXX__
     __gnu_cxx::__freeres();

@@ -13,10 +13,10 @@ constexpr int32_t kAllPlanes = 0;
 
 struct ImageMode {
     int32_t channels;  // or kAllPlanes
-    bool isServed;
+    bool isSupported;
 };
 
-// By number of the mode.
+// Indexed by imageMode.
 constexpr ImageMode kModes[] = {
     {1, false},          // bitmap
     {1, true},           // gray
@@ -37,7 +37,7 @@ constexpr ImageMode kModes[] = {
     {3, true},           // RGB, 32 bits
     {1, true},           // gray, 32 bits
 };
-constexpr ImageMode kUnknownMode = {kAllPlanes, true};  // served as multichannel
+constexpr ImageMode kUnknownMode = {kAllPlanes, true};  // treated as multichannel
 static_assert(std::size(kModes) == kModeGray32 + 1);
 
 const ImageMode& ModeOf(int16_t imageMode) {
@@ -59,10 +59,10 @@ KernelKey ClassifyImage() {
     const int32_t channels = ColorChannelCount(imageMode, planes);
     const int32_t extra = planes - channels;  // the transparency plane
 
-    if (!ModeOf(imageMode).isServed) return kUnservedImage;
-    if (channels < 1 || channels > 4) return kUnservedImage;
-    if (extra < 0 || extra > 1) return kUnservedImage;
-    if (depth != 8 && depth != 16 && depth != 32) return kUnservedImage;
+    if (!ModeOf(imageMode).isSupported) return kUnsupportedImage;
+    if (channels < 1 || channels > 4) return kUnsupportedImage;
+    if (extra < 0 || extra > 1) return kUnsupportedImage;
+    if (depth != 8 && depth != 16 && depth != 32) return kUnsupportedImage;
     return MakeKernelKey(static_cast<uint32_t>(channels), static_cast<uint32_t>(depth), static_cast<uint32_t>(extra));
 }
 

@@ -1,10 +1,9 @@
 // The five settings, the block that holds them, and the three ways in which values enter and leave: the handle that the
 // host keeps for the run, the persistent store in the host's registry, and the descriptor of a script.
 //
-// The store gives the values of every run: Parameters resets the block, Start loads the stored values over it, then the
-// script's keys, then what the dialog says, and Finish records and stores what was used. A script sets and records only
-// the three values of the picture; the window's position travels through the store alone. No value that is read is
-// checked for its range.
+// Parameters resets the block. Start merges the stored values, then the script's, then the dialog's. Finish records and
+// stores the values that were used. Scripts set and record only the three values of the picture; the dialog's position
+// is kept in the store alone. The ranges of values that are read aren't checked.
 #pragma once
 
 #include <cstddef>
@@ -18,7 +17,7 @@ namespace stairmelt {
 struct ParameterBlock {
     int32_t colorThreshold;  // difference that makes an edge; 0..255 from the dialog
     int32_t softness;        // percent; 0..100 from the dialog
-    int32_t bias;            // percent of cube in the gradation; 0..100 from the dialog
+    int32_t bias;            // percent of cube in the falloff; 0..100 from the dialog
     int32_t windowPosX;      // screen position of the dialog in pixels; -1 to centre it
     int32_t windowPosY;
 };
@@ -43,12 +42,12 @@ constexpr Parameter kParameters[] = {
 // All of these work on the globals of plugin_entry.h; the last four expect gParameterBlock, and ReadScriptParameters
 // gShowDialog too.
 
-// The Parameters selector. Makes the two handles where they are missing, locks them, and sets the defaults and the flag
-// byte, whether or not the block was new. Stores kMemFullErr if a handle can't be made or locked; nothing is set then.
+// The Parameters selector. Makes missing handles, locks both, and sets the defaults and the flag byte, whether or not
+// the block was new. Stores kMemFullErr if a handle can't be made or locked; nothing is set then.
 void DoParameters();
 
-// Reads the persistent store into the block. With nothing stored, or a suite missing, the block stays as it is; with a
-// key missing, that field and those after it do. Returns 0, the host's code or kErrPlugInHostInsufficient.
+// Reads the persistent store into the block. If nothing is stored or a suite is missing, the block is untouched; if a
+// key is missing, that field and those after it are. Returns 0, the host's code or kErrPlugInHostInsufficient.
 int32_t LoadStoredParameters();
 
 // Writes all five values to the persistent store. Returns as LoadStoredParameters does.

@@ -1,8 +1,8 @@
 #include "host/plugin_entry.h"
 
-#include "host/complete_table.h"
 #include "host/parameters.h"
 #include "host/render.h"
+#include "host/usable_table.h"
 #include "ui/about_box.h"
 
 namespace stairmelt {
@@ -19,14 +19,14 @@ namespace {
 Handle FlagByteHandle() { return reinterpret_cast<Handle>(*gDataHandle); }
 
 Ptr Lock(Handle handle) {
-    const HandleProcs* const procs = Complete(gFilterRecord->handleProcs);
-    if (handle == nullptr || procs == nullptr) return nullptr;  // careless hosts follow a null handle
+    const HandleProcs* const procs = UsableOrNull(gFilterRecord->handleProcs);
+    if (handle == nullptr || procs == nullptr) return nullptr;  // some hosts dereference a null handle
     constexpr Boolean kMoveHigh = 1;
     return procs->lockProc(handle, kMoveHigh);
 }
 
 void UnlockHandles() {
-    const HandleProcs* const procs = Complete(gFilterRecord->handleProcs);
+    const HandleProcs* const procs = UsableOrNull(gFilterRecord->handleProcs);
     if (procs == nullptr) return;
     if (FlagByteHandle() != nullptr) procs->unlockProc(FlagByteHandle());
     if (gFilterRecord->parameters != nullptr) procs->unlockProc(gFilterRecord->parameters);
@@ -34,7 +34,7 @@ void UnlockHandles() {
 
 void DoAbout() {
     const AboutRecord* const record = reinterpret_cast<const AboutRecord*>(gFilterRecord);
-    gSPBasic = Complete(record->sSPBasic);
+    gSPBasic = UsableOrNull(record->sSPBasic);
     ShowAboutBox(ParentWindow(record->platformData));
 }
 
@@ -44,7 +44,7 @@ void DoPrepare() {
     } else {
         DoParameters();
     }
-    // The plug-in has no buffers of its own, and wants no memory set aside.
+    // The plug-in has no buffers of its own and needs no memory reserved.
     gFilterRecord->maxSpace = 0;
     gFilterRecord->bufferSpace = 0;
 }
@@ -87,12 +87,12 @@ void PluginMain(int16_t selector, void* record, intptr_t* data, int16_t* result)
     gFilterRecord = static_cast<FilterRecord*>(record);
     if (selector == kFilterSelectorAbout) return DoAbout();
 
-    gSPBasic = Complete(gFilterRecord->sSPBasic);
-    // From now on both sides use the 32-bit coordinates, in this call and in every later one of the run.
+    gSPBasic = UsableOrNull(gFilterRecord->sSPBasic);
+    // From here on, both sides use 32-bit coordinates, in this call and in all later ones of the run.
     BigDocumentStruct* const bigDocument = gFilterRecord->bigDocumentData;
     if (bigDocument != nullptr) bigDocument->PluginUsing32BitCoordinates = 1;
     if (gFilterRecord->hostSig != kPhotoshopSignature) {
-        *gResult = kFilterBadParameters;  // not the host that the handles belong to: nothing is unlocked
+        *gResult = kFilterBadParameters;  // the handles belong to another host: nothing is unlocked
         return;
     }
     RunSelector(selector);

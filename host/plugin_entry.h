@@ -1,8 +1,8 @@
 // The entry point, and the globals that are the plug-in's whole state between its functions.
 //
-// The host loads the library and calls PluginMain once for each step of a filter's life: from the menu Parameters,
-// Prepare, Start, Continue (none, as Start leaves nothing to do) and Finish; for a repeat of the last filter the same
-// without Parameters; about alone. A non-zero result of Parameters, Prepare or Start ends the run there.
+// The host loads the library and calls PluginMain once for each step of a run. From the menu, these are Parameters,
+// Prepare, Start and Finish; Continue isn't called, because Start completes the work. A repeat of the last filter omits
+// Parameters. About comes alone. A non-zero result of Parameters, Prepare or Start ends the run.
 //
 //   selector        locked during it                                   unlocked at its end
 //   1 Parameters    parameters and flag byte                           both
@@ -13,8 +13,8 @@
 //   unknown         nothing                                            both
 //   0 About         nothing                                            nothing
 //
-// The host's locks aren't counted and an unlock too many is harmless, so the end of PluginMain needs to know nothing of
-// the selector. The host calls on one thread and doesn't reenter.
+// The host doesn't count locks, and an extra unlock is harmless. So PluginMain unlocks both at its end, whatever the
+// selector was. The host calls on one thread and doesn't reenter.
 #pragma once
 
 #include <cstdint>
@@ -26,7 +26,7 @@ namespace stairmelt {
 struct ParameterBlock;
 
 // Set by every call. During the about selector the record is an AboutRecord. A host always passes the three pointers;
-// what hangs from the record may be null where filter_api.h says so.
+// pointers within the record may be null where filter_api.h says so.
 extern FilterRecord* gFilterRecord;
 extern intptr_t* gDataHandle;         // the word holds the flag byte's handle, or 0
 extern int16_t* gResult;              // never set to 0 at entry: the host does that
@@ -37,10 +37,10 @@ extern ParameterBlock* gParameterBlock;
 extern uint8_t* gShowDialog;  // the flag byte: 1 if the next Start shows the dialog
 
 // Locks `parameters` and the flag byte's handle. Stores kFilterBadParameters without locking if there is no parameters
-// handle, and kMemFullErr if a lock fails. Returns whether both globals are there.
+// handle, and kMemFullErr if a lock fails. Returns whether both globals are set.
 bool LockHandles();
 
-// The host's window, for dialogs; 0 for none.
+// The host's window, the parent of dialogs; 0 for none.
 intptr_t ParentWindow(const PlatformData* platformData);
 
 }  // namespace stairmelt

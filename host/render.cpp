@@ -18,7 +18,7 @@ constexpr VRect kEmptyRect = {0, 0, 0, 0};
 
 int16_t LastPlane() { return static_cast<int16_t>(gFilterRecord->planes - 1); }
 
-// Has the host deliver what the rectangles ask for and stores its code. Returns whether that went well.
+// Has the host deliver the requested areas and stores its code. Returns whether it succeeded.
 bool Advance() {
     const AdvanceStateProc advance = gFilterRecord->advanceState;
     *gResult = advance != nullptr ? advance() : kFilterBadParameters;
@@ -54,7 +54,7 @@ int32_t RunKernel(KernelKey key, const VPoint& size) {
 
 void DoStart() {
     const KernelKey key = ClassifyImage();
-    if (key == kUnservedImage) {
+    if (key == kUnsupportedImage) {
         *gResult = kFilterBadMode;
         return;
     }
@@ -67,7 +67,7 @@ void DoStart() {
     gFilterRecord->inLoPlane = 0;
     gFilterRecord->inHiPlane = LastPlane();
 
-    // A malformed script doesn't fail the run by itself: the advance replaces this code.
+    // A malformed script doesn't fail the run: the advance replaces this code.
     if (ReadScriptParameters() != kNoErr) *gResult = kReadErr;
 
     if (*gShowDialog != 0) {
@@ -87,8 +87,8 @@ void DoStart() {
     try {
         *gResult = static_cast<int16_t>(RunKernel(key, size));
     } catch (int32_t code) {
-        // Kernels report by their result, and nothing raises this today. The guard stays so that the end of the
-        // selector is reached whatever a kernel does: the host waits for its progress bar and for the empty rectangles.
+        // Kernels return their errors, and nothing throws this today. The handler ensures that the rest of the selector
+        // runs whatever a kernel does: the host waits for full progress and for empty rectangles.
         *gResult = static_cast<int16_t>(code);
     }
     if (gFilterRecord->progressProc != nullptr) gFilterRecord->progressProc(1, 1);

@@ -1,20 +1,20 @@
-// The rendering selectors. The whole image goes through in one pass: Start asks for every pixel and every plane at
-// once, shows the dialog where one is wanted, runs the kernel from the input buffer into the output buffer and says
-// that it is done. There is no tiling, and a run can't be stopped once the kernel has begun.
+// The rendering selectors. The whole image is processed in one pass: Start requests all pixels and planes at once,
+// shows the dialog if one is wanted, runs the kernel from the input buffer into the output buffer and reports full
+// progress. There is no tiling, and a run can't be cancelled once the kernel has begun.
 //
-// The selection is the host's business: kernels see and write the whole image, and the host blends the result back.
+// Kernels read and write the whole image. The host applies the selection when it blends the result back.
 #pragma once
 
 namespace stairmelt {
 
-// Stores kFilterBadMode for an image that no kernel serves, kFilterBadParameters or kMemFullErr without its handles,
+// Stores kFilterBadMode for an unsupported image, kFilterBadParameters or kMemFullErr if its handles are missing,
 // the host's code of a failed advance, kUserCanceledErr from the dialog, or the low 16 bits of the kernel's result.
 void DoStart();
 
-// Nothing is left to do: empties the output rectangle, for a host that calls in spite of empty ones.
+// Has nothing to do. Empties the output rectangle, for hosts that call it although the rectangles are empty.
 void DoContinue();
 
-// Records and stores the values that were used. Stores a code as Start does without its handles.
+// Records and stores the values that were used. Missing handles give the same result as in Start.
 void DoFinish();
 
 }  // namespace stairmelt

@@ -1,16 +1,16 @@
 // The values of a script: three integers in, three integers out.
 #include <iterator>
 
-#include "host/complete_table.h"
 #include "host/parameters.h"
 #include "host/plugin_entry.h"
+#include "host/usable_table.h"
 
 namespace stairmelt {
 
 namespace {
 
-// The key list that the host overwrites as it reads: all five keys and the zero that ends them. The window's position
-// is named too, although the reader doesn't take it.
+// The key list, which the host overwrites as it reads: all five keys and a terminating zero. It contains the dialog's
+// position, although the reader ignores it.
 struct KeyList {
     DescriptorKeyID keys[std::size(kParameters) + 1];
 
@@ -21,7 +21,7 @@ struct KeyList {
     }
 };
 
-// Takes one key. A key that scripts don't set ends the reading.
+// Reads one key. A key that scripts don't set ends the reading.
 int16_t ReadKey(const ReadDescriptorProcs& procs, PIReadDescriptor token, DescriptorKeyID key) {
     for (const Parameter& parameter : kParameters) {
         // The value is kept even if the host reports an error with it.
@@ -32,7 +32,7 @@ int16_t ReadKey(const ReadDescriptorProcs& procs, PIReadDescriptor token, Descri
     return kReadErr;
 }
 
-// The result is that of the closing, which counts for more than what happened on the way.
+// The result is that of closing the token, whatever was reported before.
 int16_t ReadKeys(const ReadDescriptorProcs& procs, PIReadDescriptor token) {
     DescriptorKeyID key = 0;
     DescriptorTypeID type = 0;
@@ -51,7 +51,7 @@ int16_t ReadKeys(const ReadDescriptorProcs& procs, PIReadDescriptor token) {
 int16_t ReadScriptParameters() {
     PIDescriptorParameters* const script = gFilterRecord->descriptorParameters;
     if (script == nullptr) return kNoErr;  // some hosts have no scripting at all
-    const ReadDescriptorProcs* const procs = Complete(script->readDescriptorProcs);
+    const ReadDescriptorProcs* const procs = UsableOrNull(script->readDescriptorProcs);
     if (script->descriptor == nullptr || procs == nullptr) return kNoErr;
 
     int16_t error = kNoErr;
@@ -69,7 +69,7 @@ int16_t ReadScriptParameters() {
 void WriteScriptParameters() {
     PIDescriptorParameters* const script = gFilterRecord->descriptorParameters;
     if (script == nullptr) return;
-    const WriteDescriptorProcs* const procs = Complete(script->writeDescriptorProcs);
+    const WriteDescriptorProcs* const procs = UsableOrNull(script->writeDescriptorProcs);
     if (procs == nullptr) return;
     const PIWriteDescriptor token = procs->openWriteDescriptorProc();
     if (token == nullptr) return;

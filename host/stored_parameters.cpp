@@ -1,14 +1,14 @@
 // The persistent store: a descriptor of five integers in the host's registry, under the plug-in's GUID.
-#include "host/complete_table.h"
 #include "host/parameters.h"
 #include "host/plugin_entry.h"
+#include "host/usable_table.h"
 #include "resources/plugin_ids.h"
 
 namespace stairmelt {
 
 namespace {
 
-// The two suites of the store, held for the length of one function and given back in the order of acquiring.
+// The two suites of the store, held during one function and released in the order in which they were acquired.
 struct StoreSuites {
     const PSDescriptorRegistryProcs* registry = nullptr;
     const PSActionDescriptorProcs* descriptors = nullptr;
@@ -39,14 +39,14 @@ private:
         const void* procs = nullptr;
         const int32_t error = gSPBasic->AcquireSuite(name, version, &procs);
         if (error != 0) return error;
-        suite = Complete(static_cast<const Suite*>(procs));
+        suite = UsableOrNull(static_cast<const Suite*>(procs));
         if (suite != nullptr) return 0;
         if (procs != nullptr) gSPBasic->ReleaseSuite(name, version);
         return kErrPlugInHostInsufficient;
     }
 };
 
-// An action descriptor that is freed at the end, before the suites go.
+// An action descriptor, freed before the suites are released.
 struct OwnedDescriptor {
     const PSActionDescriptorProcs& procs;
     PIActionDescriptor descriptor = nullptr;
@@ -94,7 +94,7 @@ int32_t SaveStoredParameters() {
         Boolean isThere = 0;
         suites.descriptors->HasKey(descriptor, parameter.key, &isThere);
     }
-    // What could be put is registered, even if some could not.
+    // The values that could be put are registered, even if others failed.
     uint32_t count = 0;
     suites.descriptors->GetCount(descriptor, &count);
     constexpr Boolean kPersistent = 1;

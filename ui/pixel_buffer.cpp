@@ -1,13 +1,13 @@
 #include "ui/pixel_buffer.h"
 
-#include "host/complete_table.h"
+#include "host/usable_table.h"
 #include "host/plugin_entry.h"
 
 namespace stairmelt {
 
 void PixelBuffer::Reallocate(int32_t bytes, int64_t needed) {
     Release();
-    const BufferProcs* const procs = Complete(gFilterRecord->bufferProcs);
+    const BufferProcs* const procs = UsableOrNull(gFilterRecord->bufferProcs);
     if (procs == nullptr) return;
     BufferID allocated = nullptr;
     if (procs->allocateProc(bytes, &allocated) != kNoErr || allocated == nullptr) return;
@@ -18,7 +18,7 @@ void PixelBuffer::Reallocate(int32_t bytes, int64_t needed) {
 }
 
 void PixelBuffer::Release() {
-    const BufferProcs* const procs = Complete(gFilterRecord->bufferProcs);
+    const BufferProcs* const procs = UsableOrNull(gFilterRecord->bufferProcs);
     if (id != nullptr && procs != nullptr) {
         procs->unlockProc(id);
         procs->freeProc(id);

@@ -1,4 +1,4 @@
-// What a run makes of the parameter dialog's answer, and what the about selector hands on. The dialogs are scripted.
+// What a run does with the parameter dialog's answer, and what the about selector passes on. The dialogs are scripted.
 #include "host/parameters.h"
 #include "host/plugin_entry.h"
 #include "tests/support/plugin_run.h"
@@ -15,7 +15,7 @@ protected:
 
 }  // namespace
 
-TEST_F(DialogAnswer, ValuesAreLaidOverEachOther) {
+TEST_F(DialogAnswer, LaterValuesReplaceEarlierOnes) {
     host.registry.persistent[PLUGIN_GUID] = {{kThsh, 1}, {kSftn, 2}, {kBias, 3}, {kPdpx, 4}, {kPdpy, 5}};
     host.script.played = {{kSftn, 20}, {kBias, 30}};
     host.script.playInfo = kPlugInDialogDisplay;
@@ -24,7 +24,7 @@ TEST_F(DialogAnswer, ValuesAreLaidOverEachOther) {
         EXPECT_EQ(gParameterBlock->softness, 20);
         EXPECT_EQ(gParameterBlock->bias, 30);
         gParameterBlock->bias = 40;
-        // The input is there for the preview, and nothing else has been asked for.
+        // The input has been delivered for the preview, and no output was requested.
         EXPECT_NE(static_cast<void*>(gFilterRecord->inData), nullptr);
         EXPECT_EQ(host.big.outRect32.right, 0);
     };
@@ -77,20 +77,10 @@ TEST_F(DialogAnswer, CancellingLeavesNoTrace) {
     gStubDialogs.isAccepted = true;
     EXPECT_EQ(Run(RunKind::kRepeat), kNoErr);
     EXPECT_EQ(Run(RunKind::kRepeat), kNoErr);
-    EXPECT_EQ(gStubDialogs.shown, 3) << "and is cleared by a run that went on";
+    EXPECT_EQ(gStubDialogs.shown, 3) << "and is cleared by a run that finishes";
 }
 
-TEST_F(DialogAnswer, WithoutItsInputTheDialogDoesNotOpen) {
-    host.failures.advanceState = 1;
-    host.failures.advanceStateCode = kMemFullErr;
-    EXPECT_EQ(Run(RunKind::kFromMenu), kMemFullErr);
-    EXPECT_EQ(gStubDialogs.shown, 0);
-    EXPECT_EQ(host.big.outRect32.right, 0);
-    EXPECT_EQ(Run(RunKind::kRepeat), kNoErr);
-    EXPECT_EQ(gStubDialogs.shown, 1) << "the flag byte stayed set";
-}
-
-TEST_F(DialogAnswer, FailuresOnTheWayLeaveNothingBehind) {
+TEST_F(DialogAnswer, FailuresLeaveNothingBehind) {
     const Drive drive = [this](RunKind kind, bool isAccepted) {
         gStubDialogs.isAccepted = isAccepted;
         gStubDialogs.whileOpen = [] { gParameterBlock->bias = 50; };

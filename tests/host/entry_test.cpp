@@ -20,7 +20,7 @@ TEST_F(Entry, EachSelectorLocksAndUnlocksItsHandles) {
         int16_t result;
     };
     const Lines both = {"lockProc #1", "lockProc #2", "unlockProc #2", "unlockProc #1"};
-    // Results are numbers here, as hosts know no names.
+    // Results are numbers here: hosts know no names.
     const Row rows[] = {
         {"Parameters", kFilterSelectorParameters, both, kNoErr},
         {"Prepare", kFilterSelectorPrepare, {"lockProc #1", "unlockProc #2", "unlockProc #1"}, kNoErr},
@@ -52,7 +52,7 @@ TEST_F(Entry, EachSelectorLocksAndUnlocksItsHandles) {
 
 TEST_F(Entry, PrepareMakesMissingHandlesAndWantsNoSpace) {
     EXPECT_EQ(Call(kFilterSelectorContinue), kNoErr);
-    EXPECT_EQ(Logged(kLocks), Lines{}) << "handles that aren't there are not unlocked";
+    EXPECT_EQ(Logged(kLocks), Lines{}) << "missing handles aren't unlocked";
     EXPECT_NE(static_cast<int32_t>(host.record.maxSpace), 0);
     host.record.bufferSpace = 5;
     EXPECT_EQ(Call(kFilterSelectorPrepare), kNoErr);
@@ -60,34 +60,6 @@ TEST_F(Entry, PrepareMakesMissingHandlesAndWantsNoSpace) {
               (Lines{"newProc 20", "newProc 1", "lockProc #1", "lockProc #2", "unlockProc #2", "unlockProc #1"}));
     EXPECT_EQ(static_cast<int32_t>(host.record.maxSpace), 0);
     EXPECT_EQ(static_cast<int32_t>(host.record.bufferSpace), 0);
-}
-
-TEST_F(Entry, WithoutHandleRoutinesNothingIsMadeOrLocked) {
-    struct Row {
-        int16_t selector, withoutHandles, withHandles;  // results
-    };
-    const Row rows[] = {
-        {kFilterSelectorParameters, kMemFullErr, kMemFullErr},      {kFilterSelectorPrepare, kMemFullErr, kNoErr},
-        {kFilterSelectorStart, kFilterBadParameters, kMemFullErr},  {kFilterSelectorContinue, kNoErr, kNoErr},
-        {kFilterSelectorFinish, kFilterBadParameters, kMemFullErr},
-    };
-    for (const bool hasHandles : {false, true}) {
-        host.failures.noHandleProcs = !hasHandles;
-        host.BeginRun();
-        if (hasHandles) Call(kFilterSelectorParameters);
-        host.failures.noHandleProcs = true;
-        host.BeginRun();
-        for (const Row& row : rows)
-            EXPECT_EQ(Call(row.selector), hasHandles ? row.withHandles : row.withoutHandles) << row.selector;
-        EXPECT_EQ(Logged({"advanceState", "AcquireSuite", "openWrite"}), Lines{});
-    }
-}
-
-TEST_F(Entry, FinishKeepsTheCodeThatIsThere) {
-    EXPECT_EQ(RunScript({{kThsh, 10}}), kNoErr);
-    host.failures.resultStaysForFinish = true;
-    host.lastResult = kReadErr;
-    EXPECT_EQ(Call(kFilterSelectorFinish), kReadErr);
 }
 
 TEST_F(Entry, OtherHostsAreTurnedAwayOnceWideCoordinatesAreOn) {

@@ -1,4 +1,4 @@
-// Each call into the host made to fail, in runs without a dialog.
+// Runs without a dialog in which each call into the host fails in turn.
 #include "tests/support/plugin_run.h"
 
 namespace stairmelt {

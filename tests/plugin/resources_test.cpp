@@ -1,5 +1,6 @@
 // The declaration resources and exports of the built library, read back and compared with what the code uses.
 #include <gtest/gtest.h>
+#include <windows.h>
 
 #include <cstring>
 #include <map>
@@ -8,11 +9,15 @@
 
 #include "host/parameters.h"
 #include "resources/plugin_ids.h"
-#include "tests/support/loaded_plugin.h"
 
 namespace stairmelt {
 
 namespace {
+
+HMODULE LoadedPlugin() {
+    static const HMODULE library = LoadLibraryA(STAIRMELT_PLUGIN_FILE);
+    return library;
+}
 
 // Reads a resource's bytes from front to back. Reading past the end fails the test and gives zeros.
 class Reader {

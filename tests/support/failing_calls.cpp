@@ -9,13 +9,13 @@ namespace {
 
 constexpr int16_t kHostCode = -36;  // of a failed advance: any code of the host's own
 
-// Calls whose failure shows in the run's result, by where they fall. What else fails is only missed: the store, the
-// script and the preview give or take less than they could.
+// Calls whose failure decides the run's result, by the selector that makes them. The failure of any other call only
+// costs what it would have given: stored values, the script or the preview.
 struct Consequence {
     const char* call;
     int16_t selector;
     int16_t result;
-    bool onlyWithNewHandles = false;  // those of Prepare: one that finds the block there does without
+    bool onlyWithNewHandles = false;  // Prepare ignores the failure where the block exists
 };
 constexpr Consequence kConsequences[] = {
     {"newProc", kFilterSelectorParameters, kMemFullErr}, {"lockProc", kFilterSelectorParameters, kMemFullErr},
@@ -24,21 +24,19 @@ constexpr Consequence kConsequences[] = {
     {"lockProc", kFilterSelectorFinish, kMemFullErr},
 };
 
-bool BeginsWith(const std::string& line, const std::string& word) { return line.compare(0, word.size(), word) == 0; }
-
-// The result that the first failed call of consequence brings; `otherwise` if there is none.
+// The result of the first failed call that decides it; `otherwise` if there is none.
 int16_t ResultByTable(const Lines& log, int16_t otherwise) {
     int selector = 0;
     bool hasNewHandles = false;
     for (const std::string& line : log) {
-        if (BeginsWith(line, "PluginMain ")) {
+        if (line.starts_with("PluginMain ")) {
             selector = std::stoi(line.substr(11));
             hasNewHandles = false;
         }
-        hasNewHandles = hasNewHandles || BeginsWith(line, "newProc");
+        hasNewHandles = hasNewHandles || line.starts_with("newProc");
         if (line.back() != kFailedMark[1]) continue;
         for (const Consequence& row : kConsequences) {
-            if (row.selector == selector && BeginsWith(line, row.call) && (hasNewHandles || !row.onlyWithNewHandles))
+            if (row.selector == selector && line.starts_with(row.call) && (hasNewHandles || !row.onlyWithNewHandles))
                 return row.result;
         }
     }
@@ -127,7 +125,7 @@ void PluginRun::FailEachCall(const FailingRun& failing, const Drive& drive) {
                 EXPECT_TRUE(bad.pixels == host.document.source);
                 EXPECT_EQ(bad.stored, kStored);
             } else {
-                // A value that couldn't be had is that of a layer beneath: stored, or what the block held before.
+                // A value that could not be read is the stored one, or what the block held before.
                 for (size_t i = 0; i < bad.used.size(); ++i) {
                     const int32_t value = bad.used[i];
                     const int32_t last = goodAfterwards.used[i];
@@ -151,7 +149,6 @@ void PluginRun::FailEachCall(const FailingRun& failing, const Drive& drive) {
         }
     }
     std::printf("%6d runs with a failing call: %s\n", runs, failing.name);
-    RecordProperty(failing.name, runs);
 }
 
 }  // namespace stairmelt

@@ -1,4 +1,4 @@
-// An image buffer with padded rows and guard zones around it, for proving that nothing outside the pixels is touched.
+// An image in memory that shows what a kernel touches beside its pixels.
 #pragma once
 
 #include <cstdint>
@@ -7,53 +7,66 @@
 #include <vector>
 
 #include "engine/image.h"
+#include "tests/support/kernel_list.h"
 
 namespace stairmelt {
 
+// Where the rows lie, in bytes. Without a tail the memory ends with the last pixel: the address sanitizer reports an
+// access behind it.
+struct ImageLayout {
+    int lead = 256;   // guard before the first row
+    int tail = 256;   // guard behind the last row's pixels
+    int padding = 0;  // between a row's pixels and the next row
+    bool isBottomUp = false;
+    uint8_t fill = 0xA5;  // of guards and padding
+};
+
 class GuardedImage {
 public:
-    // Rows are `padding` bytes longer than their pixels need. `pixels` are tightly packed.
-    GuardedImage(int width, int height, int pixelBytes, int padding, const std::vector<uint8_t>& pixels)
-        : rowBytes(static_cast<size_t>(width) * static_cast<size_t>(pixelBytes)),
-          stride(rowBytes + static_cast<size_t>(padding)),
-          rows(static_cast<size_t>(height)),
-          memory(2 * kGuard + stride * rows, kFill) {
-        for (size_t y = 0; y < rows; ++y) {
-            if (rowBytes > 0) std::memcpy(Row(y), pixels.data() + y * rowBytes, rowBytes);
+    // Takes tightly packed pixels. An image with a side below 1 has no rows.
+    GuardedImage(const KernelCase& format, int32_t width, int32_t height, const std::vector<uint8_t>& pixels,
+                 const ImageLayout& imageLayout = {})
+        : layout(imageLayout) {
+        if (width > 0 && height > 0) {
+            rows = static_cast<size_t>(height);
+            rowBytes = static_cast<size_t>(width) * static_cast<size_t>(format.PixelBytes());
+            stride = rowBytes + static_cast<size_t>(layout.padding);
         }
-        view = {width, height, memory.data() + kGuard, static_cast<int32_t>(stride)};
+        const size_t size = rows == 0 ? 0 : (rows - 1) * stride + rowBytes;
+        memory = std::vector<uint8_t>(static_cast<size_t>(layout.lead + layout.tail) + size, layout.fill);
+        for (size_t y = 0; y < rows; ++y) std::memcpy(Row(memory, y), pixels.data() + y * rowBytes, rowBytes);
+        atFirst = memory;
+        const int32_t step = static_cast<int32_t>(stride);
+        view = {width, height, Row(memory, 0), layout.isBottomUp ? -step : step};
     }
     GuardedImage(const GuardedImage&) = delete;
     GuardedImage& operator=(const GuardedImage&) = delete;
 
     std::vector<uint8_t> Pixels() {
-        std::vector<uint8_t> pixels;
-        for (size_t y = 0; y < rows; ++y) pixels.insert(pixels.end(), Row(y), Row(y) + rowBytes);
+        std::vector<uint8_t> pixels(rows * rowBytes);
+        for (size_t y = 0; y < rows; ++y) std::memcpy(pixels.data() + y * rowBytes, Row(memory, y), rowBytes);
         return pixels;
     }
 
-    // Names the first byte outside the pixels that has changed; empty if none has.
-    std::string StrayWrite() {
-        std::vector<bool> isPixel(memory.size());
-        for (size_t y = 0; y < rows; ++y) {
-            for (size_t i = 0; i < rowBytes; ++i) isPixel[kGuard + y * stride + i] = true;
-        }
-        for (size_t i = 0; i < memory.size(); ++i) {
-            if (!isPixel[i] && memory[i] != kFill) return "stray write at byte " + std::to_string(i);
-        }
-        return {};
+    bool IsUntouched() const { return memory == atFirst; }
+
+    // Whether nothing but pixels has changed.
+    bool AreGuardsUntouched() {
+        std::vector<uint8_t> expected = atFirst;
+        for (size_t y = 0; y < rows; ++y) std::memcpy(Row(expected, y), Row(memory, y), rowBytes);
+        return memory == expected;
     }
 
     ImageView view{};
 
 private:
-    static constexpr size_t kGuard = 256;
-    static constexpr uint8_t kFill = 0xA5;
+    uint8_t* Row(std::vector<uint8_t>& bytes, size_t y) const {
+        return bytes.data() + layout.lead + (layout.isBottomUp && rows > 0 ? rows - 1 - y : y) * stride;
+    }
 
-    uint8_t* Row(size_t y) { return memory.data() + kGuard + y * stride; }
-
-    size_t rowBytes, stride, rows;
-    std::vector<uint8_t> memory;
+    const ImageLayout layout;
+    size_t rows = 0, rowBytes = 0, stride = 0;
+    std::vector<uint8_t> memory, atFirst;
 };
 
 }  // namespace stairmelt

@@ -1,4 +1,4 @@
-#include "tests/support/loaded_plugin.h"
+#include <windows.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -7,23 +7,14 @@
 
 namespace stairmelt {
 
-HMODULE LoadedPlugin() {
-    static const HMODULE library = LoadLibraryA(STAIRMELT_PLUGIN_FILE);
-    if (library == nullptr) {
-        std::fprintf(stderr, "can't load %s: error %lu\n", STAIRMELT_PLUGIN_FILE, GetLastError());
-        std::exit(1);
-    }
-    return library;
-}
-
 PluginMainProc PluginUnderTest() {
-    static const PluginMainProc entry =
-        reinterpret_cast<PluginMainProc>(reinterpret_cast<void*>(GetProcAddress(LoadedPlugin(), "PluginMain")));
+    static const HMODULE library = LoadLibraryA(STAIRMELT_PLUGIN_FILE);
+    void* const entry = library != nullptr ? reinterpret_cast<void*>(GetProcAddress(library, "PluginMain")) : nullptr;
     if (entry == nullptr) {
-        std::fputs("the library has no entry point\n", stderr);
+        std::fprintf(stderr, "cannot load %s: error %lu\n", STAIRMELT_PLUGIN_FILE, GetLastError());
         std::exit(1);
     }
-    return entry;
+    return reinterpret_cast<PluginMainProc>(entry);
 }
 
 }  // namespace stairmelt

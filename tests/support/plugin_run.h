@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -17,9 +18,6 @@ namespace stairmelt {
 
 constexpr DescriptorKeyID kThsh = KEY_THRESHOLD, kSftn = KEY_SOFTNESS, kBias = KEY_BIAS, kPdpx = KEY_WINDOW_X,
                           kPdpy = KEY_WINDOW_Y;
-
-// What is left after runs that began with a script: the script's descriptor was the first handle.
-constexpr char kOwnHandles[] = "handle #2\nhandle #3\n";
 
 using Lines = std::vector<std::string>;
 
@@ -55,8 +53,8 @@ protected:
         host.BeginRun();
     }
 
-    // Nothing may be written out of place. When the host has disposed of what it keeps from run to run and of the
-    // descriptor of a run that wasn't finished, nothing may be left. Locks never outlast a selector.
+    // Nothing may be written out of place. When the host has disposed of what it keeps between runs, and of the
+    // descriptor of an unfinished run, nothing may remain. Locks never outlast a selector.
     void TearDown() override {
         EXPECT_EQ(host.handles.blocks.CountLocked(), 0);
         for (const Handle kept : {Handle{host.record.parameters}, reinterpret_cast<Handle>(host.data),
@@ -76,15 +74,15 @@ protected:
         return Run(RunKind::kFromMenu);
     }
 
-    // Makes the run once for each of its calls that can report a failure, with that call failing, then with all from
-    // that call on. Each time the result, the pixels and what is left behind have to be right, and an accepted run from
-    // the menu after it as if nothing had been. Prints how many runs it were. In failing_calls.cpp.
+    // Repeats the run for each of its calls that can fail, with that call failing, then with all calls from that one
+    // on. Checks the result, the pixels and what is left behind, and that an accepted run from the menu then works as
+    // before.
     void FailEachCall(const FailingRun& failing, const Drive& drive);
 
     // What the plug-in holds between runs besides its two handles and the host's UI hooks, as lines.
     std::string Strays() const;
 
-    // The host is as before the first run; what is gone is no longer kept to tell of its use.
+    // Brings the host into the state before the first run. Records of disposed handles are dropped.
     void ForgetHandles() {
         for (const Handle handle : {Handle{host.record.parameters}, reinterpret_cast<Handle>(host.data)})
             host.handles.procs.disposeProc(handle);
@@ -97,18 +95,13 @@ protected:
     // Log lines that begin with one of the words.
     Lines Logged(const std::vector<std::string>& words) const {
         Lines lines;
-        for (const std::string& line : host.log) {
-            for (const std::string& word : words) {
-                if (line.compare(0, word.size(), word) == 0) {
-                    lines.push_back(line);
-                    break;
-                }
-            }
-        }
+        std::copy_if(host.log.begin(), host.log.end(), std::back_inserter(lines), [&](const std::string& line) {
+            return std::any_of(words.begin(), words.end(), [&](auto& word) { return line.starts_with(word); });
+        });
         return lines;
     }
 
-    // The document's pixels as the kernel makes them with these values.
+    // The document's pixels, smoothed with these values.
     std::vector<uint8_t> Smoothed(const KernelCase& format, int32_t threshold, int32_t softness, int32_t bias) const {
         std::vector<uint8_t> source = host.document.source, result = host.document.source;
         const int32_t width = host.document.width, height = host.document.height;

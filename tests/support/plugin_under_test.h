@@ -1,5 +1,5 @@
 // The plug-in that a test program drives: the code linked into it, or the built library, loaded as the host does. Tests
-// of the host boundary go through this entry alone, so that they hold for both.
+// of the host boundary use this entry alone, so that they apply to both.
 #pragma once
 
 #include "host/filter_api.h"

@@ -25,9 +25,11 @@ inline void AppendSample(std::vector<uint8_t>& bytes, int depth, int level) {
     }
 }
 
-// A patchwork of a few levels with hard edges and lone pixels: nearly every pattern turns up in it. Opacity, where the
-// format has it, is mostly full, sometimes partial or none.
-inline std::vector<uint8_t> Patchwork(const KernelCase& format, int width, int height, SeededRandom& random) {
+// A patchwork with hard edges and lone pixels: nearly every pattern turns up in it. Opacity, where the format has it,
+// is mostly full, sometimes partial or none. With a step, there are three levels that lie a step apart, so that of
+// three pixels only the first and the last may differ.
+inline std::vector<uint8_t> Patchwork(const KernelCase& format, int width, int height, SeededRandom& random,
+                                      int step = 0) {
     const size_t count = static_cast<size_t>(width) * static_cast<size_t>(height);
     std::vector<int> level(count), opacity(count, 255);
     const int base = random.Below(256);
@@ -45,7 +47,7 @@ inline std::vector<uint8_t> Patchwork(const KernelCase& format, int width, int h
         }
     };
     const int patches = 2 + width * height / 12;
-    for (int i = 0; i < patches; ++i) fill(level, random.Below(256));
+    for (int i = 0; i < patches; ++i) fill(level, step == 0 ? random.Below(256) : base / 2 + step * random.Below(3));
     for (int i = 0; i < patches / 4; ++i) fill(opacity, random.Below(3) * 100);
 
     std::vector<uint8_t> bytes;

@@ -130,8 +130,7 @@ void RedrawThumb(HWND slider, const CustomSliderState& state) {
     const SliderStrip strip =
         StripBetween(StripThumbX(state.paintedValue, width, state.range), StripThumbX(state.value, width, state.range),
                      std::max<int32_t>(window.right, width));
-    // The limits only have to be large enough; screen coordinates are, except on a monitor left of or above the
-    // primary.
+    // The limits only have to be large enough; screen coordinates are, except left of or above the primary monitor.
     const RECT rect = {strip.left, 0, strip.right, std::max<LONG>(window.bottom, window.bottom - window.top)};
     InvalidateRect(slider, &rect, FALSE);
     SendMessageA(slider, WM_PAINT, 0, 0);

@@ -12,8 +12,7 @@ public:
     virtual void Reserved() = 0;  // never called
     virtual void OnInit() = 0;
     virtual void OnCommand(WORD item, WORD notification, LPARAM lParam) = 0;
-    virtual void OnMessage(UINT message, WPARAM wParam,
-                           LPARAM lParam) = 0;  // every message without a function of its own
+    virtual void OnMessage(UINT message, WPARAM wParam, LPARAM lParam) = 0;  // all other messages
 
     HWND window = nullptr;  // filled in before OnInit
 

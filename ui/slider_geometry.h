@@ -1,5 +1,4 @@
-// Conversion between positions and pixels of the slider. Arithmetic only: signed 32-bit, wrapping, truncating toward
-// zero.
+// Conversion between the slider's positions and pixels. Arithmetic only: 32-bit, wrapping, truncating toward zero.
 #pragma once
 
 #include <algorithm>

@@ -94,18 +94,22 @@ TEST_F(ParameterDialog, CancelLeavesEverythingAsItWas) {
 // The preview is laid out in pixels and the rest in dialog units, which depend on the font.
 TEST_F(ParameterDialog, OpensWithTheUnitsAndLettersOfWindows) {
     ASSERT_NE(Open(), nullptr);
-    RECT unit = {0, 0, 4, 8}, label = {};
+    RECT unit = {0, 0, 4, 8};
     MapDialogRect(dialog, &unit);
     EXPECT_EQ(unit.right, 6);
     EXPECT_EQ(unit.bottom, 13);
-    const HWND threshold = FindWindowExA(dialog, nullptr, "Static", "color threshold");
-    GetClientRect(threshold, &label);
-    const HDC dc = GetDC(threshold);
-    SelectObject(dc, reinterpret_cast<HFONT>(SendMessageA(threshold, WM_GETFONT, 0, 0)));
-    SIZE text = {};
-    GetTextExtentPoint32A(dc, "color threshold", 15, &text);
-    ReleaseDC(threshold, dc);
-    EXPECT_LE(text.cx, label.right) << "cut short";
+    for (const std::string text : {"color threshold", "softness", "bias"}) {
+        const HWND label = FindWindowExA(dialog, nullptr, "Static", text.c_str());
+        ASSERT_NE(label, nullptr) << text;
+        const HDC dc = GetDC(label);
+        SelectObject(dc, reinterpret_cast<HFONT>(SendMessageA(label, WM_GETFONT, 0, 0)));
+        SIZE needed = {};
+        GetTextExtentPoint32A(dc, text.c_str(), static_cast<int>(text.size()), &needed);
+        ReleaseDC(label, dc);
+        RECT given = {};
+        GetClientRect(label, &given);
+        EXPECT_LE(needed.cx, given.right) << text << " is cut short";
+    }
 }
 
 TEST_F(ParameterDialog, OpensWhereItWasLeftButOnTheScreen) {

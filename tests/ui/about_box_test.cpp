@@ -16,7 +16,6 @@ protected:
 struct CallersDialog {
     virtual void Unused() { Note("unused"); }
     virtual void OnInit() {
-        GetWindowRect(window, &place);
         PostMessageA(window, WM_APP, 5, 6);
         for (const WPARAM command : {MAKEWPARAM(40, 3), MAKEWPARAM(IDOK, 1), ending}) {
             PostMessageA(window, WM_COMMAND, command, 9);
@@ -35,7 +34,6 @@ struct CallersDialog {
 
     void Note(const std::string& text) { notes.push_back(text); }
     WPARAM ending = IDOK;
-    RECT place = {};
     Lines notes;
 };
 
@@ -104,36 +102,30 @@ TEST_F(AboutBox, StandsOverItsParentButOnTheScreen) {
 TEST_F(AboutBox, GeneralProcedureRunsADialogThroughItsObject) {
     const auto procedure = reinterpret_cast<DLGPROC>(reinterpret_cast<void*>(GetProcAddress(library, "GenericProc")));
     ASSERT_NE(procedure, nullptr);
-    const int button = GetSystemMetrics(SM_CXSIZE);
     const struct {
-        DWORD style;
-        int offset;
-        WPARAM ending;
-    } rows[] = {{WS_SYSMENU, button, IDOK}, {0, button - button / 3, IDCANCEL}};
-    for (const auto& row : rows) {
-        const struct {
-            DLGTEMPLATE head;
-            WORD menu, windowClass, title;
-        } bytes = {{WS_POPUP | WS_CAPTION | row.style, 0, 0, 30, 30, 150, 90}, 0, 0, 0};
-        const HWND parent = CreateWindowExA(0, "Static", "", WS_POPUP | WS_BORDER, 100, 120, 802, 702, nullptr, nullptr,
-                                            nullptr, nullptr);
+        DLGTEMPLATE head;
+        WORD menu, windowClass, title;
+    } bytes = {{WS_POPUP | WS_CAPTION | WS_SYSMENU, 0, 0, 30, 30, 150, 90}, 0, 0, 0};
+    for (const WPARAM ending : {IDOK, IDCANCEL}) {
         CallersDialog object;
-        object.ending = row.ending;
-        EXPECT_EQ(DialogBoxIndirectParamA(nullptr, &bytes.head, parent, procedure, reinterpret_cast<LPARAM>(&object)),
-                  static_cast<INT_PTR>(row.ending));
+        object.ending = ending;
+        EXPECT_EQ(DialogBoxIndirectParamA(nullptr, &bytes.head, nullptr, procedure, reinterpret_cast<LPARAM>(&object)),
+                  static_cast<INT_PTR>(ending));
         EXPECT_EQ(object.notes, (Lines{"message 5 6", "command 40 3 9", "command 1 1 9",
-                                       "command " + std::to_string(row.ending) + " 0 9"}));
-        const RECT& place = object.place;
-        EXPECT_EQ(place.left, 101 + (800 - (place.right - place.left)) / 2 - row.offset);
-        EXPECT_EQ(place.top, 121 + (700 - (place.bottom - place.top)) / 3);
-
-        // A dialog without an object does nothing.
-        const HWND bare = CreateDialogIndirectParamA(nullptr, &bytes.head, parent, procedure, 0);
-        SendMessageA(bare, WM_COMMAND, MAKEWPARAM(40, 3), 9);
-        SendMessageA(bare, WM_APP, 5, 6);
-        EXPECT_EQ(object.notes.size(), 4u);
-        DestroyWindow(parent);
+                                       "command " + std::to_string(ending) + " 0 9"}));
     }
+
+    // Without an object it does nothing but place the dialog.
+    const HWND parent =
+        CreateWindowExA(0, "Static", "", WS_POPUP | WS_BORDER, 100, 120, 802, 702, nullptr, nullptr, nullptr, nullptr);
+    const HWND bare = CreateDialogIndirectParamA(nullptr, &bytes.head, parent, procedure, 0);
+    SendMessageA(bare, WM_COMMAND, MAKEWPARAM(40, 3), 9);
+    SendMessageA(bare, WM_APP, 5, 6);
+    RECT place = {};
+    GetWindowRect(bare, &place);
+    EXPECT_EQ(place.left, 101 + (800 - (place.right - place.left)) / 2 - GetSystemMetrics(SM_CXSIZE));
+    EXPECT_EQ(place.top, 121 + (700 - (place.bottom - place.top)) / 3);
+    DestroyWindow(parent);
 }
 
 }  // namespace stairmelt

@@ -58,6 +58,7 @@ protected:
         return SendMessageA(slider, message, wParam, lParam);
     }
     int Pos() { return static_cast<int>(Tell(kGetPos)); }
+    void Press(UINT message, int x) { Tell(message, 0, MAKELPARAM(x, 9)); }
 
     void RepaintAll() { RedrawWindow(slider, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW); }
 
@@ -76,9 +77,6 @@ protected:
 
 TEST_F(CustomSlider, HandlesTheMessagesOfATrackbar) {
     MakeAlone();
-    EXPECT_EQ(Pos(), 0);
-    EXPECT_EQ(Tell(kGetRangeMin), 0);
-    EXPECT_EQ(Tell(kGetRangeMax), 100);
     const struct {
         UINT message;
         LPARAM lParam;
@@ -94,43 +92,38 @@ TEST_F(CustomSlider, HandlesTheMessagesOfATrackbar) {
                  {kSetTicFreq, 3, 7, 1, 65535},
                  {kSetPageSize, 3, 7, 1, 65535},
                  {kSetLineSize, 3, 7, 1, 65535},
-                 {kSetRange, MAKELPARAM(5, 5), 7, 5, 5},  // nothing to divide by
-                 {kSetPos, 9, 5, 5, 5},
-                 {WM_LBUTTONDOWN, 200, 5, 5, 5},
-                 {WM_LBUTTONUP, 200, 5, 5, 5}};
+                 {kSetRange, MAKELPARAM(5, 5), 7, 5, 5}};
     for (const auto& step : steps) {
-        const LRESULT answer = Tell(step.message, step.message == WM_LBUTTONDOWN ? MK_LBUTTON : 1, step.lParam);
-        EXPECT_EQ(answer, 0) << step.message;
+        EXPECT_EQ(Tell(step.message, 1, step.lParam), 0) << step.message;
         EXPECT_EQ(Pos(), step.pos) << step.message << " " << step.lParam;
         EXPECT_EQ(Tell(kGetRangeMin), step.min);
         EXPECT_EQ(Tell(kGetRangeMax), step.max);
     }
-    EXPECT_EQ(gScrolls.size(), 1u) << "for the press only";
+    Press(WM_LBUTTONDOWN, 200);  // nothing to divide by
+    EXPECT_EQ(Pos(), 5);
 }
 
 TEST_F(CustomSlider, FollowsPressAndDragAndReportsEachStep) {
     MakeAlone();
     Tell(kSetBuddy, reinterpret_cast<WPARAM>(edit));
     Tell(kSetRange, 1, MAKELPARAM(0, 255));
+    Tell(kSetPos, 1, 50);
     const struct {
         UINT message;
         int x, pos;
         bool isReported;
-    } steps[] = {{WM_MOUSEMOVE, 300, 0, false},   {WM_LBUTTONDOWN, 200, 127, true},
-                 {WM_LBUTTONUP, 300, 127, false}, {WM_MOUSEMOVE, 300, 127, false},
-                 {WM_LBUTTONDOWN, 6, 0, true},    {WM_MOUSEMOVE, kWidth - 6, 255, true},
-                 {WM_MOUSEMOVE, 5, 0, true},      {WM_MOUSEMOVE, kWidth - 7, 254, true},
-                 {WM_MOUSEMOVE, -300, 0, true},   {WM_MOUSEMOVE, 30000, 255, true},
-                 {WM_MOUSEMOVE, 8, 1, true},      {WM_MOUSEMOVE, 7, 0, true},
-                 {WM_LBUTTONUP, 0, 0, false},     {WM_LBUTTONUP, 200, 0, false}};
-    size_t reported = 0;
+    } steps[] = {
+        {WM_MOUSEMOVE, 300, 50, false}, {WM_LBUTTONDOWN, 200, 127, true}, {WM_LBUTTONUP, 300, 127, false},
+        {WM_MOUSEMOVE, 9, 127, false},  {WM_LBUTTONDOWN, 6, 0, true},     {WM_MOUSEMOVE, kWidth - 6, 255, true},
+        {WM_MOUSEMOVE, 5, 0, true},     {WM_MOUSEMOVE, -300, 0, true},    {WM_MOUSEMOVE, 30000, 255, true},
+        {WM_MOUSEMOVE, 8, 1, true},     {WM_LBUTTONUP, 0, 1, false}};
     for (const auto& step : steps) {
-        Tell(step.message, 0, MAKELPARAM(step.x, 9));
+        gScrolls.clear();
+        Press(step.message, step.x);
         EXPECT_EQ(Pos(), step.pos) << step.x;
-        reported += step.isReported;
-        ASSERT_EQ(gScrolls.size(), reported) << step.x;
-        if (step.isReported) {
-            EXPECT_EQ(gScrolls.back(), (std::pair<WPARAM, LPARAM>(4, reinterpret_cast<LPARAM>(slider))));
+        EXPECT_EQ(gScrolls.size(), step.isReported ? 1u : 0u) << step.x;
+        for (const auto& scroll : gScrolls) {
+            EXPECT_EQ(scroll, (std::pair<WPARAM, LPARAM>(SB_THUMBPOSITION, reinterpret_cast<LPARAM>(slider))));
         }
         EXPECT_EQ(GetCapture() == slider, step.isReported) << step.x;
     }
@@ -141,7 +134,7 @@ TEST_F(CustomSlider, FollowsPressAndDragAndReportsEachStep) {
 
     // A range that doesn't start at 0.
     Tell(kSetRange, 1, MAKELPARAM(10, 20));
-    Tell(WM_LBUTTONDOWN, 0, MAKELPARAM(200, 9));
+    Press(WM_LBUTTONDOWN, 200);
     EXPECT_EQ(Pos(), 15);
 }
 

@@ -74,17 +74,13 @@ protected:
         }
         constexpr WPARAM kKeys[] = {VK_UP,   VK_DOWN, VK_ADD,  VK_SUBTRACT, VK_OEM_COMMA, VK_OEM_PERIOD, VK_TAB,
                                     VK_BACK, VK_LEFT, VK_HOME, '0',         '7',          VK_DELETE};
+        constexpr UINT kMouse[] = {WM_LBUTTONDOWN, WM_LBUTTONUP, WM_MOUSEMOVE, WM_LBUTTONDBLCLK, WM_RBUTTONDOWN};
         const LPARAM place = MAKELPARAM(random.Below(800) - 50, random.Below(600) - 20);
-        switch (random.Below(8)) {
-            case 0: return Step(dialog, WM_LBUTTONDOWN, MK_LBUTTON, place);
-            case 1: return Step(dialog, WM_LBUTTONUP, 0, place);
-            case 2: return Step(dialog, WM_MOUSEMOVE, 0, place);
-            case 3: return Step(dialog, WM_MOUSEWHEEL, MAKEWPARAM(0, random.Below(720) - 360), place);
-            case 4: return Step(dialog, random.Below(2) == 0 ? WM_LBUTTONDBLCLK : WM_RBUTTONDOWN, 0, place);
-            case 5: return Step(Item(kRows[random.Below(3)].slider), WM_LBUTTONDOWN, MK_LBUTTON, place);
-            case 6: return Step(Item(kRows[random.Below(3)].slider), WM_LBUTTONUP, 0, place);
-            default: return Step(window, WM_KEYDOWN, kKeys[random.Below(static_cast<int>(std::size(kKeys)))], 1);
-        }
+        const int kind = random.Below(8);
+        if (kind == 0) Step(dialog, WM_MOUSEWHEEL, MAKEWPARAM(0, random.Below(720) - 360), place);
+        if (kind == 1) Step(window, WM_KEYDOWN, kKeys[random.Below(static_cast<int>(std::size(kKeys)))], 1);
+        if (kind == 2) Step(Item(kRows[random.Below(3)].slider), kMouse[random.Below(3)], MK_LBUTTON, place);
+        if (kind > 2) Step(dialog, kMouse[random.Below(5)], MK_LBUTTON, place);
     }
 
     void Step(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {

@@ -8,6 +8,8 @@ namespace stairmelt {
 
 namespace {
 
+std::string Place(int x, int y) { return std::to_string(x) + "," + std::to_string(y); }
+
 class PaneGestures : public DialogSession {
 protected:
     // A picture whose kernel finds no edges, so that filtered and raw pixels are the same.
@@ -29,13 +31,13 @@ protected:
     }
 
     // The image pixel under a pane pixel, as the host last drew it. 0, 0 is the pane's top left corner.
-    POINT Shown(int x, int y) {
+    std::string Shown(int x, int y) {
         const DisplayedMap& display = *host.ui.display;
         const size_t plane = static_cast<size_t>(display.map.planeBytes);
         const size_t at = static_cast<size_t>((y + 10 - display.row) * display.map.rowBytes + x + 10 - display.column);
         const uint8_t* const samples = display.samples.data() + at;
         const int high = samples[2 * plane];
-        return {samples[0] + (high >> 4) * 256, samples[plane] + (high & 15) * 256};
+        return Place(samples[0] + (high >> 4) * 256, samples[plane] + (high & 15) * 256);
     }
 
     void Press(const POINT& place) {
@@ -58,9 +60,7 @@ protected:
     }
 };
 
-std::string ToText(const POINT& p) { return std::to_string(p.x) + "," + std::to_string(p.y); }
-
-#define EXPECT_SHOWN(paneX, paneY, imageX, imageY) EXPECT_EQ(ToText(Shown(paneX, paneY)), ToText({imageX, imageY}))
+#define EXPECT_SHOWN(paneX, paneY, imageX, imageY) EXPECT_EQ(Shown(paneX, paneY), Place(imageX, imageY))
 
 }  // namespace
 

@@ -7,6 +7,7 @@ the preview. The picture's red and green encode the place of each pixel, and a s
 
 import os
 import pathlib
+import re
 import subprocess
 import sys
 import tempfile
@@ -20,8 +21,8 @@ sys.dont_write_bytecode = True  # nothing is to appear among the sources
 from virtual_display import PATIENCE, VirtualDisplay, eventually
 
 COMMAND = []  # the tool, with its emulator before it
-# Positions in the dialog's template, in dialog units: left, top, width, height.
-UNITS_WIDE, UNITS_HIGH = 399, 334
+# Positions in the dialog's template, in dialog units: left, top, width, height. Four units are six pixels wide, eight are
+# 13 high.
 OK, CANCEL = (334, 7, 57, 14), (334, 25, 57, 14)
 THRESHOLD, SOFTNESS, BIAS = (18, 255, 267, 16), (18, 283, 267, 16), (18, 309, 267, 16)
 SOFTNESS_EDIT, BIAS_EDIT = (289, 278, 30, 14), (289, 304, 30, 14)
@@ -53,12 +54,9 @@ class Session(unittest.TestCase):
         self.tool = self.start("--dialog", "in.png", "out.png")
         self.addCleanup(self.tool.kill)
         window = self.xdo("search", "--sync", "--onlyvisible", "--name", "^NORVA stairmelt$").split()[0]
-        size = self.ask("getwindowgeometry", "--shell", window)
-        # A dialog unit is a quarter of one base unit wide and an eighth of the other high.
-        self.base = round(size["WIDTH"] * 4 / UNITS_WIDE), round(size["HEIGHT"] * 8 / UNITS_HIGH)
         self.xdo("mousemove", "--window", window, 0, 0)
-        place = self.ask("getmouselocation", "--shell")
-        self.left, self.top = place["X"], place["Y"]
+        place = self.xdo("getmouselocation", "--shell")
+        self.left, self.top = (int(re.search(axis + r"=(\d+)", place)[1]) for axis in "XY")
         self.assert_shown(240, 180, (350, 300))
 
     def end(self):
@@ -73,14 +71,11 @@ class Session(unittest.TestCase):
         time.sleep(0.03)  # a hand isn't quicker
         return done.stdout.decode()
 
-    def ask(self, *words):
-        return {key: int(value) for key, value in (line.split("=") for line in self.xdo(*words).split())}
-
     def move(self, x, y):
         self.xdo("mousemove", self.left + x, self.top + y)
 
     def rectangle(self, control):
-        return [int(value * self.base[i % 2] / (4, 8)[i % 2] + 0.5) for i, value in enumerate(control)]
+        return [int(value * (6 / 4, 13 / 8)[i % 2] + 0.5) for i, value in enumerate(control)]
 
     def click(self, control):
         left, top, width, height = self.rectangle(control)

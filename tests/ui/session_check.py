@@ -21,13 +21,13 @@ sys.dont_write_bytecode = True  # nothing is to appear among the sources
 from virtual_display import PATIENCE, VirtualDisplay, eventually
 
 COMMAND = []  # the tool, with its emulator before it
-# Positions in the dialog's template, in dialog units: left, top, width, height. Four units are six pixels wide, eight are
-# 13 high.
+# Left, top, width and height in the dialog's template, in dialog units: four are six pixels wide, eight are 13 high.
 OK, CANCEL = (334, 7, 57, 14), (334, 25, 57, 14)
 THRESHOLD, SOFTNESS, BIAS = (18, 255, 267, 16), (18, 283, 267, 16), (18, 309, 267, 16)
 SOFTNESS_EDIT, BIAS_EDIT = (289, 278, 30, 14), (289, 304, 30, 14)
 ZOOM_IN = (205, 229, 12, 11)
 PANE_MIDDLE, BESIDE_PANE = (250, 190), (540, 300)  # pixels, whatever the dialog unit
+UNFILTERED = (10, 30, 480, 4)  # a part of the pane with a stair, which is unfiltered while a button is held
 
 
 class Session(unittest.TestCase):
@@ -77,14 +77,30 @@ class Session(unittest.TestCase):
     def rectangle(self, control):
         return [int(value * (6 / 4, 13 / 8)[i % 2] + 0.5) for i, value in enumerate(control)]
 
-    def click(self, control):
+    def press(self, shows, *words):
+        """Presses a button and waits until a part of the dialog has changed.
+
+        Keys sent earlier could be lost, and the pane's gestures read the pointer when they are handled.
+        """
+        def pixels():
+            pixel = self.display.screenshot()
+            left, top, width, height = shows
+            return [pixel(self.left + x, self.top + y) for y in range(top, top + height) for x in range(left, left + width)]
+        before = pixels()
+        self.xdo(*words)
+        self.assertTrue(eventually(lambda: pixels() != before, True))
+
+    def click(self, control, shows=None):
         left, top, width, height = self.rectangle(control)
         self.move(left + width // 2, top + height // 2)
-        self.xdo("click", 1)
+        if shows:
+            self.press(self.rectangle(shows), "click", 1)
+        else:
+            self.xdo("click", 1)
 
-    def drag(self, start, *places):
+    def drag(self, shows, start, *places):
         self.move(*start)
-        self.xdo("mousedown", 1)
+        self.press(shows, "mousedown", 1)
         for place in places:
             self.move(*place)
         self.xdo("mouseup", 1)
@@ -93,7 +109,7 @@ class Session(unittest.TestCase):
         """Drags from one value to about another, of 0 to `top`; returns the value at the place of the release."""
         left, upper, width, _ = self.rectangle(slider)
         places = [left + 6 + value * (width - 12) // top for value in (start, (start + end) // 2, end)]
-        self.drag(*((x, upper + 8) for x in places))
+        self.drag(self.rectangle(slider), *((x, upper + 8) for x in places))
         return (places[-1] - left - 6) * top // (width - 12)
 
     # ---- The preview ----
@@ -111,12 +127,12 @@ class Session(unittest.TestCase):
         self.drag_slider(THRESHOLD, 10, 200, 255)
         self.xdo("key", "ctrl+z", "Up", "Up", "Up")
         # Out of range: the slider's end counts. Two steps down from there.
-        self.click(SOFTNESS_EDIT)
+        self.click(SOFTNESS_EDIT, shows=SOFTNESS)
         self.xdo("key", "Home", "shift+End", "9", "9", "9", "Down", "Down")
         # A drag, and one notch of the wheel up beside the pane.
         bias = self.drag_slider(BIAS, 0, 42, 100) + 1
         self.move(*BESIDE_PANE)
-        self.xdo("click", 4)
+        self.press(self.rectangle(BIAS), "click", 4)
 
         # The wheel over the pane: twice in, twice out. One notch is one step.
         self.move(*PANE_MIDDLE)
@@ -126,9 +142,9 @@ class Session(unittest.TestCase):
         self.xdo("click", 5)
         self.assert_shown(3, 3, (113, 123))
         # A pan far beyond the left and lower edges stops there, and a pan back takes effect immediately.
-        self.drag(PANE_MIDDLE, (450, 100), (700, 0))
+        self.drag(UNFILTERED, PANE_MIDDLE, (450, 100), (700, 0))
         self.assert_shown(3, 3, (3, 243))
-        self.drag((300, 100), (290, 105))  # elsewhere, or the presses would make a double click
+        self.drag(UNFILTERED, (300, 100), (290, 105))  # elsewhere, or the presses would make a double click
         self.assert_shown(3, 3, (13, 238))
         # Fitted, the image takes 420 x 360 pixels of the pane. Then a place in its lower right at full size.
         self.move(*PANE_MIDDLE)
@@ -159,10 +175,11 @@ class Session(unittest.TestCase):
         self.xdo("keydown", "alt")
         self.click(CANCEL)
         self.xdo("keyup", "alt")
-        self.click(BIAS_EDIT)
+        self.click(BIAS_EDIT, shows=BIAS)
         # A plus in an edit box is text, and on a button it zooms.
         self.xdo("key", "Up", "Up", "End", "plus")
         self.click(ZOOM_IN)
+        self.assert_shown(40, 180, (250, 300))
         self.xdo("key", "plus")
         self.assert_shown(40, 180, (300, 300))
         self.xdo("key", "space")  # presses the + button, which has the focus

@@ -3,7 +3,8 @@
 
 The screen is an Xvfb of 1280 x 1024 pixels with openbox as its window manager. Its own keys and mouse gestures are off,
 since Alt, the wheel and double clicks belong to the programs. Windows have no frames: the height of a title bar depends
-on the installed fonts, and a window whose title bar doesn't fit above it would be moved down.
+on the installed fonts, and a window whose title bar doesn't fit above it would be moved down. A window gets the focus when
+it is clicked: given to new windows, it would arrive at any time, and Wine would move its own focus then.
 """
 
 import contextlib
@@ -17,7 +18,7 @@ import time
 
 OPENBOX = """<?xml version="1.0"?>
 <openbox_config xmlns="http://openbox.org/3.4/rc">
-  <focus><focusNew>yes</focusNew></focus>
+  <focus><focusNew>no</focusNew></focus>
   <theme><keepBorder>no</keepBorder></theme>
   <applications><application class="*"><decor>no</decor></application></applications>
   <keyboard/>

@@ -268,6 +268,13 @@ class RunFilter(unittest.TestCase):
             self.assertIn("the picture itself", err[0])
         self.assertEqual(self.read(name), before)
 
+        self.write("target.png", b"earlier")
+        (self.directory / "link.png").unlink()
+        (self.directory / "link.png").symlink_to("target.png")
+        self.smooth(name, "link.png")
+        self.assertTrue((self.directory / "link.png").is_symlink())
+        self.assertEqual(self.read("target.png"), self.read("x" + name), "the link's target is written")
+
     def test_failures_are_one_line_and_leave_the_output_alone(self):
         self.save("in.png", stairs(4, 8))
         good = self.read("in.png")

@@ -34,6 +34,7 @@ void SetExif(std::span<const uint8_t> block, Picture& picture) {
     const ExifReader exif(block);
     if (exif.IsEmpty()) return;
     picture.exif.assign(block.begin(), block.end());
+    picture.orientation = 1;
     SetOrientation(exif.Number(kOrientationTag), picture);
 }
 

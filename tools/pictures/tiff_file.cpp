@@ -254,7 +254,9 @@ void ReadMetadata(const TiffFile& file, std::span<const uint8_t> bytes, Picture&
     picture.dpiX = file.Field<float>(TIFFTAG_XRESOLUTION, 0) * scale;
     picture.dpiY = file.Field<float>(TIFFTAG_YRESOLUTION, 0) * scale;
     SetExif(ExifReader(bytes).MakeBlock(), picture);
+    const uint16_t ofBlock = picture.orientation;
     SetOrientation(file.Field<uint16_t>(TIFFTAG_ORIENTATION, 1), picture);
+    if (picture.orientation != ofBlock) picture.exif.clear();  // a damaged file: what one sees goes first
     picture.profile = file.BytesField<Bytes>(TIFFTAG_ICCPROFILE);
     if (const auto xmp = file.BytesField<std::string>(TIFFTAG_XMLPACKET); !xmp.empty())
         picture.texts.push_back({kXmpKeyword, xmp});

@@ -200,6 +200,9 @@ std::vector<png_text> TextRows(const Picture& picture) {
 void ReadPng(std::span<const uint8_t> bytes, size_t maxSamples, Picture& picture) {
     PngFile file(true);
     file.left = bytes;
+    // The library makes room for a chunk before it finds that the file is shorter.
+    constexpr size_t kMaxText = 8000000;
+    png_set_chunk_malloc_max(file.png, std::max(kMaxText, bytes.size()));
     ReadPixels(file, maxSamples, picture);
     ReadMetadata(file, picture);
 }

@@ -198,11 +198,15 @@ std::vector<png_text> TextRows(const Picture& picture) {
 }  // namespace
 
 void ReadPng(std::span<const uint8_t> bytes, size_t maxSamples, Picture& picture) {
+    // The library would make room for a chunk before it found that the file is shorter.
+    constexpr size_t kSignature = 8, kFrame = 12;  // length, name and checksum around a chunk's data
+    for (size_t at = kSignature; bytes.size() - at >= kFrame && std::memcmp(&bytes[at + 4], "IEND", 4) != 0;) {
+        const size_t length = GetNumber<uint32_t>(&bytes[at], true);
+        if (length > bytes.size() - at - kFrame) ThrowDamaged("it ends early");
+        at += length + kFrame;
+    }
     PngFile file(true);
     file.left = bytes;
-    // The library makes room for a chunk before it finds that the file is shorter.
-    constexpr size_t kMaxText = 8000000;
-    png_set_chunk_malloc_max(file.png, std::max(kMaxText, bytes.size()));
     ReadPixels(file, maxSamples, picture);
     ReadMetadata(file, picture);
 }

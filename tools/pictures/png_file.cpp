@@ -199,11 +199,11 @@ std::vector<png_text> TextRows(const Picture& picture) {
 
 void ReadPng(std::span<const uint8_t> bytes, size_t maxSamples, Picture& picture) {
     // The library would make room for a chunk before it found that the file is shorter.
-    constexpr size_t kSignature = 8, kFrame = 12;  // length, name and checksum around a chunk's data
-    for (size_t at = kSignature; bytes.size() - at >= kFrame && std::memcmp(&bytes[at + 4], "IEND", 4) != 0;) {
+    constexpr size_t kSignature = 8, kHead = 8, kSum = 4;  // length and name before a chunk's data, checksum after it
+    for (size_t at = kSignature; bytes.size() - at >= kHead && std::memcmp(&bytes[at + 4], "IEND", 4) != 0;) {
         const size_t length = GetNumber<uint32_t>(&bytes[at], true);
-        if (length > bytes.size() - at - kFrame) ThrowDamaged("it ends early");
-        at += length + kFrame;
+        if (length + kSum > bytes.size() - at - kHead) ThrowDamaged("it ends early");
+        at += kHead + length + kSum;
     }
     PngFile file(true);
     file.left = bytes;

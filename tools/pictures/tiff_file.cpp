@@ -326,6 +326,10 @@ void ReadTiff(std::span<const uint8_t> bytes, size_t maxSamples, Picture& pictur
     const TiffFile file(bytes);
     TiffPixels pixels;
     RequireSupported(file, pixels, picture);
+    // Where it finds no whole palette, the library takes the indices for grays.
+    if (ExifReader(bytes).Number(TIFFTAG_PHOTOMETRIC) == PHOTOMETRIC_PALETTE &&
+        pixels.photometric != PHOTOMETRIC_PALETTE)
+        ThrowDamaged("its palette is missing or too short");
     if (pixels.isIndexed) {
         ReadIndexed(file, bytes.size(), maxSamples, picture);
     } else {

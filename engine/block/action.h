@@ -39,7 +39,7 @@ enum ActionKind : uint8_t {
     kActionKinds = kSixth + 8,
 };
 
-// The kinds of runs and tails stand in the order of directions.
+// Runs and tails are numbered in the order of directions.
 constexpr bool IsTail(int kind) { return kind < kUpRun ? kind % 2 != 0 : (kind - kUpRun) % 2 != 0; }
 constexpr const RunScanner& ScannerOf(int kind) {
     return kDirections[kind < kUpRun ? kind / 2 : 2 + (kind - kUpRun) / 2].forth;
@@ -47,7 +47,7 @@ constexpr const RunScanner& ScannerOf(int kind) {
 constexpr bool IsFade(int kind) {
     return (kind >= kRiserFade && kind < kContactRightBlend) || (kind >= kTreadFade && kind < kRestoreDown);
 }
-// Of a fade: its diagonal, and whether this is the part that restores.
+// For fades: the diagonal, and whether this is the part that restores.
 constexpr const Diagonal& DiagonalOf(int kind) {
     return kind < kTreadFade ? kRiserDiagonals[(kind - kRiserFade) / 2] : kTreadDiagonals[(kind - kTreadFade) / 2];
 }
@@ -55,14 +55,14 @@ constexpr bool IsRestoringFade(int kind) {
     return IsFade(kind) && (kind - (kind < kTreadFade ? kRiserFade : kTreadFade)) % 2 != 0;
 }
 
-// What is known of the runs of one and two cells without measuring: three bits for each direction, in the order left,
-// right, up, down. They are the number of a short run's ramp.
+// What the decisions know about runs of one and two cells: three bits for each direction, in the order left, right, up,
+// down. They are also the number of the run's ramp.
 enum RunFact { kHasTwoCells, kFarIsOne, kFarIsTwo, kRunFacts };
 constexpr int kShortRuns = 1 << kRunFacts;
 constexpr RunPair ShortRun(int facts) { return {(facts >> kHasTwoCells & 1) + 1, facts >> kFarIsOne & 3}; }
 
-// The ramps have numbers: those of short runs by their facts, of single blends by their weight, of measured runs, tails
-// and diagonals by their lengths in cells, and one number for whatever is longer.
+// Ramps are numbered: those of short runs by their facts, of single blends by their weight, of measured runs, tails and
+// diagonals by their lengths in cells. All longer ones share one number.
 constexpr int32_t kMaxLength = 8;
 constexpr int kFarLengths = kMaxLength + 1 - kBesideDot;
 enum RampNumber : uint8_t {
@@ -85,14 +85,14 @@ constexpr uint8_t RampNumberOf(RampNumber first, int32_t length) {
     return static_cast<uint8_t>(length > kMaxLength ? static_cast<int32_t>(kLongRamp) : first + length - 1);
 }
 
-// The lengths of a numbered ramp, but for single blends and kLongRamp. Tails and diagonals have no far length.
+// The lengths that a number stands for, except for single blends and kLongRamp. Tails and diagonals have no far length.
 constexpr RunPair RunOfRamp(int ramp) {
     if (ramp < kShortRuns) return ShortRun(ramp);
     if (ramp >= kTailRamps) return {(ramp - kTailRamps) % kMaxLength + 1, 0};
     return {(ramp - kStairRamps) / kFarLengths + 1, (ramp - kStairRamps) % kFarLengths + kBesideDot};
 }
 
-// The blend that each kind makes; {} for kinds that aren't single blends.
+// The blend of each kind that makes a single one; {} for other kinds.
 struct BlendTable {
     Blend of[kActionKinds];
 };
@@ -113,8 +113,8 @@ constexpr BlendTable MakeBlends() {
 }
 inline constexpr BlendTable kBlends = MakeBlends();
 
-// The ramp of a kind that isn't measured: `first`, and for runs their facts. Kinds that may be measured have slots of
-// their own, all others the one behind them.
+// The number of an unmeasured ramp: `first`, plus a run's facts. Each kind that may be measured has a slot of its own;
+// all others share the last one.
 constexpr int kMeasuredKinds = 2 * (4 + 8);
 struct KindRamp {
     uint8_t first, factShift, slot;
@@ -140,24 +140,24 @@ constexpr KindRampTable MakeKindRamps() {
 }
 inline constexpr KindRampTable kKindRamps = MakeKindRamps();
 
-// So far from the image's border a visited pixel is inner: ramps of kMaxCached pixels stay inside, also where vectors
-// take four pixels at a time.
+// The distance from the image's border at which a visited pixel is inner: ramps of kMaxCached pixels stay inside the
+// image even where vectors process four pixels at a time.
 constexpr int32_t kMaxCached = 12;
 constexpr int32_t kMargin = kMaxCached + 4;
 
-// One thing to be done.
+// One thing to do.
 struct Action {
     int32_t x, y;  // the visited pixel
     uint8_t kind;  // an ActionKind
-    uint8_t ramp;  // a RampNumber; of no meaning for kAverage
-    uint8_t span;  // of kAverage: so many pixels from x on to the right
+    uint8_t ramp;  // a RampNumber; unused for kAverage
+    uint8_t span;  // for kAverage: the number of pixels from x on to the right
     bool isInner;  // no cached ramp reaches the image's border
 };
 
-// How a kind walks over pixels, or changes one of them; in bytes.
+// How a kind walks over pixels, or which single one it changes; in bytes.
 struct Stroke {
     ptrdiff_t to, from;              // from the visited pixel to the first one, and to the one that it moves toward
-    ptrdiff_t advance, fromAdvance;  // from one pixel to the next; 0 where there is one alone
+    ptrdiff_t advance, fromAdvance;  // from one pixel to the next; 0 for a single pixel
 };
 
 // Receives the actions in the order of the scan.

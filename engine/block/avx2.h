@@ -1,5 +1,5 @@
-// What the kernels do with AVX2: comparing parts of rows, mixing the colours of a pixel, and changing neighbouring
-// pixels. Included only by files that are compiled for it.
+// The AVX2 instruction set: comparing parts of rows, mixing the colours of a pixel, and changing several pixels at
+// once. Included only by files that are compiled for it.
 #pragma once
 
 #include <immintrin.h>
@@ -169,7 +169,7 @@ private:
         return _mm256_castsi256_ps(LoadHalves(low, high));
     }
 
-    // Each half of a vector holds 4 of the pixels. Reads nothing behind the last one.
+    // Each half of a vector holds 4 of the pixels. Reads nothing beyond the last one.
     static void LoadHalf(const uint8_t* at, __m256* plane) {
         constexpr int kPixel = kSamples * 4;  // bytes
         constexpr int kHalf = 4 * kPixel;

@@ -1,6 +1,5 @@
-// The planner for one kind of vector. As many flagged blocks as fit a vector are decided at once (decisions.h); then
-// each pixel at which something is done gets its actions, with the runs, tails and diagonals measured that they depend
-// on.
+// The planner for one vector type. It decides as many flagged blocks as fit a vector at once (decisions.h), measures
+// the runs, tails and diagonals that the decisions call for, and then writes the actions of each pixel.
 #pragma once
 
 #include <xmmintrin.h>
@@ -51,7 +50,7 @@ public:
 private:
     static constexpr int kBlocks = kBlocksOf<Words>;
 
-    // Plans the blocks that were placed, in their order.
+    // Plans the blocks in `places`, in their order.
     void PlanBlocks() {
         const int count = placed;
         while (placed < kBlocks) places[placed++] = places[0];
@@ -110,14 +109,14 @@ private:
         }
     }
 
-    // The pixels of a block at which something is done.
+    // The pixels of a block that have actions.
     struct ActingPixels {
         int block;
         uint64_t bits;
         int32_t firstX, y;  // of bit 0
     };
 
-    // Measures what the facts don't describe.
+    // Measures whatever the facts don't describe.
     void MeasureBlock(const Decisions<Words>& decisions, const ActingPixels& acting) {
         MeasureDirection<RunDirection::kLeft>(kLeftRun, decisions, acting);
         MeasureDirection<RunDirection::kRight>(kRightRun, decisions, acting);
@@ -127,7 +126,7 @@ private:
         MeasureDiagonals<kTreadDiagonals>(kTreadFade, decisions, acting);
     }
 
-    // kind: the direction's runs; its tails follow.
+    // kind: that of the direction's runs; its tails are the next kind.
     template <RunDirection kDirection>
     void MeasureDirection(int kind, const Decisions<Words>& decisions, const ActingPixels& acting) {
         constexpr RunScanner kForth = kRulesOf<kDirection>.forth;
@@ -212,9 +211,8 @@ private:
         return ColumnsBelow(width - kMargin, place.x) & ~ColumnsBelow(kMargin, place.x);
     }
 
-    // The cache lines of the source's pixels from one column to another, in the row and in the next one: the
-    // destination's have been read when the flags were built. Edges are scattered, and waiting for memory would cost
-    // more than all else.
+    // Prefetches the source's pixels from one column to another, in this row and the next. Building the flags has
+    // already cached the destination's. Edges are scattered, and waiting for memory would take most of the time.
     void Prefetch(int32_t fromX, int32_t toX, int32_t y) const {
         constexpr ptrdiff_t kCacheLine = 64;
         const ImageView& source = *job.source;

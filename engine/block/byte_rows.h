@@ -1,5 +1,5 @@
-// Changes several pixels at once, at depth 8 without opacity, with AVX2. The results are those of
-// changing one pixel after the other, to the bit. Included only by files that are compiled for AVX2.
+// Changes several pixels at once, at depth 8 without opacity, with AVX2. The result equals that of changing one pixel
+// after the other. Included only by files that are compiled for AVX2.
 #pragma once
 
 #include <immintrin.h>
@@ -15,9 +15,9 @@
 
 namespace stairmelt::inline STAIRMELT_SET {
 
-// A stroke that mixes four pixels at once, in a vector of 16 samples of 16 bits: four for each pixel, of which those
-// that it doesn't have keep their bytes. Pixels of three bytes are loaded and stored with a fourth one, the next
-// pixel's: they are stored in the order of a row.
+// A stroke that mixes four pixels at once, in a vector of 16 samples of 16 bits, four for each pixel. Samples that a
+// pixel doesn't have stay unchanged. Pixels of three bytes are loaded and stored together with the next pixel's first
+// byte; storing them from left to right keeps that byte correct.
 template <class Format>
 class ByteStroke {
 public:
@@ -36,13 +36,13 @@ public:
         }
         for (int i = 0; i < 32; ++i) {
             const int pixel = i / 8, sample = i / 2 % 4;
-            // A stroke of one pixel has it four times, with one weight.
+            // A stroke of a single pixel holds it four times, with the same weight.
             const int weight = stroke.advance == 0 ? 0 : isLeft ? kPixels - 1 - pixel : pixel;
             spread[i] = static_cast<int8_t>(sample < kBytes ? 2 * weight + i % 2 : -1);
         }
     }
 
-    // Walks a ramp whose weights are in range. Up to three pixels behind the ramp's end are stored as they are.
+    // Applies a ramp whose weights are in range. Up to three pixels beyond the ramp's end are stored unchanged.
     void Mix(uint8_t* pixel, const uint8_t* fromPixel, const CachedRamp<IntegerWeights>& ramp) const {
         const __m256i spreading = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(spread));
         uint8_t* at = pixel + to;
@@ -86,14 +86,14 @@ private:
     int8_t spread[32];               // for shuffle_epi8: each sample's weight, of eight weights of 16 bits
 };
 
-// Averages neighbouring pixels of which each is isolated (isolated_pixel.h). Returns false, having changed nothing, at
-// the image's border or for a weight out of range.
+// Averages a row of neighbouring isolated pixels (isolated_pixel.h). Returns false without changing anything at the
+// image's border or for a weight out of range.
 template <class Format>
 bool AverageByteRow(const KernelJob& job, int32_t x, int32_t y, int32_t count, int32_t neighbourWeight) {
     const ImageView& source = *job.source;
     constexpr int kAtOnce = 8;  // samples
     const int32_t samples = count * Format::kPixelSize;
-    // What is loaded behind the last pixel lies in the same rows.
+    // Loads beyond the last pixel stay within its rows.
     const bool isInside = x > 0 && y > 0 && y < source.height - 1 && x + count + kAtOnce < source.width;
     if (!isInside || neighbourWeight <= 0 || neighbourWeight > IntegerWeights::kWhole) return false;
 

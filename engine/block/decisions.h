@@ -1,6 +1,5 @@
-// Decides for all pixels of some blocks at once what a visit of each would do: for each kind of action the pixels at
-// which it is done. The decisions rest on flags alone, which the scan never changes, so that they can be made ahead of
-// the visits.
+// Decides for all pixels of a few blocks at once what a visit does there: the result is a bit mask of pixels for each
+// kind of action. Decisions depend on the flags alone, which the scan never changes, so they can be made ahead of it.
 #pragma once
 
 #include <emmintrin.h>
@@ -20,7 +19,7 @@ namespace stairmelt::inline STAIRMELT_SET {
 constexpr int kFacts = 48;  // the first of the facts behind the kinds
 static_assert(kActionKinds <= kFacts && 4 * kRunFacts <= 16);
 
-// The pixels of each kind, one bit for each pixel. Pixels beyond the image's last column get bits without a meaning.
+// The pixels of each kind, one bit for each pixel. Bits beyond the image's last column are meaningless.
 template <class Words>
 struct Decisions {
     Words pixels[64];       // by ActionKind; from kFacts on by direction and RunFact; zero in between
@@ -34,15 +33,15 @@ struct Decisions {
         others = others | where;
     }
 
-    // Nothing of the kinds from `kind` up to `end`.
+    // Clears the kinds from `kind` up to `end`, which is excluded.
     void Clear(int kind, int end) {
         for (; kind < end; ++kind) pixels[kind] = Words{};
     }
 
-    // No runs in a direction and the one after it.
+    // Clears the facts of a direction and the one after it.
     void ClearFacts(int direction) { Clear(kFacts + kRunFacts * direction, kFacts + kRunFacts * (direction + 2)); }
 
-    // Of the rules the first that holds; returns where one does.
+    // Sets the first rule that holds; returns where one does.
     template <class... Rules>
     Words SetFirst(int kind, const FlagBlocks<Words>& block, Words candidates) {
         const Words before = candidates;
@@ -54,7 +53,7 @@ struct Decisions {
         return before & ~candidates;
     }
 
-    // Sets those of four diagonals that leave a straight piece of edge and are long enough; returns where any does.
+    // Sets the diagonals that leave a straight piece of edge and are long enough; returns where any does.
     template <const Diagonal (&kDiagonals)[4]>
     Words SetFades(int kind, const FlagBlocks<Words>& block, Words isStraight) {
         const Words fades[] = {
@@ -69,8 +68,8 @@ struct Decisions {
         return any;
     }
 
-    // Sets where one direction of an edge has a run, and else where it has a tail; returns where it has either. Runs
-    // are short at most where `mayBeShort` is set.
+    // Sets where one direction of an edge has a run or else a tail; returns where it has either. Facts describe runs
+    // only where `mayBeShort` is set.
     template <RunDirection kDirection>
     Words SetRuns(int kind, const FlagBlocks<Words>& block, Words hasEdge, Words mayBeShort, Words& hasTail) {
         const ShortRuns<Words> found = FindShortRuns<kDirection>(block, hasEdge);
@@ -90,7 +89,7 @@ struct Decisions {
     }
 };
 
-// The pixels to which some decisions are confined, by their places in the image.
+// The pixels to which some decisions are limited, by their position in the image.
 template <class Words>
 struct Limits {
     Words mayRestoreAbove;  // RestoreMost1
@@ -141,7 +140,7 @@ void Decide(const FlagBlocks<Words>& block, const Limits<Words>& limits, Decisio
     for (int i = 0; i < 8; ++i) decisions.Set(kSixth + i, sixths[i]);
 }
 
-// The pixels near which an isolated block of 2 by 2 pixels may stand, as seen by FarLengthAtDot.
+// The pixels that may be near a dot of 2 by 2 pixels, as FarLengthAtDot defines it.
 template <class Words>
 Words IsNearDot(const FlagBlocks<Words>& block) {
     const auto isAt = [&]<int kDy, FlagTest... kTests>(Pattern<kTests...>) {
@@ -152,8 +151,9 @@ Words IsNearDot(const FlagBlocks<Words>& block) {
     return dots << 2 | dots << 1 | dots | dots >> 1;
 }
 
-// Words of 48 kinds or facts turned: 48 bits for each pixel. Words that are exchanged byte by byte four times have one
-// byte of each of 16 kinds side by side, for eight pixels; movemask takes one bit of each.
+// The transposed decisions: 64 bits for each pixel in place of one bit of each pixel for 64 kinds and facts. Four
+// rounds of interleaving bytes put the bytes of 16 kinds for the same eight pixels side by side; movemask then takes
+// one bit of each.
 template <class Words>
 class TurnedWords {
 public:

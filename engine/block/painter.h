@@ -1,4 +1,4 @@
-// Carries out what the planner wrote down, in one pixel format: the ramps, fades, averages and single blends.
+// Carries out the planner's actions in one pixel format: ramps, fades, averages and single blends.
 #pragma once
 
 #include <algorithm>
@@ -18,7 +18,7 @@
 
 namespace stairmelt::inline STAIRMELT_SET {
 
-// What a format's instruction set makes of the strokes, where it mixes several pixels at once.
+// The form that a format's instruction set gives to strokes if it mixes several pixels at once.
 template <class Format, bool kMixesRows>
 struct SetsStroke {
     struct Type {};
@@ -101,7 +101,7 @@ private:
         strokes[kind + 1] = strokes[kind];  // the tail
     }
 
-    // The two parts of a fade never change the same pixel: which of them goes first makes no difference.
+    // The two parts of a fade never change the same pixel, so their order makes no difference.
     void SetFade(int kind, const Diagonal& diagonal) {
         const int fromX = diagonal.pixelX + diagonal.sourceX, fromY = diagonal.pixelY + diagonal.sourceY;
         strokes[kind] = {IsRestoringFade(kind) ? Offset(*job.destination, fromX, fromY)
@@ -110,7 +110,7 @@ private:
                          Offset(*job.source, diagonal.stepX, diagonal.stepY)};
     }
 
-    // Near the image's border, where a walk may end early, and for ramps that aren't cached.
+    // For pixels near the image's border, where a walk may end early, and for ramps that aren't cached.
     void PaintCarefully(const Action& action, const RunPair& run) {
         const int kind = action.kind;
         if (IsFade(kind)) {
@@ -142,7 +142,7 @@ private:
         RampOf<Format> third = ramps.Fade(Weights::kThird, length);
         RampOf<Format> half = ramps.Fade(Weights::kHalf, length);
         if (diagonal.stepY > 0) NeedRows(third, std::max(y, fromY));
-        // A script's softness can make the ramp outlast the diagonal: it ends before it leaves the image.
+        // A script's softness can make the ramp outlast the diagonal; it then ends at the image's border.
         const int32_t columns = diagonal.stepX > 0 ? image.width - std::max(x, fromX) : std::min(x, fromX) + 1;
         const int32_t rows = diagonal.stepY > 0 ? image.height - std::max(y, fromY) : std::min(y, fromY) + 1;
         const int32_t count = std::min(columns, rows);
@@ -168,8 +168,7 @@ private:
         for (; count > 0; --count) AverageIsolatedPixel<Format>(job, x++, y, neighbourWeight);
     }
 
-    // Before a ramp that isn't cached changes pixels from row y on downward: the flags that are still to be read from
-    // them.
+    // Builds the flags that depend on pixels from row y on before a ramp that isn't cached changes them.
     void NeedRows(const RampOf<Format>& ramp, int32_t y) {
         planes.Need(y + std::min(MaxPixels(ramp), job.destination->height - y));
     }

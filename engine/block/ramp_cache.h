@@ -1,5 +1,5 @@
 // The weights of the ramps that a picture needs again and again: those of short runs, tails and diagonals. A ramp
-// depends on the job's values and on one or two lengths alone; its weights are computed when they are first wanted.
+// depends on the job's values and on one or two lengths alone; its weights are computed on first use.
 #pragma once
 
 #include <algorithm>
@@ -10,7 +10,6 @@
 #include "engine/image.h"
 #include "engine/rules/ramp.h"
 #include "engine/rules/run_softness.h"
-#include "engine/rules/scan_weights.h"
 
 namespace stairmelt::inline STAIRMELT_SET {
 
@@ -28,7 +27,7 @@ struct CachedRamp {
     int32_t count;                                     // until the weight runs out
     typename Weights::Weight weights[kMaxCached + 4];  // zero behind the last: wide loads read them
 
-    // The first `length` weights of a ramp, whether it ends or not.
+    // Stores the first `length` weights of a ramp, whether it ends there or not.
     void Fill(BlendRamp<Weights> ramp, int32_t length) {
         assert(length <= kMaxCached);
         state = kReady;
@@ -39,7 +38,7 @@ struct CachedRamp {
         }
     }
 
-    // All weights of a ramp, unless they are too many.
+    // Stores all weights of a ramp, unless there are too many.
     void Fill(BlendRamp<Weights> ramp) {
         BlendRamp<Weights> walk = ramp;
         int32_t length = 0;
@@ -72,7 +71,7 @@ public:
         return ramps[ramp];
     }
 
-    // The ramp of a run or a tail, and of a diagonal from kThird or kHalf on.
+    // The uncached ramps of a run, a tail and a diagonal; the latter starts at kThird or kHalf.
     BlendRamp<Weights> Stair(const RunPair& run) const {
         return StairRamp<Weights>(RunSoftness(softness, run), run.length, bias);
     }
@@ -86,7 +85,7 @@ private:
         const RunPair run = RunOfRamp(ramp);
         if (ramp < kTailRamps) return ramps[ramp].Fill(Stair(run));
         if (ramp < kThirdRamps) return ramps[ramp].Fill(Tail(run.length));
-        // Both parts of a fade are in one state, so that they are painted in one way, and of one length.
+        // Both parts of a fade share state and length, so that they are painted the same way.
         Cached& third = ramps[kThirdRamps + run.length - 1];
         Cached& half = ramps[kHalfRamps + run.length - 1];
         third.Fill(Fade(Weights::kThird, run.length));

@@ -1,6 +1,7 @@
 // The scan: visits every flagged pixel once, in row order, decides what kind of edge it stands at, and sends ramps,
-// fades, restores and single blends into the destination. All decisions rest on the edge map, which stays as the image
-// was. A pixel that several visits change is mixed several times, and the order of the scan fixes the result.
+// fades, restores and single blends into the destination. All decisions depend on the edge map alone, which keeps the
+// state of the unchanged image. A pixel that several visits change is mixed several times, and the order of the scan
+// fixes the result.
 #pragma once
 
 #include <cstdint>
@@ -64,7 +65,7 @@ struct StairScan {
         BlendFirst<RestoreRight1, RestoreRight2, RestoreRight3>(x, y);
     }
 
-    // Makes no contact blends: the two edges are unlike on purpose.
+    // Makes no contact blends: the two edges are deliberately treated differently.
     void SmoothDownEdge(int32_t x, int32_t y, bool hasRight, bool& tailRan) {
         SmoothRun<RunDirection::kUp>(x, y, tailRan);
         SmoothRun<RunDirection::kDown>(x, y, tailRan);
@@ -73,7 +74,7 @@ struct StairScan {
         if (hasRight) BlendFirst<RestoreCorner1, RestoreCorner2>(x, y);
     }
 
-    // Averages a lone pixel or the tip of a spike, or else takes a pixel beside a corner most of the way back.
+    // Averages a lone pixel or the tip of a spike; otherwise restores most of a pixel beside a corner.
     void AnalyseCorner(int32_t x, int32_t y) {
         if (IsLonePixelOrSpikeTip(CursorAt(map, x, y))) {
             AverageIsolatedPixel<Format>(job, x, y, weights.neighbourWeight);
@@ -121,7 +122,7 @@ struct StairScan {
         }
     }
 
-    // Measures and fades all four diagonals; returns whether any was faded. One that is doesn't stop the next.
+    // Measures and fades all four diagonals; returns whether any was faded. Several of them can be faded.
     template <const Diagonal (&kDiagonals)[4]>
     bool FadeDiagonals(int32_t x, int32_t y) {
         const bool faded[] = {FadeDiagonal<kDiagonals[0]>(x, y), FadeDiagonal<kDiagonals[1]>(x, y),

@@ -1,6 +1,6 @@
 // The rules by which straight runs and tails are measured. A riser is a vertical piece of edge (flag R), a tread a
-// horizontal one (flag D). A run is the straight piece that leaves a riser or a tread; its length says how far a blend
-// may reach. A tail is the last stretch of a line one pixel thick that ends at the edge.
+// horizontal one (flag D). A run is the straight piece that leaves a riser or a tread; its length limits how far a
+// blend reaches. A tail is the last stretch of a line one pixel thick that ends at the edge.
 //
 // Rules are read at one pixel through a cursor, which also counts: CountCells<dx, dy, tests...>(fromX, fromY) is the
 // number of cells, from that offset on in steps of (dx, dy), at which all tests hold.
@@ -131,7 +131,7 @@ auto HasTail(const Block& block) {
 
 enum class RunDirection { kLeft, kRight, kUp, kDown };
 
-// What is looked for in one direction of an edge: a run, the run on the way back from its far end, and else a tail.
+// What one direction of an edge is searched for: a run and the run back from its far end, or else a tail.
 struct DirectionRules {
     RunScanner forth, back;
     TailRule tail;

@@ -2,6 +2,7 @@
 // (block_planner.h) writes these records from the flags alone; the painter (painter.h) carries them out in one format.
 #pragma once
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 
@@ -77,11 +78,13 @@ enum RampNumber : uint8_t {
 static_assert(static_cast<int>(BlendWeight::kOneSixth) < kStairRamps - kBlendRamps);
 
 constexpr uint8_t StairRampNumber(const RunPair& run) {
+    assert(run.length >= 1 && run.farLength >= kBesideDot);
     if (run.length > kMaxLength || run.farLength > kMaxLength) return kLongRamp;
     return static_cast<uint8_t>(kStairRamps + (run.length - 1) * kFarLengths + run.farLength - kBesideDot);
 }
 // first: kTailRamps, kThirdRamps or kHalfRamps.
 constexpr uint8_t RampNumberOf(RampNumber first, int32_t length) {
+    assert(length >= 1);
     return static_cast<uint8_t>(length > kMaxLength ? static_cast<int32_t>(kLongRamp) : first + length - 1);
 }
 

@@ -20,8 +20,8 @@ PhaseSeconds MeasurePhases(const KernelJob& job) {
     planes.BuildBy(builder);
     for (int32_t y = 0; y < image.height; ++y) planes.Need(y);
     const auto built = Clock::now();
-    struct Discard final : VisitSink {
-        void Perform(const Visit*, int, const RunPair*) override {}
+    struct Discard final : ActionSink {
+        void Perform(const Action*, int, const RunPair*) override {}
     } discard;
     PlanVisits(job, Format::kPixelBytes, planes, discard);
     const auto planned = Clock::now();

@@ -23,7 +23,7 @@ struct ImageView {
     int32_t rowStride;  // bytes from one row to the next; the caller's, not derived from width
 };
 
-// What a kernel is asked to do. Lives on the caller's stack for the length of one call.
+// The parameters of one kernel call. Needs to live only as long as the call.
 struct KernelJob {
     int32_t colorThreshold;  // summed sample difference that makes an edge, on the 8-bit scale; 0..255 from the dialog
     int32_t softness;        // length of the ramps in percent; 0..100 from the dialog

@@ -15,7 +15,7 @@ struct Registers {
     uint32_t a = 0, b = 0, c = 0, d = 0;
 };
 
-// Zeroes for a leaf that the processor doesn't know.
+// Returns zeroes for a leaf that the processor doesn't support.
 Registers Identify(uint32_t leaf) {
     Registers r;
 #ifdef _MSC_VER

@@ -23,20 +23,20 @@ struct KernelSet {
     bool (*runsHere)();             // on this machine
     const DepthKernels* depths[3];  // 8, 16 and 32 bits
 
-    // channels: 1..4; depth: 8, 16 or 32; extra: 0 or 1. The kernel serves views of one size.
+    // channels: 1..4; depth: 8, 16 or 32; extra: 0 or 1. Both views must have the same size.
     Kernel Get(int channels, int depth, int extra) const {
         return (*depths[depth / 16])[static_cast<size_t>((channels - 1) * 2 + extra)];
     }
 };
 
-// The plain form supports every size, the others what IsForBlocks allows.
+// The plain form supports every size, the others only sizes for which IsForBlocks returns true.
 extern const KernelSet kPlainKernels, kBaselineKernels, kAvx2Kernels;
 
-// Narrow images take the plain form: their flags as bits would be mostly guards. So do sides so
-// long that coordinates could overflow where something is added to them.
+// Narrow images use the plain form, since most of their flag bits would be guards. So do images whose sides are so long
+// that adding to a coordinate could overflow.
 bool IsForBlocks(int32_t width, int32_t height);
 
-// The set for images of that size on this machine.
+// The fastest set for images of that size on this machine.
 const KernelSet& FastestKernels(int32_t width, int32_t height);
 
 }  // namespace stairmelt

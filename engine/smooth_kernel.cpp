@@ -1,4 +1,4 @@
-// The named kernels: the frame that all share, and the choice of the form that does the work.
+// The named kernels: their shared checks, and the choice of the form that runs.
 #include "engine/smooth_kernel.h"
 
 #include "engine/kernel_sets.h"

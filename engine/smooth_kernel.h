@@ -4,8 +4,8 @@
 // A kernel takes the stair-stepping off the whole destination image. Samples are 0..255 at depth 8, 0..32768 at
 // depth 16, and floats with 1.0 as white at depth 32. Any values of the job's parameters and any sample values are
 // supported without undefined behaviour and without a write outside the destination. The result of a kernel is exact:
-// it depends on the pixels and parameters alone, not on strides, alignment or the machine. Only where a float isn't a
-// number may it be any such value.
+// it depends on the pixels and parameters alone, not on strides, alignment or the machine. The one
+// exception is NaN: the result is then some NaN, not a particular one.
 //
 // Each returns kKernelDone, kKernelParameterError when the views differ in size, or kKernelMemoryError.
 #pragma once

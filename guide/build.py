@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Puts the users' guide together: build.py --version 1.0.2 OUT.html.
+"""Builds the users' guide: build.py --version 1.0.2 OUT.html.
 
-The guide is one file that needs nothing beside it: the frame with both languages in it and each picture as a data URI.
+The guide is one self-contained file: the frame with both languages in it and each picture as a data URI.
 The same sources give the same bytes. Only the standard library is used.
 """
 
@@ -16,7 +16,7 @@ PLACEHOLDER = re.compile(r"\{\{\s*([^{}]*?)\s*\}\}")
 
 
 class GuideError(Exception):
-    """What keeps the guide from being built, in one line."""
+    """Why the guide can't be built, in one line."""
 
 
 def read_text(path):
@@ -45,23 +45,25 @@ def fill(text, values, pictures):
         if name.startswith("picture "):
             return data_uri(name.removeprefix("picture ").strip(), pictures)
         if name not in values:
-            raise GuideError(f"nothing is known to fill in for {match[0]}")
+            raise GuideError(f"unknown placeholder: {match[0]}")
         return values[name]
 
     filled = PLACEHOLDER.sub(value_of, text)
     for remains in ("{{", "}}"):
         if remains in filled:
             line = filled[: filled.index(remains)].count("\n") + 1
-            raise GuideError(f"a placeholder isn't whole: {remains} in line {line}")
+            raise GuideError(f"incomplete placeholder: {remains} in line {line}")
     return filled
 
 
 def build(version, folder=FOLDER):
-    """The guide's text. Pictures stand in the project's sample folder, beside the guide's."""
+    """The guide's text. The pictures are in the project's sample folder."""
     values = {"version": version}
     pictures = folder.parent / "sample"
     for language in ("english", "japanese"):
-        values[language] = fill(read_text(folder / f"{language}.html"), values, pictures)
+        text = fill(read_text(folder / f"{language}.html"), values, pictures)
+        # A browser would break an option's name after its hyphens.
+        values[language] = re.sub(r"<code>(?=[^<\s]{1,24}</code>)", '<code class="whole">', text)
     return fill(read_text(folder / "frame.html"), values, pictures)
 
 

@@ -48,15 +48,12 @@ std::string BlockStore::NameOf(const void* identity) const {
     return "unknown";
 }
 
-char* BlockStore::Lock(MovableBlock& block, bool moveHigh) {
-    ++block.locks;
+char* BlockStore::Lock(MovableBlock& block) {
     block.isLocked = true;
-    block.movedHigh = moveHigh;
     return block.inner;
 }
 
 void BlockStore::Unlock(MovableBlock& block) {
-    ++block.unlocks;
     if (!block.isLocked) return;
     block.isLocked = false;
     Resize(block, block.memory.Size());

@@ -18,9 +18,6 @@ struct MovableBlock {
     std::string name;  // "handle #1": by the order in which they were made
     bool isLive = true;
     bool isLocked = false;  // one unlock undoes any number of locks
-    int locks = 0;          // calls so far
-    int unlocks = 0;
-    bool movedHigh = false;  // the last lock's argument
 };
 
 struct BlockStore {
@@ -37,7 +34,7 @@ struct BlockStore {
     std::string NameOf(const void* identity) const;
 
     // Pins the block and returns its address.
-    char* Lock(MovableBlock& block, bool moveHigh);
+    char* Lock(MovableBlock& block);
 
     // Undoes all locks and moves a block that was locked.
     void Unlock(MovableBlock& block);

@@ -30,7 +30,7 @@ Ptr LockBuffer(BufferID id, Boolean moveHigh) {
     const std::string line = "buffer.lockProc " + Blocks().NameOf(id) + (moveHigh ? "" : " low");
     if (LogFallible(line, &CurrentHost().failures.bufferLock)) return nullptr;
     MovableBlock* block = Blocks().Find(id, "buffer.lockProc");
-    return block ? Blocks().Lock(*block, moveHigh != 0) : nullptr;
+    return block ? Blocks().Lock(*block) : nullptr;
 }
 
 void UnlockBuffer(BufferID id) {
@@ -43,12 +43,10 @@ void FreeBuffer(BufferID id) {
     if (MovableBlock* block = Blocks().Find(id, "buffer.freeProc")) Blocks().Dispose(*block);
 }
 
-void UnknownRoutine() { ReportFault("a buffer routine that this host doesn't have"); }
-
 }  // namespace
 
 FakeBuffers::FakeBuffers() {
-    FillSlots(procs, UnknownRoutine);
+    FillSlots(procs);
     procs.bufferProcsVersion = 2;
     procs.numBufferProcs = 8;
     procs.allocateProc = AllocateBuffer;

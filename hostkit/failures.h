@@ -34,14 +34,11 @@ struct Failures {
     // The advance answers with the code and does nothing.
     Countdown advanceState = 0;
     OSErr advanceStateCode = kUserCanceledErr;
-    bool abort = false;  // the user holds the escape key: abortProc and testAbort say so
 
     // Script descriptors.
     Countdown openRead = 0;
-    Countdown getInteger = 0;
-    OSErr getIntegerCode = kCoercedParamErr;  // given together with the value
-    std::optional<OSErr> closeReadCode;       // instead of the worst error of the reading
-    bool missingKeysAreErrors = false;        // closing counts a listed key that didn't turn up as an error
+    Countdown getInteger = 0;            // gives kCoercedParamErr together with the value
+    std::optional<OSErr> closeReadCode;  // instead of the worst error of the reading
     Countdown openWrite = 0;
     Countdown putInteger = 0;
 

@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "hostkit/slots.h"
+
 namespace stairmelt {
 namespace {
 
@@ -90,8 +92,6 @@ void CheckRegions(const std::vector<Region>& regions, int16_t selector) {
             ReportFault("selector " + std::to_string(selector) + " changed " + region.name);
 }
 
-void HostPrivate(int16_t selector, intptr_t*) { LogCall("hostProc " + std::to_string(selector)); }
-
 void AppendHeld(std::string& text, const BlockStore& store) {
     for (const MovableBlock& block : store.made) {
         if (block.isLive) text += block.name + (block.isLocked ? " locked\n" : "\n");
@@ -143,10 +143,10 @@ void FakeHost::BeginRun() {
     record.errorString = &errorString;
     record.plugInRef = this;
 
-    record.abortProc = TestAbort;
     record.progressProc = failures.noProgressProc ? nullptr : ShowProgress;
-    record.hostProc = HostPrivate;
-    record.processEvent = ProcessEvent;
+    record.abortProc = Uncalled<TestAbortProc>();
+    record.hostProc = Uncalled<HostProc>();
+    record.processEvent = Uncalled<ProcessEventProc>();
     record.advanceState = failures.noAdvanceState ? nullptr : AdvanceState;
     record.displayPixels = failures.noDisplayPixels ? nullptr : DisplayPixels;
     record.handleProcs = failures.noHandleProcs ? nullptr : &handles.procs;
@@ -240,7 +240,6 @@ std::string FakeHost::StillHeld() const {
     if (const int count = script.CountOpenTokens()) text += std::to_string(count) + " open descriptor tokens\n";
     for (const auto& [name, count] : suites.held)
         if (count) text += "suite " + name + " acquired " + std::to_string(count) + "\n";
-    if (suites.blocks) text += std::to_string(suites.blocks) + " blocks\n";
     return text;
 }
 

@@ -31,7 +31,7 @@ Ptr LockHandle(Handle handle, Boolean moveHigh) {
     const std::string line = "lockProc " + Blocks().NameOf(handle) + (moveHigh ? "" : " low");
     if (LogFallible(line, &CurrentHost().failures.lockProc)) return nullptr;
     MovableBlock* block = Blocks().Find(handle, "lockProc");
-    return block ? Blocks().Lock(*block, moveHigh != 0) : nullptr;
+    return block ? Blocks().Lock(*block) : nullptr;
 }
 
 void UnlockHandle(Handle handle) {
@@ -39,12 +39,10 @@ void UnlockHandle(Handle handle) {
     if (MovableBlock* block = Blocks().Find(handle, "unlockProc")) Blocks().Unlock(*block);
 }
 
-void UnknownRoutine() { ReportFault("a handle routine that this host doesn't have"); }
-
 }  // namespace
 
 FakeHandles::FakeHandles() {
-    FillSlots(procs, UnknownRoutine);
+    FillSlots(procs);
     procs.handleProcsVersion = 1;
     procs.numHandleProcs = 8;
     procs.newProc = NewHandle;

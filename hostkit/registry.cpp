@@ -85,17 +85,9 @@ OSErr Register(const char* key, PIActionDescriptor descriptor, Boolean isPersist
     CurrentHost().suites.RequireAcquired(kDescriptorRegistrySuite, "Register");
     const HostActionDescriptor* live = Live(descriptor, "Register");
     if (!live || fails) return kParamErr;
-    Registry().persistent.erase(key);
-    Registry().passing.erase(key);
-    (isPersistent ? Registry().persistent : Registry().passing)[key] = live->values;
+    if (!isPersistent) ReportFault("values registered for this session alone");
+    Registry().persistent[key] = live->values;
     return kNoErr;
-}
-
-OSErr Erase(const char* key) {
-    const bool fails = LogFallible(std::string("Erase ") + key);
-    CurrentHost().suites.RequireAcquired(kDescriptorRegistrySuite, "Erase");
-    if (fails) return kParamErr;
-    return Registry().persistent.erase(key) + Registry().passing.erase(key) > 0 ? kNoErr : kErrMissingParameter;
 }
 
 OSErr Get(const char* key, PIActionDescriptor* descriptor) {
@@ -103,21 +95,19 @@ OSErr Get(const char* key, PIActionDescriptor* descriptor) {
     CurrentHost().suites.RequireAcquired(kDescriptorRegistrySuite, "Get");
     if (!descriptor || fails) return kParamErr;
     *descriptor = nullptr;
-    for (const auto* stored : {&Registry().persistent, &Registry().passing}) {
-        const auto found = stored->find(key);
-        if (found == stored->end()) continue;
+    const auto found = Registry().persistent.find(key);
+    if (found != Registry().persistent.end())
         *descriptor = &Registry().descriptors.emplace_back(HostActionDescriptor{found->second});
-        break;
-    }
     return kNoErr;
 }
 
-void UnknownMember() { ReportFault("a member of the descriptor suite that this host doesn't have"); }
-
 }  // namespace
 
-FakeRegistry::FakeRegistry() : registryProcs{Register, Erase, Get} {
-    FillSlots(descriptorProcs, UnknownMember);
+FakeRegistry::FakeRegistry() {
+    FillSlots(registryProcs);
+    registryProcs.Register = Register;
+    registryProcs.Get = Get;
+    FillSlots(descriptorProcs);
     descriptorProcs.Make = Make;
     descriptorProcs.Free = Free;
     descriptorProcs.HasKey = HasKey;

@@ -28,9 +28,7 @@ struct FakeRegistry {
     PSActionDescriptorProcs descriptorProcs{};
     std::deque<HostActionDescriptor> descriptors;
 
-    // What is stored, by the string under which it was registered. Only the persistent part outlives the host.
-    std::map<std::string, StoredValues> persistent;
-    std::map<std::string, StoredValues> passing;
+    std::map<std::string, StoredValues> persistent;  // by the string under which they were registered
 
     int CountLiveDescriptors() const;
 };

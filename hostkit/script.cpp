@@ -86,7 +86,7 @@ OSErr GetInteger(PIReadDescriptor token, int32_t* result) {
     }
     const ScriptValue& value = reading->values[reading->next - 1];
     const bool fails = LogFallible("getIntegerProc " + CodeText(value.key));
-    OSErr code = Fires(failures.getInteger) ? failures.getIntegerCode : kNoErr;
+    OSErr code = Fires(failures.getInteger) ? kCoercedParamErr : kNoErr;
     if (value.type == kTypeInteger && !fails)
         *result = value.value;
     else
@@ -102,9 +102,6 @@ OSErr CloseRead(PIReadDescriptor token) {
     if (!reading) return kParamErr;
     reading->isOpen = false;
     if (fails) NoteResult(*reading, kMemFullErr);
-    if (failures.missingKeysAreErrors)
-        for (const DescriptorKeyID* listed = reading->keys; listed && *listed; ++listed)
-            if (*listed != kFoundKey) NoteResult(*reading, kErrMissingParameter);
     return failures.closeReadCode.value_or(reading->worst);
 }
 
@@ -143,13 +140,10 @@ void DisposeOf(Handle handle) {
     if (MovableBlock* block = blocks.Find(handle, "taking the record")) blocks.Dispose(*block);
 }
 
-void UnknownReadRoutine() { ReportFault("a read routine that this host doesn't have"); }
-void UnknownWriteRoutine() { ReportFault("a write routine that this host doesn't have"); }
-
 }  // namespace
 
 FakeScript::FakeScript() {
-    FillSlots(readProcs, UnknownReadRoutine);
+    FillSlots(readProcs);
     readProcs.readDescriptorProcsVersion = 0;
     readProcs.numReadDescriptorProcs = 18;
     readProcs.openReadDescriptorProc = OpenRead;
@@ -157,7 +151,7 @@ FakeScript::FakeScript() {
     readProcs.getKeyProc = GetKey;
     readProcs.getIntegerProc = GetInteger;
 
-    FillSlots(writeProcs, UnknownWriteRoutine);
+    FillSlots(writeProcs);
     writeProcs.writeDescriptorProcsVersion = 0;
     writeProcs.numWriteDescriptorProcs = 16;
     writeProcs.openWriteDescriptorProc = OpenWrite;

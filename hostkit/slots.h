@@ -1,4 +1,4 @@
-// Filling a table of routines of which only some exist.
+// Slots for routines that a filter has no need to call: calling one is reported as a fault.
 #pragma once
 
 #include <algorithm>
@@ -7,16 +7,28 @@
 #include <type_traits>
 
 #include "host/filter_api.h"
+#include "hostkit/call_log.h"
 
 namespace stairmelt {
 
-// Puts `routine` in every slot of the table, its head of version and count included; the caller then sets what is
-// known. The routine can be called through any member's type, since it takes nothing and its caller cleans the stack.
+// Can be called through any routine's type, since it takes nothing and its caller cleans the stack.
+inline void ReportUncalled() { ReportFault("call of a routine that a filter has no need for"); }
+
+template <class Routine>
+Routine Uncalled() {
+    const UnusedSlot routine = ReportUncalled;
+    Routine slot;
+    static_assert(sizeof(slot) == sizeof(routine));
+    std::memcpy(&slot, &routine, sizeof(slot));
+    return slot;
+}
+
+// Fills the table, its head of version and count included; the caller then sets what there is.
 template <class Table>
-void FillSlots(Table& table, UnusedSlot routine) {
+void FillSlots(Table& table) {
     static_assert(std::is_trivially_copyable_v<Table> && sizeof(Table) % sizeof(UnusedSlot) == 0);
     UnusedSlot slots[sizeof(Table) / sizeof(UnusedSlot)];
-    std::fill(std::begin(slots), std::end(slots), routine);
+    std::fill(std::begin(slots), std::end(slots), ReportUncalled);
     std::memcpy(&table, slots, sizeof(slots));
 }
 

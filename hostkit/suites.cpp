@@ -1,10 +1,8 @@
 #include "hostkit/suites.h"
 
-#include <cstdlib>
-#include <cstring>
-
 #include "hostkit/call_log.h"
 #include "hostkit/fake_host.h"
+#include "hostkit/slots.h"
 
 namespace stairmelt {
 namespace {
@@ -53,34 +51,13 @@ SPErr ReleaseSuite(const char* name, int32_t version) {
     return fails ? kSPBadParameter : kSPNoError;
 }
 
-SPBoolean IsEqual(const char* first, const char* second) {
-    if (!first || !second) return first == second;
-    return std::strcmp(first, second) == 0;
-}
-
-SPErr ReallocateBlock(void* block, size_t newSize, void** newBlock) {
-    if (!newBlock) return kSPBadParameter;
-    void* moved = std::realloc(block, newSize ? newSize : 1);
-    if (!moved) return kSPOutOfMemory;
-    if (!block) ++CurrentHost().suites.blocks;
-    *newBlock = moved;
-    return kSPNoError;
-}
-
-SPErr AllocateBlock(size_t size, void** block) { return ReallocateBlock(nullptr, size, block); }
-
-SPErr FreeBlock(void* block) {
-    if (block) --CurrentHost().suites.blocks;
-    std::free(block);
-    return kSPNoError;
-}
-
-SPErr Undefined() { return kSPNotImplemented; }
-
 }  // namespace
 
-FakeSuites::FakeSuites()
-    : basic{AcquireSuite, ReleaseSuite, IsEqual, AllocateBlock, FreeBlock, ReallocateBlock, Undefined} {}
+FakeSuites::FakeSuites() {
+    FillSlots(basic);
+    basic.AcquireSuite = AcquireSuite;
+    basic.ReleaseSuite = ReleaseSuite;
+}
 
 void FakeSuites::RequireAcquired(const char* name, const std::string& caller) {
     const auto found = held.find(name);

@@ -13,7 +13,6 @@ struct FakeSuites {
 
     SPBasicSuite basic{};
     std::map<std::string, int> held;  // acquired and not yet released, by name; only suites that were ever acquired
-    int blocks = 0;                   // of AllocateBlock, not yet freed
 
     // Reports a call of a member of a suite that isn't held.
     void RequireAcquired(const char* name, const std::string& caller);

@@ -1,11 +1,10 @@
 #include "hostkit/ui_services.h"
 
-#include <chrono>
-
 #include "hostkit/call_log.h"
 #include "hostkit/fake_host.h"
 #include "hostkit/map_colors.h"
 #include "hostkit/screen.h"
+#include "hostkit/slots.h"
 
 namespace stairmelt {
 namespace {
@@ -26,8 +25,6 @@ std::vector<uint8_t> CopySamples(const PSPixelMap& map, const VRect& part) {
     return samples;
 }
 
-intptr_t MainAppWindow() { return CurrentHost().platform.hwnd; }
-
 SPErr SetCursorByName(const char* name) {
     const bool fails = LogFallible(std::string("SetCursor ") + (name ? name : "none"));
     static const char* const kKnown[] = {kCursorArrow, kCursorHand};
@@ -39,19 +36,13 @@ SPErr SetCursorByName(const char* name) {
     return kSPNoError;
 }
 
-uint32_t TickCount() {
-    using Sixtieths = std::chrono::duration<int64_t, std::ratio<1, 60>>;
-    return static_cast<uint32_t>(
-        std::chrono::duration_cast<Sixtieths>(std::chrono::steady_clock::now().time_since_epoch()).count());
-}
-
-SPErr GetPluginName(void*, void*) { return kSPNotImplemented; }
-
 }  // namespace
 
-FakeUi::FakeUi()
-    : hooks{ProcessEvent,  DisplayPixels,   ShowProgress, TestAbort,
-            MainAppWindow, SetCursorByName, TickCount,    GetPluginName} {}
+FakeUi::FakeUi() {
+    FillSlots(hooks);
+    hooks.displayPixels = DisplayPixels;
+    hooks.SetCursor = SetCursorByName;
+}
 
 OSErr DisplayPixels(const PSPixelMap* map, const VRect* part, int32_t row, int32_t column, void* context) {
     FakeHost& host = CurrentHost();
@@ -89,12 +80,5 @@ OSErr DisplayPixels(const PSPixelMap* map, const VRect* part, int32_t row, int32
 void ShowProgress(int32_t done, int32_t total) {
     LogCall("progressProc " + std::to_string(done) + " " + std::to_string(total));
 }
-
-Boolean TestAbort() {
-    LogCall("abortProc");
-    return CurrentHost().failures.abort;
-}
-
-void ProcessEvent(void*) { LogCall("processEvent"); }
 
 }  // namespace stairmelt

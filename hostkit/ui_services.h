@@ -34,7 +34,5 @@ struct FakeUi {
 // What the record and the suite point at. Draws into the device context on Windows; elsewhere it only notes the call.
 OSErr DisplayPixels(const PSPixelMap* map, const VRect* part, int32_t row, int32_t column, void* context);
 void ShowProgress(int32_t done, int32_t total);
-Boolean TestAbort();
-void ProcessEvent(void* event);
 
 }  // namespace stairmelt

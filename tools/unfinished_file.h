@@ -1,5 +1,6 @@
-// A file that is written beside its place and takes it when it is finished. Otherwise it goes away, however the program
-// ends: on Windows it is the system that deletes it. Functions throw ToolError.
+// A file that is written next to its place and moved there once it is finished. Until then it is deleted however the
+// program ends: on Windows the system does it. A symbolic link stays a link, and its target is replaced. Functions throw
+// ToolError.
 #pragma once
 
 #include <cstdint>
@@ -11,8 +12,8 @@ namespace stairmelt {
 
 class UnfinishedFile {
 public:
-    // Beside `place`, with something behind its name. A file that is left over from a program that ended between the
-    // last two steps of Finish, each a single call of the system, is taken over.
+    // Named like `place` with a suffix. Overwrites a file of that name left by a program that was killed between the
+    // last two steps of Finish, each of which is a single system call.
     explicit UnfinishedFile(const std::filesystem::path& place);
     ~UnfinishedFile();
     UnfinishedFile(const UnfinishedFile&) = delete;

@@ -15,7 +15,9 @@ struct UnfinishedFile::Handle {
 };
 
 UnfinishedFile::UnfinishedFile(const fs::path& place) : place_(place), handle_(std::make_unique<Handle>()) {
-    handle_->path = place;
+    std::error_code error;
+    if (const fs::path target = fs::canonical(place, error); !error) place_ = target;
+    handle_->path = place_;
     handle_->path += ".unfinished";
     handle_->stream.open(handle_->path, std::ios::binary | std::ios::trunc);
     if (!handle_->stream) throw ToolError("can't be written: its directory is missing or doesn't allow it");

@@ -24,9 +24,29 @@ struct UnfinishedFile::Handle {
     }
 };
 
-UnfinishedFile::UnfinishedFile(const fs::path& place) : place_(place) {
+namespace {
+
+// The full path of the file, with links followed. Wine shows no links, but does say where they lead.
+fs::path FollowLinks(const fs::path& place) {
+    constexpr DWORD kMaxPath = 32768;  // characters
+    std::wstring target(kMaxPath, L'\0');
+    DWORD length = 0;
+    const HANDLE handle = CreateFileW(place.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                      OPEN_EXISTING, 0, nullptr);
+    if (handle != INVALID_HANDLE_VALUE) {
+        length = GetFinalPathNameByHandleW(handle, target.data(), kMaxPath, 0);  // some drives' drivers can't tell
+        CloseHandle(handle);
+    }
+    if (length == 0 || length > kMaxPath) return fs::absolute(place).make_preferred();
+    target.resize(length);
+    return target;
+}
+
+}  // namespace
+
+UnfinishedFile::UnfinishedFile(const fs::path& place) : place_(FollowLinks(place)) {
     for (int i = 0;; ++i) {
-        fs::path beside = place;
+        fs::path beside = place_;
         beside += ".unfinished" + (i == 0 ? "" : std::to_string(i));
         const HANDLE handle =
             CreateFileW(beside.c_str(), GENERIC_WRITE | DELETE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
@@ -59,7 +79,7 @@ void UnfinishedFile::Write(std::span<const uint8_t> bytes) {
 }
 
 void UnfinishedFile::Finish() {
-    const std::wstring name = fs::absolute(place_).make_preferred().wstring();
+    const std::wstring& name = place_.native();
     std::vector<uint8_t> memory(sizeof(FILE_RENAME_INFO) + name.size() * sizeof(wchar_t));
     auto* const rename = reinterpret_cast<FILE_RENAME_INFO*>(memory.data());  // zeroed
     rename->ReplaceIfExists = TRUE;

@@ -6,9 +6,9 @@
 
 #include "host/dll_main.h"
 #include "resources/resource_ids.h"
+#include "resources/version_numbers.h"
 #include "ui/placement.h"
 #include "ui/ui_strings.h"
-#include "ui/version.h"
 
 namespace stairmelt {
 
@@ -28,17 +28,17 @@ void PlaceAboutBox(HWND dialog) {
 INT_PTR OnInitDialog(HWND dialog) {
     PlaceAboutBox(dialog);
     char build[32] = "";
-    // Only while the box opens: Shift pressed later changes nothing.
-    if (GetKeyState(VK_SHIFT) < 0) std::snprintf(build, sizeof build, " (build:%d)", kVersionBuild);
+    // Read once, while the box opens: pressing Shift later has no effect.
+    if (GetKeyState(VK_SHIFT) < 0) std::snprintf(build, sizeof build, " (build:%d)", VERSION_BUILD);
     char version[256];
-    std::snprintf(version, sizeof version, "Version %d.%d.%d%s%s", kVersionMajor, kVersionMinor, kVersionRevision,
-                  kVersionEdition, build);
+    std::snprintf(version, sizeof version, "Version %d.%d.%d (DEMO)%s", VERSION_MAJOR, VERSION_MINOR, VERSION_REVISION,
+                  build);
     SetDlgItemTextA(dialog, IDC_ABOUT_VERSION, version);
     SetDlgItemTextA(dialog, IDC_ABOUT_COPYRIGHT, UiString(kStringCopyright));
     return 1;
 }
 
-// The box has no button: Escape, Close and a click anywhere end it.
+// The box has no button: Escape, Close and a left click anywhere close it.
 INT_PTR CALLBACK AboutDialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM) {
     switch (message) {
         case WM_INITDIALOG: return OnInitDialog(dialog);

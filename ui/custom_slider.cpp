@@ -29,7 +29,7 @@ struct CustomSliderState {
     HWND buddyEdit = nullptr;
 };
 
-// By window. The window's own user data holds the procedure that the dialog's subclassing replaced.
+// By window. The window's user data is not available: the dialog's subclassing keeps the replaced procedure there.
 using SliderRegistry = std::map<HWND, CustomSliderState*>;
 
 SliderRegistry& Registry() {
@@ -37,7 +37,7 @@ SliderRegistry& Registry() {
     return registry;
 }
 
-// A window that isn't known yet gets an entry without a state: those are the messages before WM_CREATE.
+// An unknown window gets an entry with no state; that covers the messages before WM_CREATE.
 CustomSliderState*& EntryOf(HWND slider) { return Registry()[slider]; }
 
 // ---- Geometry ----
@@ -68,7 +68,7 @@ void DrawLines(HDC dc, HPEN pen, const Line (&points)[kCount]) {
     for (size_t i = 1; i < kCount; ++i) LineTo(dc, points[i].x, points[i].y);
 }
 
-// Made once for the process, and never deleted.
+// Created once per process and never deleted.
 HBRUSH FocusBrush() {
     static const HBRUSH brush = CreateSolidBrush(0);
     return brush;
@@ -80,7 +80,7 @@ void DrawGroove(HDC dc, int last, HPEN light, HPEN shadow, HPEN black) {
     DrawLines(dc, black, {{7, 5}, {7, 1}, {last - 7, 1}, {last - 7, 5}, {7, 5}});
 }
 
-// A house that points up, with a bevel inside.
+// A house pointing up, with a bevel inside.
 void DrawThumb(HDC dc, int x, HBRUSH fill, HPEN light, HPEN shadow, HPEN black) {
     const POINT house[] = {{x, 0}, {x - 6, 6}, {x - 6, 12}, {x + 6, 12}, {x + 6, 6}};
     SelectObject(dc, black);
@@ -100,7 +100,7 @@ void Draw(HDC dc, HWND slider, const CustomSliderState& state) {
     const HGDIOBJ oldBrush = SelectObject(dc, GetStockObject(BLACK_BRUSH));
     const HGDIOBJ oldPen = SelectObject(dc, GetStockObject(BLACK_PEN));
 
-    // The bottom only has to cover the control; a screen coordinate does, but for screens above the first one.
+    // The bottom only has to cover the control; a screen coordinate does, except on a monitor above the primary one.
     const RECT all = {0, 0, width, std::max<LONG>(window.top + 15, window.bottom - window.top)};
     FillRect(dc, &all, face);
     DrawGroove(dc, width - 1, light, shadow, black);
@@ -122,7 +122,7 @@ LRESULT OnPaint(HWND slider, CustomSliderState& state) {
     return 0;
 }
 
-// Redraws the strip between the old and the new thumb, at once, so that the thumb keeps up with the mouse while the
+// Redraws the strip between the old and the new thumb immediately, so that the thumb keeps up with the mouse while the
 // parent works.
 void RedrawThumb(HWND slider, const CustomSliderState& state) {
     const RECT window = WindowRect(slider);
@@ -130,7 +130,7 @@ void RedrawThumb(HWND slider, const CustomSliderState& state) {
     const SliderStrip strip =
         StripBetween(StripThumbX(state.paintedValue, width, state.range), StripThumbX(state.value, width, state.range),
                      std::max<int32_t>(window.right, width));
-    // The limits only have to be large enough; screen coordinates are, but for screens left of or above the first one.
+    // The limits only have to be large enough; screen coordinates are, except left of or above the primary monitor.
     const RECT rect = {strip.left, 0, strip.right, std::max<LONG>(window.bottom, window.bottom - window.top)};
     InvalidateRect(slider, &rect, FALSE);
     SendMessageA(slider, WM_PAINT, 0, 0);
@@ -140,7 +140,7 @@ void RedrawThumb(HWND slider, const CustomSliderState& state) {
 // ---- Position and drag ----
 
 LRESULT OnSetPos(HWND slider, CustomSliderState& state, int32_t position) {
-    // Compared before it is limited: a position out of range always redraws.
+    // Compared before clamping: a position out of range always redraws.
     if (position == state.value) return 0;
     state.value = state.range.Clamp(position);
     RedrawThumb(slider, state);
@@ -158,7 +158,7 @@ void TrackMouse(HWND slider, CustomSliderState& state, int32_t x) {
     if (HasBuddyFocus(state)) {
         RedrawThumb(slider, state);
     } else {
-        SetFocus(state.buddyEdit);  // whose subclass has the thumb redrawn
+        SetFocus(state.buddyEdit);  // its subclass procedure then redraws the thumb
     }
 }
 
@@ -169,7 +169,7 @@ void OnLButtonDown(HWND slider, CustomSliderState& state, int32_t x) {
     state.dragging = true;
 }
 
-// The preview has followed every move already.
+// No render here: the preview has followed every move.
 void FinishDrag(HWND slider, CustomSliderState& state) {
     ReleaseCapture();
     state.dragging = false;
@@ -229,7 +229,7 @@ LRESULT CALLBACK CustomSliderProc(HWND slider, UINT message, WPARAM wParam, LPAR
             return HandleMessage(slider, *state, message, wParam, lParam);
         }
     } catch (const std::bad_alloc&) {
-        // No room for an entry: the message goes on as if the window weren't known.
+        // No memory for an entry: the message gets the default handling.
     }
     return DefWindowProcA(slider, message, wParam, lParam);
 }

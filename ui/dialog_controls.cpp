@@ -19,7 +19,7 @@ const ParameterControls kParameterControls[kParameterCount] = {
 namespace {
 
 struct NumberText {
-    char characters[12];  // the longest number, its sign and the end
+    char characters[12];  // the longest number with its sign and terminator
 
     explicit NumberText(int32_t value) { std::snprintf(characters, sizeof characters, "%d", static_cast<int>(value)); }
 };
@@ -72,7 +72,7 @@ void SetEditValue(HWND dialog, int editId, int32_t value, bool selectAll, int32_
         if (selectAll) SendDlgItemMessageA(dialog, editId, EM_SETSEL, 0, -1);
         return;
     }
-    // Only what is typed over can be undone: the old text is set, and the new one replaces it.
+    // An edit box can only undo a replaced selection, so the old text is set first and then replaced.
     SetEditText(dialog, editId, previousValue);
     const NumberText text(value);
     SendDlgItemMessageA(dialog, editId, EM_SETSEL, 0, -1);
@@ -83,7 +83,7 @@ void SetEditValue(HWND dialog, int editId, int32_t value, bool selectAll, int32_
 int32_t EditNumber(HWND dialog, int editId) {
     char text[256] = "";
     GetDlgItemTextA(dialog, editId, text, sizeof text);
-    // As atoi reads it, but with every text defined: a number beyond the type stays at its end.
+    // Reads like atoi, but a number out of range is clamped instead of undefined.
     return static_cast<int32_t>(std::strtol(text, nullptr, 10));
 }
 

@@ -1,4 +1,4 @@
-// The parameter dialog's controls: which belong together, and how values get into and out of them.
+// The parameter dialog's controls: which ones belong together, and how to read and set their values.
 #pragma once
 
 #include <windows.h>
@@ -9,7 +9,7 @@
 
 namespace stairmelt {
 
-// A parameter's slider and edit box, which show the same value.
+// The slider and edit box of one parameter; both show the same value.
 struct ParameterControls {
     int sliderId, editId;
     int32_t min, max;
@@ -19,29 +19,29 @@ struct ParameterControls {
 constexpr int kParameterCount = 3;
 extern const ParameterControls kParameterControls[kParameterCount];  // color threshold, softness, bias
 
-// The row of a slider or an edit box; null for any other id.
+// The parameter of a slider or an edit box; null for any other id.
 const ParameterControls* ControlsOfSlider(int sliderId);
 const ParameterControls* ControlsOfEdit(int editId);
-// The row of the edit box that has the keyboard focus; null if none has.
+// The parameter whose edit box has the keyboard focus; null if none has.
 const ParameterControls* ControlsWithFocus();
 
 int32_t SliderPosition(HWND dialog, int sliderId);
-void SetSliderPosition(HWND dialog, int sliderId, int32_t position);  // the slider limits it
+void SetSliderPosition(HWND dialog, int sliderId, int32_t position);  // the slider clamps it
 
-// Prepares a slider and its edit box. The low bound is 0 whatever `min` says.
+// Initialises a slider and its edit box. The lower bound is always 0, whatever `min` says.
 void SetupSlider(HWND dialog, int sliderId, int editId, int32_t min, int32_t max, int32_t value);
 
 constexpr int32_t kNoPreviousValue = -1;
 
-// Sets an edit box's text, and selects it on demand. With a previous value of 0 or more it also leaves one undo step
-// back to that.
+// Sets an edit box's text and, on request, selects it. With a selection and a previous value of 0 or more, one undo
+// returns to that value.
 void SetEditValue(HWND dialog, int editId, int32_t value, bool selectAll, int32_t previousValue);
 
-// The number in an edit box, read as far as it goes; 0 if there is none.
+// The number at the start of an edit box's text, or 0 if there is none.
 int32_t EditNumber(HWND dialog, int editId);
 
-// Steps a parameter from its slider's position or its text: the slider limits the new number, and the edit box shows
-// what came of it, selected.
+// Sets a parameter to a number stepped from its slider or its text: the slider clamps it, and the edit box shows the
+// result, selected.
 void StepParameter(HWND dialog, const ParameterControls& controls, int32_t number);
 
 // The positions of the three sliders.

@@ -7,7 +7,7 @@ namespace stairmelt {
 
 namespace {
 
-// The key as which the dialog gets it; 0 if it stays with the control.
+// The key that the dialog receives instead; 0 if the key stays with the control.
 WPARAM ForwardedKey(WPARAM key, bool isEdit) {
     if (isEdit) return key == VK_UP || key == VK_DOWN ? key : 0;
     switch (key) {
@@ -49,7 +49,7 @@ LRESULT CALLBACK ChildSubclassProc(HWND child, UINT message, WPARAM wParam, LPAR
 BOOL CALLBACK SubclassChild(HWND child, LPARAM) {
     const LONG_PTR ours = reinterpret_cast<LONG_PTR>(ChildSubclassProc);
     const LONG_PTR procedure = GetWindowLongPtrA(child, GWLP_WNDPROC);
-    if (procedure == ours) return TRUE;  // or it would call itself for ever
+    if (procedure == ours) return TRUE;  // subclassed twice, it would call itself forever
     SetWindowLongPtrA(child, GWLP_WNDPROC, ours);
     SetWindowLongPtrA(child, GWLP_USERDATA, procedure);
     return TRUE;

@@ -6,7 +6,7 @@ namespace stairmelt {
 
 namespace {
 
-DialogObject* gDialogObject = nullptr;  // of the dialog that is open
+DialogObject* gDialogObject = nullptr;  // of the open dialog
 
 void CentreDialog(HWND dialog) {
     HWND parent = GetParent(dialog);

@@ -1,18 +1,18 @@
-// A general dialog procedure, exported for dialogs that come with an object of their own. None of this build's does.
+// A general dialog procedure, exported for dialogs that bring an object of their own. No dialog of this build does.
 #pragma once
 
 #include <windows.h>
 
 namespace stairmelt {
 
-// What such a dialog passes as the lParam of WM_INITDIALOG; it stays the caller's. The order of the virtual functions
-// is part of the interface.
+// Passed by such a dialog as the lParam of WM_INITDIALOG; the caller keeps ownership. The order of the virtual
+// functions is part of the interface.
 class DialogObject {
 public:
     virtual void Reserved() = 0;  // never called
     virtual void OnInit() = 0;
     virtual void OnCommand(WORD item, WORD notification, LPARAM lParam) = 0;
-    virtual void OnMessage(UINT message, WPARAM wParam, LPARAM lParam) = 0;  // all but the messages of the others
+    virtual void OnMessage(UINT message, WPARAM wParam, LPARAM lParam) = 0;  // all other messages
 
     HWND window = nullptr;  // filled in before OnInit
 
@@ -22,5 +22,5 @@ protected:
 
 }  // namespace stairmelt
 
-// Serves one dialog at a time. Exported by its plain name.
+// Handles one dialog at a time. Exported under its undecorated name.
 extern "C" INT_PTR CALLBACK GenericProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam);

@@ -20,7 +20,7 @@ namespace stairmelt {
 
 namespace {
 
-// The pointer in client coordinates; 0, 0 if the system doesn't tell.
+// The pointer in client coordinates; 0, 0 if the system does not report it.
 POINT PointerIn(HWND window) {
     POINT position;
     if (!GetCursorPos(&position)) return {0, 0};
@@ -30,7 +30,7 @@ POINT PointerIn(HWND window) {
 
 bool PointInPreview(HWND dialog) {
     const POINT position = PointerIn(dialog);
-    return StateOf(dialog) != nullptr && IsInPane(position.x, position.y);
+    return IsInPane(position.x, position.y);
 }
 
 // ---- Life ----
@@ -49,13 +49,18 @@ INT_PTR OnInitDialog(HWND dialog) {
     if (StateOf(dialog) != nullptr) return 1;  // a stray message, not the system's
     PlaceDialog(dialog);
     const ViewParams values = {gParameterBlock->colorThreshold, gParameterBlock->softness, gParameterBlock->bias};
-    // There is no state yet, so that what the edit boxes report of this reaches nothing.
+    // There is no state yet, so the edit boxes' change notifications are dropped.
     for (const ParameterControls& controls : kParameterControls) {
         SetupSlider(dialog, controls.sliderId, controls.editId, controls.min, controls.max, values.*controls.param);
     }
     SetDlgItemTextA(dialog, IDOK, UiString(kStringOk));
     SetDlgItemTextA(dialog, IDC_CANCEL_RESET, UiString(kStringCancel));
-    if (DialogState* const state = CreateDialogState(dialog)) SetZoom(dialog, *state, {kZoomFullSize, 0.0});
+    DialogState* const state = CreateDialogState(dialog);
+    if (state == nullptr) {
+        EndDialog(dialog, 0);  // without memory the run counts as cancelled
+        return 1;
+    }
+    SetZoom(dialog, *state, {kZoomFullSize, 0.0});
     EnumChildWindows(dialog, SubclassChild, 0);
     return 1;
 }
@@ -64,13 +69,13 @@ INT_PTR OnInitDialog(HWND dialog) {
 
 INT_PTR OnPaint(HWND dialog, DialogState& state) {
     state.viewParams = ReadSliders(dialog);
-    PaintPreview(dialog);
+    PaintPreview(dialog, state);
     return 0;
 }
 
 // ---- Keys ----
 
-INT_PTR OnKeyDown(HWND dialog, DialogState* state, WPARAM key) {
+INT_PTR OnKeyDown(HWND dialog, DialogState& state, WPARAM key) {
     switch (key) {
         case VK_UP:
         case VK_DOWN:
@@ -80,20 +85,19 @@ INT_PTR OnKeyDown(HWND dialog, DialogState* state, WPARAM key) {
             }
             return 1;
         case VK_ADD:
-            if (state != nullptr) ZoomIn(dialog, *state);
+            ZoomIn(dialog, state);
             SetFocus(GetDlgItem(dialog, IDC_ZOOM_IN));
             return 1;
         case VK_SUBTRACT:
-            if (state != nullptr) ZoomOut(dialog, *state);
+            ZoomOut(dialog, state);
             SetFocus(GetDlgItem(dialog, IDC_ZOOM_OUT));
             return 1;
     }
     return 0;
 }
 
-INT_PTR SetAltHeld(HWND dialog, DialogState* state, bool isHeld) {
-    if (state == nullptr) return 0;
-    state->altHeld = isHeld;
+INT_PTR SetAltHeld(HWND dialog, DialogState& state, bool isHeld) {
+    state.altHeld = isHeld;
     SetDlgItemTextA(dialog, IDC_CANCEL_RESET, UiString(isHeld ? kStringReset : kStringCancel));
     return 0;
 }
@@ -112,7 +116,7 @@ void Accept(HWND dialog) {
     EndDialog(dialog, 1);
 }
 
-// The preview follows through the edit boxes' reports, a step for each value that differs.
+// The edit boxes' change notifications update the preview, once for each value that differs.
 void Reset(HWND dialog) {
     for (const ParameterControls& controls : kParameterControls) {
         const int32_t value = kResetParams.*controls.param;
@@ -122,37 +126,33 @@ void Reset(HWND dialog) {
 }
 
 // The text stays as typed, even where the slider limits the number.
-void OnEditChange(HWND dialog, const ParameterControls& controls) {
+void OnEditChange(HWND dialog, DialogState& state, const ParameterControls& controls) {
     SetSliderPosition(dialog, controls.sliderId, EditNumber(dialog, controls.editId));
-    RenderPreview(dialog, false, false);
+    RenderPreview(dialog, state, false, false);
 }
 
-INT_PTR OnCommand(HWND dialog, DialogState* state, int id, UINT notification) {
+INT_PTR OnCommand(HWND dialog, DialogState& state, int id, UINT notification) {
     switch (id) {
         case IDOK: Accept(dialog); return 1;
         case IDCANCEL: EndDialog(dialog, 0); return 1;
         case IDC_CANCEL_RESET:
-            if (state != nullptr && state->altHeld) {
+            if (state.altHeld) {
                 Reset(dialog);
             } else {
                 EndDialog(dialog, 0);
             }
             return 1;
-        case IDC_ZOOM_OUT:
-            if (state != nullptr) ZoomOut(dialog, *state);
-            return 1;
-        case IDC_ZOOM_IN:
-            if (state != nullptr) ZoomIn(dialog, *state);
-            return 1;
+        case IDC_ZOOM_OUT: ZoomOut(dialog, state); return 1;
+        case IDC_ZOOM_IN: ZoomIn(dialog, state); return 1;
     }
     const ParameterControls* const controls = ControlsOfEdit(id);
-    if (controls != nullptr && notification == EN_CHANGE && state != nullptr && !state->suppressEditChange) {
-        OnEditChange(dialog, *controls);
+    if (controls != nullptr && notification == EN_CHANGE && !state.suppressEditChange) {
+        OnEditChange(dialog, state, *controls);
     }
     return 1;
 }
 
-// The position under the pointer of a stock trackbar, which jumps there when its channel is clicked.
+// The position under the pointer on a stock trackbar, which jumps there when its channel is clicked.
 int32_t ClickedPosition(HWND slider, const ParameterControls& controls) {
     RECT window;
     GetWindowRect(slider, &window);
@@ -161,7 +161,7 @@ int32_t ClickedPosition(HWND slider, const ParameterControls& controls) {
     return QuotientOrZero(WrapMul(controls.max - controls.min, x - 5), width - 10);
 }
 
-INT_PTR OnHScroll(HWND dialog, WORD code, HWND slider) {
+INT_PTR OnHScroll(HWND dialog, DialogState& state, WORD code, HWND slider) {
     if (const ParameterControls* const controls = ControlsOfSlider(GetDlgCtrlID(slider))) {
         int32_t position;
         if (code == SB_PAGEUP || code == SB_PAGEDOWN) {  // never from a CustomSlider
@@ -172,27 +172,27 @@ INT_PTR OnHScroll(HWND dialog, WORD code, HWND slider) {
         }
         SetEditValue(dialog, controls->editId, position, true, kNoPreviousValue);
     }
-    RenderPreview(dialog, false, false);
+    RenderPreview(dialog, state, false, false);
     return 0;
 }
 
 // ---- Mouse ----
 
-// A step follows the pointer: dragging to the right moves the view to the left.
+// The image follows the pointer: dragging to the right moves the view to the left.
 void PanTo(HWND dialog, DialogState& state, const POINT& position) {
     const double factor = state.zoom.Factor();
     state.panX += (state.lastMouseX - position.x) / factor;
     state.panY += (state.lastMouseY - position.y) / factor;
     state.lastMouseX = position.x;
     state.lastMouseY = position.y;
-    RenderPreview(dialog, true, true);
+    RenderPreview(dialog, state, true, true);
 }
 
-INT_PTR OnMouseMove(HWND dialog, DialogState* state) {
-    if (state != nullptr && state->panning) {
+INT_PTR OnMouseMove(HWND dialog, DialogState& state) {
+    if (state.panning) {
         SetHandCursor();
-        PanTo(dialog, *state, PointerIn(dialog));
-    } else if (state != nullptr && state->canPan && PointInPreview(dialog)) {
+        PanTo(dialog, state, PointerIn(dialog));
+    } else if (state.canPan && PointInPreview(dialog)) {
         SetHandCursor();
     } else {
         SetArrowCursor();
@@ -200,57 +200,58 @@ INT_PTR OnMouseMove(HWND dialog, DialogState* state) {
     return 0;
 }
 
-// Takes the focus out of the edit boxes wherever the click fell; in the pane it begins a pan, and shows the source for
-// as long as the button is held.
-INT_PTR OnButtonDown(HWND dialog, DialogState* state) {
+// Takes the focus out of the edit boxes wherever the click fell. In the pane it also starts a pan and shows the source
+// for as long as the button is held.
+INT_PTR OnButtonDown(HWND dialog, DialogState& state) {
     const HWND parking = GetDlgItem(dialog, IDC_FOCUS_PARKING);
     SetFocus(parking);
-    if (state == nullptr || !PointInPreview(dialog)) return 0;
+    if (!PointInPreview(dialog)) return 0;
     SetCapture(dialog);
-    state->panning = true;
+    state.panning = true;
     const POINT position = PointerIn(dialog);
-    state->lastMouseX = position.x;
-    state->lastMouseY = position.y;
-    RenderPreview(dialog, true, false);
+    state.lastMouseX = position.x;
+    state.lastMouseY = position.y;
+    RenderPreview(dialog, state, true, false);
     SetActiveWindow(parking);
     return 0;
 }
 
-INT_PTR OnButtonUp(HWND dialog, DialogState* state) {
+INT_PTR OnButtonUp(HWND dialog, DialogState& state) {
     ReleaseCapture();
-    if (state != nullptr) state->panning = false;
-    RenderPreview(dialog, true, false);
+    state.panning = false;
+    RenderPreview(dialog, state, true, false);
     return 0;
 }
 
-INT_PTR OnMouseWheel(HWND dialog, DialogState* state, int delta) {
+INT_PTR OnMouseWheel(HWND dialog, DialogState& state, int delta) {
     const int notches = delta / WHEEL_DELTA;
     if (PointInPreview(dialog)) {
-        if (notches > 0) ZoomIn(dialog, *state);
-        if (notches < 0) ZoomOut(dialog, *state);
+        if (notches > 0) ZoomIn(dialog, state);
+        if (notches < 0) ZoomOut(dialog, state);
         return 0;
     }
     if (const ParameterControls* const controls = ControlsWithFocus()) {
         StepParameter(dialog, *controls, WrapAdd(EditNumber(dialog, controls->editId), notches));
-        RenderPreview(dialog, false, false);
+        RenderPreview(dialog, state, false, false);
     }
     return 0;
 }
 
 INT_PTR CALLBACK ParameterDialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
-    DialogState* const state = StateOf(dialog);  // null until OnInitDialog has made it
+    if (message == WM_INITDIALOG) return OnInitDialog(dialog);
+    if (StateOf(dialog) == nullptr) return 0;  // until OnInitDialog has made it, and after WM_DESTROY
+    DialogState& state = *StateOf(dialog);
     switch (message) {
-        case WM_INITDIALOG: return OnInitDialog(dialog);
         case WM_DESTROY: DestroyDialogState(dialog); return 0;
 
-        case WM_PAINT: return state != nullptr ? OnPaint(dialog, *state) : 0;
+        case WM_PAINT: return OnPaint(dialog, state);
 
         case WM_KEYDOWN: return OnKeyDown(dialog, state, wParam);
         case WM_SYSKEYDOWN: return wParam == VK_MENU ? SetAltHeld(dialog, state, true) : 0;
         case WM_SYSKEYUP: return SetAltHeld(dialog, state, false);  // any key
 
         case WM_COMMAND: return OnCommand(dialog, state, LOWORD(wParam), HIWORD(wParam));
-        case WM_HSCROLL: return OnHScroll(dialog, LOWORD(wParam), reinterpret_cast<HWND>(lParam));
+        case WM_HSCROLL: return OnHScroll(dialog, state, LOWORD(wParam), reinterpret_cast<HWND>(lParam));
 
         case WM_MOUSEMOVE: return OnMouseMove(dialog, state);
         case WM_LBUTTONDOWN:
@@ -258,10 +259,10 @@ INT_PTR CALLBACK ParameterDialogProc(HWND dialog, UINT message, WPARAM wParam, L
         case WM_LBUTTONUP:
         case WM_MBUTTONUP: return OnButtonUp(dialog, state);
         case WM_LBUTTONDBLCLK:
-            if (PointInPreview(dialog)) FitToPane(dialog, *state);
+            if (PointInPreview(dialog)) FitToPane(dialog, state);
             return 0;
         case WM_RBUTTONDOWN:
-            if (PointInPreview(dialog)) ZoomToFullSizeAt(dialog, *state, PointerIn(dialog));
+            if (PointInPreview(dialog)) ZoomToFullSizeAt(dialog, state, PointerIn(dialog));
             return 0;
         case WM_MOUSEWHEEL: return OnMouseWheel(dialog, state, static_cast<int16_t>(HIWORD(wParam)));
     }

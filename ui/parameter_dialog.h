@@ -3,9 +3,9 @@
 
 namespace stairmelt {
 
-// Lets the user set the values in gParameterBlock. Returns false if the user cancelled, or if the host has no suites;
-// the block is then as it was. A dialog that can't be created counts as accepted: the run goes on with the values as
-// they stand.
+// Lets the user set the values in gParameterBlock. Returns false, with the block unchanged, if the user cancelled, the
+// host has no suites or there is no memory for the dialog's state. A dialog that the system cannot create counts as
+// accepted: the run continues with the current values.
 bool ShowParameterDialog();
 
 }  // namespace stairmelt

@@ -1,4 +1,4 @@
-// A pixel buffer of the host's, allocated, locked and given back through the record's buffer routines.
+// A pixel buffer owned by the host: allocated, locked and freed through the filter record's buffer routines.
 #pragma once
 
 #include <cstdint>
@@ -7,18 +7,18 @@
 
 namespace stairmelt {
 
-// Locked for as long as it is held.
+// Locked as long as it is held.
 struct PixelBuffer {
-    BufferID id = nullptr;      // null: nothing is held
-    uint8_t* pixels = nullptr;  // null also where the host could not allocate or lock
+    BufferID id = nullptr;      // null if nothing is held
+    uint8_t* pixels = nullptr;  // also null if the host could not allocate or lock it
 
     PixelBuffer() = default;
     PixelBuffer(const PixelBuffer&) = delete;
     PixelBuffer& operator=(const PixelBuffer&) = delete;
     ~PixelBuffer() { Release(); }
 
-    // Gives back what is held and takes a new buffer of `bytes`, the host's 32-bit count. Where that isn't what is
-    // `needed`, because the count has wrapped, the buffer has no pixels: nothing is written past its true size.
+    // Releases what is held and allocates `bytes`, a 32-bit count as the host takes it. If the count has wrapped and
+    // differs from what is `needed`, `pixels` stays null, so that nothing is written past the buffer's true size.
     void Reallocate(int32_t bytes, int64_t needed);
 
     void Release();

@@ -1,4 +1,4 @@
-// Where the dialogs go on the screen. Arithmetic only: pixels, in screen coordinates.
+// Where dialogs are placed on the screen. Arithmetic only, in pixels and screen coordinates.
 #pragma once
 
 #include <algorithm>
@@ -17,8 +17,8 @@ struct PixelRect {
     int left, top, right, bottom;
 };
 
-// The parameter dialog: where it was last, or in the middle of the screen if either number is negative. Pulled in on
-// the right and below only, so that a window that was left partly beyond the other two sides stays there.
+// The parameter dialog: where it was last, or the middle of the screen if either coordinate is negative. Clamped on the
+// right and below only.
 constexpr PixelPoint StoredDialogPosition(const PixelPoint& stored, const PixelSize& dialog, const PixelSize& screen) {
     if (stored.x < 0 || stored.y < 0) {
         return {screen.width / 2 - dialog.width / 2, screen.height / 2 - dialog.height / 2};
@@ -26,7 +26,7 @@ constexpr PixelPoint StoredDialogPosition(const PixelPoint& stored, const PixelS
     return {std::min(stored.x, screen.width - dialog.width), std::min(stored.y, screen.height - dialog.height)};
 }
 
-// The about box: over the middle of its parent, but on the screen.
+// The about box: centred over its parent, clamped to the screen.
 constexpr PixelPoint AboutBoxPosition(const PixelRect& parent, const PixelSize& box, const PixelSize& screen) {
     const int x = (parent.right + parent.left) / 2 - box.width / 2;
     const int y = (parent.bottom + parent.top) / 2 - box.height / 2;
@@ -34,8 +34,8 @@ constexpr PixelPoint AboutBoxPosition(const PixelRect& parent, const PixelSize& 
 }
 
 // A general dialog over its parent's client area, which is given in screen coordinates: a third of the free height
-// down, and left of the middle by the width of a caption button, or two thirds of that without a system menu. The left
-// and top edges are only looked at when the right or bottom one overflows.
+// down, and left of the centre by the width of a caption button, or two thirds of that without a system menu. The left
+// and top edges are clamped only when the right or bottom edge overflows.
 constexpr PixelPoint GeneralDialogPosition(const PixelRect& client, const PixelSize& dialog, const PixelSize& screen,
                                            int captionButtonWidth, bool hasSystemMenu) {
     const int offset = hasSystemMenu ? captionButtonWidth : captionButtonWidth - captionButtonWidth / 3;

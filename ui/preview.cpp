@@ -9,7 +9,6 @@
 #include "host/kernel_dispatch.h"
 #include "host/plugin_entry.h"
 #include "ui/dialog_controls.h"
-#include "ui/dialog_state.h"
 #include "ui/preview_view.h"
 
 namespace stairmelt {
@@ -19,9 +18,9 @@ namespace {
 // The pane inside its frame.
 constexpr RECT kPaneInside = {kPaneLeft + 1, kPaneTop + 1, kPaneRight - 1, kPaneBottom - 1};
 
-// The pixels that the sampler reads: the filtered crop, or the whole image as it is.
+// The pixels that the sampler reads: the filtered crop or the whole source.
 struct SampledPixels {
-    const uint8_t* base;  // null: there are none
+    const uint8_t* base;  // null if there are none
     int64_t rowBytes;
     int32_t lastX, lastY;
     int32_t originX, originY;  // image pixel at the base
@@ -29,7 +28,7 @@ struct SampledPixels {
 
 // The visible part of the image, in image pixels.
 struct View {
-    double factor;  // pane pixels to an image pixel
+    double factor;  // pane pixels per image pixel
     ViewSpan x, y;
 };
 
@@ -59,7 +58,7 @@ SampledPixels WholeImage(const VPoint& size) {
         static_cast<const uint8_t*>(gFilterRecord->inData), gFilterRecord->inRowBytes, size.h - 1, size.v - 1, 0, 0};
 }
 
-// Copies the crop into the source buffer and filters it there, as the final run will filter the whole image.
+// Copies the crop into the source buffer and filters it there, the way the final run filters the whole image.
 SampledPixels FilterCrop(const DialogState& state, int32_t left, int32_t top) {
     const int32_t inRowBytes = gFilterRecord->inRowBytes;
     const int64_t rowBytes = PixelBytes() * state.sourceWidth;
@@ -94,11 +93,11 @@ uint8_t DisplayByteAt(const uint8_t* sample) {
     return DisplayByte(value);
 }
 
-// The bytes of one pixel, a plane apart.
+// Converts one pixel; its bytes go to the same place in each plane.
 void ConvertPixel(const uint8_t* pixel, uint8_t* displayed, int64_t planeBytes) {
     const int32_t planes = gFilterRecord->planes;
     const int32_t sampleBytes = gFilterRecord->depth / 8;
-    // A depth that no kernel serves shows as noise, the same in all planes.
+    // A depth that no kernel supports shows as noise, the same in all planes.
     const uint8_t noise = sampleBytes == 1 || sampleBytes == 2 || sampleBytes == 4
                               ? uint8_t{0}
                               : ToSample<uint8_t>(static_cast<int32_t>(std::rand()));
@@ -138,40 +137,38 @@ void InvalidatePane(HWND dialog, bool paintNow) {
 
 }  // namespace
 
-void RenderPreview(HWND dialog, bool force, bool paintNow) {
-    DialogState* const state = StateOf(dialog);
-    if (state == nullptr) return;
+void RenderPreview(HWND dialog, DialogState& state, bool force, bool paintNow) {
     const VPoint size = ImageSize();
-    View view = {state->zoom.Factor(), {}, {}};
+    View view = {state.zoom.Factor(), {}, {}};
     const double viewWidth = kPaneWidth / view.factor;
     const double viewHeight = kPaneHeight / view.factor;
 
-    if (ResizeSource(*state, CropSize(viewWidth, size.h), CropSize(viewHeight, size.v))) force = true;
-    if (ResizeDisplay(*state, DisplaySize(size.h, view.factor, kPaneWidth),
+    if (ResizeSource(state, CropSize(viewWidth, size.h), CropSize(viewHeight, size.v))) force = true;
+    if (ResizeDisplay(state, DisplaySize(size.h, view.factor, kPaneWidth),
                       DisplaySize(size.v, view.factor, kPaneHeight))) {
         force = true;
     }
-    const int32_t left = CropOrigin(state->panX, state->sourceWidth, size.h);
-    const int32_t top = CropOrigin(state->panY, state->sourceHeight, size.v);
+    const int32_t left = CropOrigin(state.panX, state.sourceWidth, size.h);
+    const int32_t top = CropOrigin(state.panY, state.sourceHeight, size.v);
 
     if (!force) {
         const ViewParams params = ReadSliders(dialog);
-        if (params == state->viewParams) return;
-        state->viewParams = params;
+        if (params == state.viewParams) return;
+        state.viewParams = params;
     }
 
-    view.x = ClampView(state->panX, viewWidth, size.h);
-    view.y = ClampView(state->panY, viewHeight, size.v);
-    state->panX = view.x.pan;
-    state->panY = view.y.pan;
-    state->canPan = size.v > viewHeight;  // by the height alone
-    state->viewCentreX = (view.x.start + view.x.end) * 0.5;
-    state->viewCentreY = (view.y.start + view.y.end) * 0.5;
+    view.x = ClampView(state.panX, viewWidth, size.h);
+    view.y = ClampView(state.panY, viewHeight, size.v);
+    state.panX = view.x.pan;
+    state.panY = view.y.pan;
+    state.canPan = size.v > viewHeight;  // by the height alone
+    state.viewCentreX = (view.x.start + view.x.end) * 0.5;
+    state.viewCentreY = (view.y.start + view.y.end) * 0.5;
 
     SampledPixels pixels = WholeImage(size);
-    const bool isFiltered = !state->panning && state->zoom.index >= kZoomFiltered;
-    if (isFiltered && pixels.base != nullptr && state->source.pixels != nullptr) pixels = FilterCrop(*state, left, top);
-    if (pixels.base != nullptr && state->display.pixels != nullptr) SampleView(*state, view, pixels);
+    const bool isFiltered = !state.panning && state.zoom.index >= kZoomFiltered;
+    if (isFiltered && pixels.base != nullptr && state.source.pixels != nullptr) pixels = FilterCrop(state, left, top);
+    if (pixels.base != nullptr && state.display.pixels != nullptr) SampleView(state, view, pixels);
     InvalidatePane(dialog, paintNow);
 }
 

@@ -3,7 +3,6 @@
 #include "host/filter_api.h"
 #include "host/image_class.h"
 #include "host/plugin_entry.h"
-#include "ui/dialog_state.h"
 #include "ui/preview.h"
 #include "ui/preview_view.h"
 
@@ -11,7 +10,7 @@ namespace stairmelt {
 
 namespace {
 
-// The display image has 8 bits: deep modes are shown as their 8-bit kin.
+// The display image has 8 bits, so deep modes are shown as their 8-bit counterparts.
 int32_t DisplayedMode(int16_t imageMode) {
     switch (imageMode) {
         case kModeGray16:
@@ -26,14 +25,14 @@ int32_t DisplayedMode(int16_t imageMode) {
     return imageMode;
 }
 
-// Fills in the mask of a floating selection or the layer's transparency; returns whether there is one.
+// Fills in the mask of a floating selection or of the layer's transparency. Returns false if there is none.
 bool FindMask(const DialogState& state, int32_t displayedMode, PSPixelMask& mask) {
     mask = {};
     mask.colBytes = 1;
     mask.maskDescription = kSimplePSMask;
     if (gFilterRecord->isFloating) {
-        // The document's own mask, at the document's scale. Where the display image is larger than the document, the
-        // host would read past its mask.
+        // The document's own mask, at the document's scale. If the display image is larger than the document, the host
+        // would read past the mask's end.
         const VPoint size = ImageSize();
         if (gFilterRecord->maskData == nullptr || state.displayWidth > size.h || state.displayHeight > size.v)
             return false;
@@ -85,15 +84,13 @@ void DrawFrameAndBands(const DialogState& state, HDC dc, int left, int top) {
 
 }  // namespace
 
-void PaintPreview(HWND dialog) {
-    const DialogState* const state = StateOf(dialog);
-    if (state == nullptr) return;
-    const int left = DisplayOrigin(state->displayWidth, kPaneLeft, kPaneWidth, kPaneCentreX);
-    const int top = DisplayOrigin(state->displayHeight, kPaneTop, kPaneHeight, kPaneCentreY);
+void PaintPreview(HWND dialog, const DialogState& state) {
+    const int left = DisplayOrigin(state.displayWidth, kPaneLeft, kPaneWidth, kPaneCentreX);
+    const int top = DisplayOrigin(state.displayHeight, kPaneTop, kPaneHeight, kPaneCentreY);
     PAINTSTRUCT paint = {};
     if (const HDC dc = BeginPaint(dialog, &paint)) {
-        DrawDisplayImage(*state, dc, left, top);
-        DrawFrameAndBands(*state, dc, left, top);
+        DrawDisplayImage(state, dc, left, top);
+        DrawFrameAndBands(state, dc, left, top);
     }
     EndPaint(dialog, &paint);
 }

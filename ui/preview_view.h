@@ -1,5 +1,5 @@
-// What the preview pane shows of the image, and where. Arithmetic only: image pixels are those of the document, pane
-// pixels those of the screen, and the zoom factor is the number of pane pixels to an image pixel.
+// Which part of the image the preview pane shows, and where. Arithmetic only. Image pixels are the document's, pane
+// pixels the screen's; the zoom factor is the number of pane pixels per image pixel.
 #pragma once
 
 #include <algorithm>
@@ -20,20 +20,20 @@ constexpr int kPaneBottom = kPaneTop + kPaneHeight;
 constexpr int kPaneCentreX = kPaneLeft + kPaneWidth / 2;
 constexpr int kPaneCentreY = kPaneTop + kPaneHeight / 2;
 
-// Both ends count.
+// Both ends are included.
 constexpr bool IsInPane(int x, int y) { return x >= kPaneLeft && x <= kPaneRight && y >= kPaneTop && y <= kPaneBottom; }
 
 // The zoom ladder, in steps of two: 6.25 percent at step 0, 1600 percent at step 8.
 constexpr int kZoomFullSize = 4;  // 100 percent
 constexpr int kZoomHighest = 8;
-constexpr int kZoomFiltered = 3;  // from 50 percent on the filter's effect is shown
+constexpr int kZoomFiltered = 3;  // 50 percent: from here up the preview is filtered
 
-// A step of the ladder and what fit-to-pane adds to its factor, which can be negative.
+// A step of the ladder and the fraction that fit-to-pane adds to its factor, which can be negative.
 struct Zoom {
     int index;
     double fraction;
 
-    // By doubling and halving, so that the steps are exact.
+    // Doubled and halved, so that the steps are exact.
     double Factor() const {
         double factor = 1.0;
         for (int step = kZoomFullSize; step < index; ++step) factor *= 2.0;
@@ -54,14 +54,14 @@ inline Zoom ZoomToFit(int32_t width, int32_t height) {
     return zoom;
 }
 
-// One direction of the view.
+// The view along one axis.
 struct ViewSpan {
-    double start, end;  // image pixels; shown from the pane's left or top on
-    double pan;         // the requested centre, moved to where the view could go
+    double start, end;  // image pixels; `start` is at the pane's left or top
+    double pan;         // the requested centre, moved along when the view is clamped
 };
 
-// Keeps a view of `viewSize` image pixels around `pan` within the image. A larger view shows the whole image, and the
-// requested centre stays.
+// Clamps a view of `viewSize` image pixels around `pan` to the image. A larger view shows the whole image and leaves
+// the requested centre unchanged.
 inline ViewSpan ClampView(double pan, double viewSize, int32_t imageSize) {
     if (viewSize > imageSize) return {0.0, static_cast<double>(imageSize), pan};
     ViewSpan view = {pan - viewSize * 0.5, 0.0, pan};
@@ -77,7 +77,7 @@ inline ViewSpan ClampView(double pan, double viewSize, int32_t imageSize) {
     return view;
 }
 
-// The crop that is filtered: the view and ten image pixels on each side, as far as the image reaches.
+// The crop that is filtered: the view plus ten image pixels on each side, clamped to the image.
 constexpr int32_t kCropMargin = 20;
 
 inline int32_t CropSize(double viewSize, int32_t imageSize) {
@@ -91,7 +91,7 @@ inline int32_t CropOrigin(double pan, int32_t cropSize, int32_t imageSize) {
     return static_cast<int64_t>(origin) + cropSize > imageSize ? imageSize - cropSize : origin;
 }
 
-// Pane pixels that the image takes up.
+// The size of the display image, in pane pixels.
 inline int32_t DisplaySize(int32_t imageSize, double factor, int32_t paneSize) {
     return std::clamp(TruncateToInt(imageSize * factor + 0.5), 0, paneSize);
 }
@@ -101,14 +101,14 @@ constexpr int DisplayOrigin(int32_t displaySize, int paneStart, int paneSize, in
     return displaySize >= paneSize ? paneStart : paneCentre - displaySize / 2;
 }
 
-// The image pixel under a display pixel, nearest neighbour, relative to `origin` and limited to 0..last.
+// The image pixel under a display pixel (nearest neighbour), relative to `origin` and clamped to 0..last.
 inline int32_t SampledPixel(int32_t display, double factor, double viewStart, int32_t origin, int32_t last) {
     const int32_t pixel = TruncateToInt(display / factor + viewStart - origin);
     return pixel < 0 ? 0 : std::min(pixel, last);
 }
 
-// A sample as a byte of the display image. The low byte is kept: a float beyond white wraps instead of saturating, and
-// one that no integer holds shows as 0.
+// Converts a sample to a byte of the display image. The low byte is kept: a float above white wraps instead of
+// saturating, and one out of integer range becomes 0.
 inline uint8_t DisplayByte(uint8_t sample) { return sample; }
 inline uint8_t DisplayByte(uint16_t sample) { return ToSample<uint8_t>(sample * 255 / 32768); }
 inline uint8_t DisplayByte(float sample) { return ToSample<uint8_t>(TruncateToInt(sample * 255.0f)); }

@@ -13,7 +13,7 @@ struct HeldHooks {
     const SPBasicSuite* owner = nullptr;
 
     HeldHooks() = default;
-    HeldHooks(const HeldHooks&) = delete;  // a copy would give the suite back a second time
+    HeldHooks(const HeldHooks&) = delete;  // a copy would release the suite twice
     HeldHooks& operator=(const HeldHooks&) = delete;
     ~HeldHooks() {
         if (hooks != nullptr) owner->ReleaseSuite(kUIHooksSuite, kUIHooksSuiteVersion);
@@ -27,7 +27,7 @@ void ShowCursorNamed(const char* hostName, const char* systemName) {
         const PSUIHooksSuite1& hooks = AcquireUIHooks();
         if (hooks.SetCursor != nullptr && hooks.SetCursor(hostName) == kSPNoError) return;
     } catch (const HostSuiteError&) {
-        // Many hosts lack the suite.
+        // Many hosts lack the suite; the system's cursor takes over.
     }
     SetCursor(LoadCursorA(nullptr, systemName));
 }

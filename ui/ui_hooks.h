@@ -1,20 +1,20 @@
-// The cursors over the preview pane, which are the host's own.
+// The host's user interface hooks, for the cursors over the preview pane.
 #pragma once
 
 #include "host/filter_api.h"
 
 namespace stairmelt {
 
-// Raised where the host lacks its suite of user interface hooks.
+// Thrown if the host lacks the suite of user interface hooks.
 struct HostSuiteError {
     int32_t code;  // the host's, or kSPBadParameter without a basic suite
 };
 
-// The host's hooks, acquired once and kept until the process ends or the library is unloaded. Raises HostSuiteError.
+// The host's hooks, acquired once and kept until the process ends or the library is unloaded. Throws HostSuiteError.
 const PSUIHooksSuite1& AcquireUIHooks();
 
-// Set the pointer's shape until it next moves: the host's, or the system's where the host lacks the suite. They raise
-// nothing, since they are called beneath the system's frames.
+// Set the pointer's shape until its next move: the host's cursor, or the system's if the host lacks the suite. They do
+// not throw, since the system calls the window procedures above them.
 void SetHandCursor();
 void SetArrowCursor();
 

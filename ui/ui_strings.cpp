@@ -9,7 +9,7 @@ namespace {
 struct UiStringRow {
     uint32_t id;
     const char* primaryText;    // Japanese, in code page 932, or the only text
-    const char* alternateText;  // English; null where one text serves both
+    const char* alternateText;  // English; null if both languages share one text
 };
 
 constexpr UiStringRow kStrings[] = {
@@ -26,7 +26,7 @@ constexpr int kJapaneseCodePage = 932;
 const char* UiString(uint32_t id) {
     for (const UiStringRow& row : kStrings) {
         if (row.id != id) continue;
-        // The runtime's code page is the system's; it reads 0 for every single-byte one.
+        // The runtime's code page is the system's; it is 0 for any single-byte one.
         return row.alternateText == nullptr || _getmbcp() == kJapaneseCodePage ? row.primaryText : row.alternateText;
     }
     return "-";

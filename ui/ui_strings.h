@@ -5,14 +5,14 @@
 
 namespace stairmelt {
 
-// Numbers of the texts. The numbers in between are those of texts that this build has no place for.
+// Numbers of the texts. Those in between are reserved.
 constexpr uint32_t kStringCopyright = 1;
 constexpr uint32_t kStringOk = 26;
 constexpr uint32_t kStringCancel = 27;
 constexpr uint32_t kStringReset = 28;
 
-// The text of a number, for the ANSI functions of the system: Japanese (in code page 932) where that is the system's
-// code page, English everywhere else. "-" for an unknown number. Never null; the table owns it.
+// The text with a number, for the system's ANSI functions: Japanese, in code page 932, if that is the system's code
+// page, otherwise English. "-" for an unknown number. Never null; the table owns the text.
 const char* UiString(uint32_t id);
 
 }  // namespace stairmelt

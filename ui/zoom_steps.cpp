@@ -14,7 +14,7 @@ void SetZoom(HWND dialog, DialogState& state, const Zoom& zoom) {
     char text[32];
     std::snprintf(text, sizeof text, "%d %%", static_cast<int>(zoom.Percent()));
     SetDlgItemTextA(dialog, IDC_ZOOM_LABEL, text);
-    RenderPreview(dialog, true, false);
+    RenderPreview(dialog, state, true, false);
 }
 
 void ZoomIn(HWND dialog, DialogState& state) {

@@ -1,4 +1,4 @@
-// The zoom of the preview: stepping along the ladder, fitting, and returning to 100 percent. Each redraws the preview.
+// The preview's zoom: stepping along the ladder, fitting the image, returning to 100 percent. Each renders the preview.
 #pragma once
 
 #include <windows.h>
@@ -10,15 +10,15 @@ namespace stairmelt {
 // Sets the zoom and its label.
 void SetZoom(HWND dialog, DialogState& state, const Zoom& zoom);
 
-// The next step, if there is one. From a fraction below the lowest step ZoomOut goes back to that step.
+// Go to the next step, if there is one. From a fitted zoom on the lowest step, ZoomOut goes to that step itself.
 void ZoomIn(HWND dialog, DialogState& state);
 void ZoomOut(HWND dialog, DialogState& state);
 
-// The whole image, as large as the pane allows.
+// Shows the whole image, as large as the pane allows.
 void FitToPane(HWND dialog, DialogState& state);
 
-// 100 percent with the image pixel under the client position in the pane's middle. From 100 percent on the view's
-// centre stays.
+// Goes to 100 percent, with the image pixel under the client position in the middle of the pane. From 100 percent up
+// the centre of the view stays.
 void ZoomToFullSizeAt(HWND dialog, DialogState& state, const POINT& position);
 
 }  // namespace stairmelt

@@ -1,5 +1,5 @@
-// What the kernels do with AVX2: comparing parts of rows, mixing the colours of a pixel, and changing neighbouring
-// pixels. Included only by files that are compiled for it.
+// The AVX2 instruction set: comparing parts of rows, mixing the colours of a pixel, and changing several pixels at
+// once. Included only by files that are compiled for it.
 #pragma once
 
 #include <immintrin.h>
@@ -169,7 +169,7 @@ private:
         return _mm256_castsi256_ps(LoadHalves(low, high));
     }
 
-    // Each half of a vector holds 4 of the pixels. Reads nothing behind the last one.
+    // Each half of a vector holds 4 of the pixels. Reads nothing beyond the last one.
     static void LoadHalf(const uint8_t* at, __m256* plane) {
         constexpr int kPixel = kSamples * 4;  // bytes
         constexpr int kHalf = 4 * kPixel;
@@ -229,10 +229,8 @@ struct Avx2 {
     template <class Format>
     using Row = typename RowOf<Format, Format::kBits == 8>::Row;
 
-    template <class Format, int kDx>
-    static void MixRow(uint8_t* to, const uint8_t* from, const CachedRamp<IntegerWeights>& ramp) {
-        MixByteRow<Format, kDx>(to, from, ramp);
-    }
+    template <class Format>
+    using StrokeOf = ByteStroke<Format>;
     template <class Format>
     static bool AverageRow(const KernelJob& job, int32_t x, int32_t y, int32_t count, int32_t neighbourWeight) {
         return AverageByteRow<Format>(job, x, y, count, neighbourWeight);

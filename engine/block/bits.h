@@ -1,5 +1,5 @@
-// Counting bits. The standard's functions aren't used for it: where a compiler doesn't inline them, as in a Debug
-// build, the linker could keep the copy of a file that is compiled for AVX2 for all machines.
+// Counting bits. std::countl_one and its like aren't used: where a compiler doesn't inline them, as in a Debug build,
+// the linker could keep a copy that was compiled for AVX2 and use it on all machines.
 #pragma once
 
 #include <cstdint>

@@ -2,9 +2,8 @@
 // something is done. The flags are built a little ahead of the scan, so that the pixels are still in the cache when
 // they are changed.
 //
-// The result is that of the plain form to the bit: the flags are the same, the decisions rest on them alone, and the
-// blends are made in the same order. Where a float isn't a number, the result isn't one either, but may be another of
-// those values.
+// The result equals that of the plain form to the bit: the flags are the same, the decisions depend on them alone, and
+// the blends are made in the same order. The one exception is NaN, which may become a different NaN.
 #pragma once
 
 #include <cstdint>

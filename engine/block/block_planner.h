@@ -1,18 +1,18 @@
-// The planner for one kind of vector. As many flagged blocks as fit a vector are decided at once (decisions.h); then
-// each pixel at which something is done gets its actions, with the runs, tails and diagonals measured that they depend
-// on.
+// The planner for one vector type. It decides as many flagged blocks as fit a vector at once (decisions.h), measures
+// the runs, tails and diagonals that the decisions call for, and then writes the actions of each pixel.
 #pragma once
 
 #include <xmmintrin.h>
 
 #include <algorithm>
+#include <cassert>
 #include <cstdint>
 
+#include "engine/block/action.h"
 #include "engine/block/bits.h"
 #include "engine/block/decisions.h"
 #include "engine/block/flag_block.h"
 #include "engine/block/flag_planes.h"
-#include "engine/block/visit.h"
 #include "engine/image.h"
 #include "engine/rules/diagonal_rules.h"
 #include "engine/rules/run_rules.h"
@@ -23,13 +23,13 @@ namespace stairmelt::inline STAIRMELT_SET {
 template <class Words>
 class Planner {
 public:
-    Planner(const KernelJob& kernelJob, int bytesOfPixel, FlagPlanes& flagPlanes, VisitSink& visitSink)
+    Planner(const KernelJob& kernelJob, int bytesOfPixel, FlagPlanes& flagPlanes, ActionSink& actionSink)
         : job(kernelJob),
           width(kernelJob.destination->width),
           height(kernelJob.destination->height),
           pixelBytes(bytesOfPixel),
           planes(flagPlanes),
-          sink(visitSink) {}
+          sink(actionSink) {}
 
     void Run() {
         for (int32_t y = 0; y < height; ++y) {
@@ -50,7 +50,7 @@ public:
 private:
     static constexpr int kBlocks = kBlocksOf<Words>;
 
-    // Plans the blocks that were placed, in their order.
+    // Plans the blocks in `places`, in their order.
     void PlanBlocks() {
         const int count = placed;
         while (placed < kBlocks) places[placed++] = places[0];
@@ -59,75 +59,122 @@ private:
         Decisions<Words> decisions;
         Decide(block, LimitsOfBlocks(), decisions);
         if (IsZero(decisions.others | decisions.pixels[kAverage])) return;
-        const ActionGroup<Words> groups[kActionGroups] = {ActionGroup<Words>(decisions.pixels),
-                                                          ActionGroup<Words>(decisions.pixels + 16),
-                                                          ActionGroup<Words>(decisions.pixels + 32)};
-        const ActionGroup<Words> facts(decisions.facts);
-        if (!IsZero(decisions.touches)) {
-            decisions.measured = decisions.measured | (decisions.touches & IsNearDot(block));
+        const TurnedWords<Words> byPixel(decisions.pixels);
+        if (!IsZero(decisions.touches[0] | decisions.touches[1] | decisions.touches[2] | decisions.touches[3])) {
+            const Words isNearDot = IsNearDot(block);
+            for (int direction = 0; direction < 4; ++direction) {
+                const Words touches = decisions.touches[direction] & isNearDot;
+                decisions.runs[direction] = decisions.runs[direction] | touches;
+                decisions.measured = decisions.measured | touches;
+            }
         }
 
         for (int i = 0; i < count; ++i) {
             const int32_t y = places[i].y, firstX = places[i].x - kGuardColumns;  // of bit 0
             const uint64_t others = BlockOf(decisions.others, i), average = BlockOf(decisions.pixels[kAverage], i);
             uint64_t acting = (others | average) & ColumnsBelow(width, places[i].x);
-            const uint64_t lone = average & ~others & acting, measured = BlockOf(decisions.measured, i);
+            const uint64_t lone = average & ~others & acting;
             if (acting == 0) continue;
+            const uint64_t inner = InnerColumns(places[i]);
             Prefetch(firstX + TrailingZeros(acting), firstX + 63 - LeadingZeros(acting), y);
+            if ((BlockOf(decisions.measured, i) & acting) != 0) MeasureBlock(decisions, {i, acting, firstX, y});
             while (acting != 0) {
                 const int32_t bit = TrailingZeros(acting);
-                if (queued == kBatch) Flush();
+                if (queued > kBatch - kActionKinds) Flush();
                 if ((lone >> bit & 1) != 0) {
                     const int32_t length = TrailingOnes(lone >> bit, kBlockColumns);
-                    visits[queued++] = {uint64_t{1} << kAverage, 0, firstX + bit, y, 0, static_cast<uint8_t>(length)};
+                    actions[queued++] = {firstX + bit, y, kAverage, 0, static_cast<uint8_t>(length), false};
                     acting &= ~(((uint64_t{1} << length) - 1) << bit);
                     continue;
                 }
                 acting &= acting - 1;
-                const uint64_t kinds = groups[0].At(i, bit) | groups[1].At(i, bit) << 16 | groups[2].At(i, bit) << 32;
-                const uint64_t fact = facts.At(i, bit);
-                visits[queued] = {kinds, 0, firstX + bit, y, static_cast<uint16_t>(fact), 0};
-                if ((measured >> bit & 1) != 0) Measure(visits[queued], fact >> kIsShort);
-                ++queued;
+                const uint64_t decided = byPixel.At(i, bit);
+                const int facts = static_cast<int>(decided >> kFacts);
+                const bool isInner = (inner >> bit & 1) != 0;
+                uint64_t kinds = decided & ((uint64_t{1} << kFacts) - 1);
+                do {
+                    const int kind = TrailingZeros(kinds);
+                    const KindRamp& known = kKindRamps.of[kind];
+                    // Without a branch: which runs are measured can't be predicted.
+                    uint8_t& measured = measuredRamps[known.slot][bit];
+                    const int ofFacts = known.first + (facts >> known.factShift & (kShortRuns - 1));
+                    const int ramp = measured | (ofFacts & -static_cast<int>(measured == 0));
+                    measured = 0;
+                    if (ramp == kLongRamp) lengths[measuredLengths++] = longRuns[known.slot][bit];
+                    Action& action = actions[queued++];
+                    action = {firstX + bit, y, static_cast<uint8_t>(kind), static_cast<uint8_t>(ramp), 1, isInner};
+                    kinds &= kinds - 1;
+                } while (kinds != 0);
             }
         }
     }
 
-    // Measures what the facts don't tell. isShort: by direction.
-    void Measure(Visit& visit, uint64_t isShort) {
-        const int32_t x = visit.x, y = visit.y;
-        const PlaneCursor at = CursorAt(planes, x, y);
-        const auto add = [&](int kind, RunPair run) {
-            visit.measured |= uint64_t{1} << kind;
-            lengths[measuredLengths++] = run;
-        };
-        const auto addRun = [&]<RunDirection kDirection>(int kind) {
-            constexpr int direction = static_cast<int>(kDirection);
-            constexpr RunScanner kForth = kDirections[direction].forth;
-            const bool isKnown = (isShort >> direction & 1) != 0;
-            RunPair run = isKnown ? ShortRun(visit.facts, direction)
-                                  : MeasureRun<kDirection>(at, RoomFrom(x, y, kForth.dx, kForth.dy, width, height));
-            if (MayTouchDot(run)) run.farLength = FarLengthAtDot(kDirection, x, y, width, height, planes);
-            if (!isKnown || run.farLength < 0) add(kind, run);
-        };
-        for (uint64_t rest = visit.kinds & (kRunKinds | kTailKinds | kFadeKinds); rest != 0; rest &= rest - 1) {
-            const int kind = TrailingZeros(rest);
-            switch (kind) {
-                case kLeftRun: addRun.template operator()<RunDirection::kLeft>(kind); break;
-                case kRightRun: addRun.template operator()<RunDirection::kRight>(kind); break;
-                case kUpRun: addRun.template operator()<RunDirection::kUp>(kind); break;
-                case kDownRun: addRun.template operator()<RunDirection::kDown>(kind); break;
-                case kLeftTail: add(kind, {TailLength<kTailLeft>(at), 0}); break;
-                case kRightTail: add(kind, {TailLength<kTailRight>(at), 0}); break;
-                case kUpTail: add(kind, {TailLength<kTailUp>(at), 0}); break;
-                case kDownTail: add(kind, {TailLength<kTailDown>(at), 0}); break;
-                default: add(kind, {DiagonalLength(at, DiagonalOf(kind)), 0}); break;
-            }
+    // The pixels of a block that have actions.
+    struct ActingPixels {
+        int block;
+        uint64_t bits;
+        int32_t firstX, y;  // of bit 0
+    };
+
+    // Measures whatever the facts don't describe.
+    void MeasureBlock(const Decisions<Words>& decisions, const ActingPixels& acting) {
+        MeasureDirection<RunDirection::kLeft>(kLeftRun, decisions, acting);
+        MeasureDirection<RunDirection::kRight>(kRightRun, decisions, acting);
+        MeasureDirection<RunDirection::kUp>(kUpRun, decisions, acting);
+        MeasureDirection<RunDirection::kDown>(kDownRun, decisions, acting);
+        MeasureDiagonals<kRiserDiagonals>(kRiserFade, decisions, acting);
+        MeasureDiagonals<kTreadDiagonals>(kTreadFade, decisions, acting);
+    }
+
+    // kind: that of the direction's runs; its tails are the next kind.
+    template <RunDirection kDirection>
+    void MeasureDirection(int kind, const Decisions<Words>& decisions, const ActingPixels& acting) {
+        constexpr RunScanner kForth = kRulesOf<kDirection>.forth;
+        ForEach(decisions.runs[static_cast<int>(kDirection)], acting, [&](int bit, const PlaneCursor& at) {
+            RunPair run = MeasureRun<kDirection>(at, RoomFrom(at.x, at.y, kForth.dx, kForth.dy, width, height));
+            if (MayTouchDot(run)) run.farLength = FarLengthAtDot(kDirection, at.x, at.y, width, height, planes);
+            SetMeasured(kind, bit, StairRampNumber(run), run);
+        });
+        ForEach(decisions.pixels[kind + 1], acting, [&](int bit, const PlaneCursor& at) {
+            const int32_t length = TailLength<kRulesOf<kDirection>.tail>(at);
+            SetMeasured(kind + 1, bit, RampNumberOf(kTailRamps, length), {length, 0});
+        });
+    }
+
+    template <const Diagonal (&kDiagonals)[4]>
+    void MeasureDiagonals(int kind, const Decisions<Words>& decisions, const ActingPixels& acting) {
+        MeasureDiagonal<kDiagonals[0]>(kind, decisions, acting);
+        MeasureDiagonal<kDiagonals[1]>(kind + 2, decisions, acting);
+        MeasureDiagonal<kDiagonals[2]>(kind + 4, decisions, acting);
+        MeasureDiagonal<kDiagonals[3]>(kind + 6, decisions, acting);
+    }
+
+    template <Diagonal kDiagonal>
+    void MeasureDiagonal(int kind, const Decisions<Words>& decisions, const ActingPixels& acting) {
+        ForEach(decisions.pixels[kind], acting, [&](int bit, const PlaneCursor& at) {
+            const int32_t length = DiagonalLength<kDiagonal>(at);
+            SetMeasured(kind, bit, RampNumberOf(kThirdRamps, length), {length, 0});
+            if (kDiagonal.restores) SetMeasured(kind + 1, bit, RampNumberOf(kHalfRamps, length), {length, 0});
+        });
+    }
+
+    template <class Measure>
+    void ForEach(const Words& where, const ActingPixels& acting, Measure measure) {
+        for (uint64_t pixels = BlockOf(where, acting.block) & acting.bits; pixels != 0; pixels &= pixels - 1) {
+            const int bit = TrailingZeros(pixels);
+            measure(bit, CursorAt(planes, acting.firstX + bit, acting.y));
         }
+    }
+
+    void SetMeasured(int kind, int bit, uint8_t ramp, const RunPair& run) {
+        const int slot = kKindRamps.of[kind].slot;
+        assert(slot < kMeasuredKinds);
+        measuredRamps[slot][bit] = ramp;
+        if (ramp == kLongRamp) longRuns[slot][bit] = run;
     }
 
     void Flush() {
-        sink.Perform(visits, queued, lengths);
+        sink.Perform(actions, queued, lengths);
         queued = 0;
         measuredLengths = 0;
     }
@@ -158,33 +205,39 @@ private:
                 })};
     }
 
-    // The cache lines of the pixels from one column to another: in the row, in the next one, and where an edge that
-    // goes down will be visited soon. Edges are scattered, and waiting for memory would cost more than all else.
+    // The bits of a block's inner pixels.
+    uint64_t InnerColumns(const BlockPlace& place) const {
+        if (place.y < kMargin || place.y >= height - kMargin) return 0;
+        return ColumnsBelow(width - kMargin, place.x) & ~ColumnsBelow(kMargin, place.x);
+    }
+
+    // Prefetches the source's pixels from one column to another, in this row and the next. Building the flags has
+    // already cached the destination's. Edges are scattered, and waiting for memory would take most of the time.
     void Prefetch(int32_t fromX, int32_t toX, int32_t y) const {
         constexpr ptrdiff_t kCacheLine = 64;
-        for (const int32_t row : {y, std::min(y + 1, height - 1), std::min(y + 3, height - 1)}) {
-            for (const ImageView* image : {job.source, job.destination}) {
-                const uint8_t* const start = image->base + static_cast<ptrdiff_t>(row) * image->rowStride;
-                const ptrdiff_t end = static_cast<ptrdiff_t>(toX + 1) * pixelBytes;
-                for (ptrdiff_t byte = static_cast<ptrdiff_t>(fromX) * pixelBytes; byte < end; byte += kCacheLine) {
-                    _mm_prefetch(reinterpret_cast<const char*>(start + byte), _MM_HINT_T0);
-                }
+        const ImageView& source = *job.source;
+        for (const int32_t row : {y, std::min(y + 1, height - 1)}) {
+            const uint8_t* const start = source.base + static_cast<ptrdiff_t>(row) * source.rowStride;
+            const ptrdiff_t end = static_cast<ptrdiff_t>(toX + 1) * pixelBytes;
+            for (ptrdiff_t byte = static_cast<ptrdiff_t>(fromX) * pixelBytes; byte < end; byte += kCacheLine) {
+                _mm_prefetch(reinterpret_cast<const char*>(start + byte), _MM_HINT_T0);
             }
         }
     }
 
-    static constexpr int kBatch = 128;          // visits
-    static constexpr int kMaxMeasured = 4 + 8;  // of a visit: runs or tails, and fades
+    static constexpr int kBatch = 256;  // actions
 
     const KernelJob& job;
     const int32_t width, height;
     const int pixelBytes;
     FlagPlanes& planes;
-    VisitSink& sink;
+    ActionSink& sink;
     BlockPlace places[kBlocks];  // of the flagged blocks that wait for a full vector
     int placed = 0;
-    Visit visits[kBatch];
-    RunPair lengths[kBatch * kMaxMeasured];
+    uint8_t measuredRamps[kMeasuredKinds + 1][64] = {};  // of a block's pixels, by slot; 0 where not measured
+    RunPair longRuns[kMeasuredKinds][64];                // of those whose ramp is kLongRamp
+    Action actions[kBatch];
+    RunPair lengths[kBatch];
     int queued = 0, measuredLengths = 0;
 };
 

@@ -1,5 +1,5 @@
-// Changes neighbouring pixels of a row at once, at depth 8 without opacity, with AVX2. The results are those of
-// changing one pixel after the other, to the bit. Included only by files that are compiled for AVX2.
+// Changes several pixels at once, at depth 8 without opacity, with AVX2. The result equals that of changing one pixel
+// after the other. Included only by files that are compiled for AVX2.
 #pragma once
 
 #include <immintrin.h>
@@ -7,78 +7,93 @@
 #include <cstdint>
 #include <cstring>
 
+#include "engine/block/action.h"
 #include "engine/block/lane_colors.h"
 #include "engine/block/ramp_cache.h"
-#include "engine/block/words_avx2.h"
 #include "engine/image.h"
 #include "engine/pixel_format.h"
 
 namespace stairmelt::inline STAIRMELT_SET {
 
-// How a ramp's pixels lie in a vector of 16 samples of 16 bits: in order where the walk goes right (kDx 1), reversed
-// and at the end of the vector where it goes left (kDx -1), so that the next pixel of the walk is always outside.
-template <class Format, int kDx>
-struct RowLayout {
-    static constexpr int kSamples = Format::kPixelSize;
-    static constexpr int kBytes = kSamples == 1 ? 8 : 16;       // of the row, loaded and stored at once
-    static constexpr int kPixels = kBytes / kSamples;           // mixed at once; at most 8
-    static constexpr int kSpare = kBytes - kPixels * kSamples;  // bytes behind the last pixel, stored as they are
-
-    // A pattern for shuffle_epi8 in each half of a vector.
-    struct Shuffle {
-        int8_t bytes[32];
-
-        __m256i Of(__m128i from) const {
-            return _mm256_shuffle_epi8(_mm256_broadcastsi128_si256(from),
-                                       _mm256_loadu_si256(reinterpret_cast<const __m256i*>(bytes)));
+// A stroke that mixes four pixels at once, in a vector of 16 samples of 16 bits, four for each pixel. Samples that a
+// pixel doesn't have stay unchanged. Pixels of three bytes are loaded and stored together with the next pixel's first
+// byte; storing them from left to right keeps that byte correct.
+template <class Format>
+class ByteStroke {
+public:
+    ByteStroke() = default;
+    explicit ByteStroke(const Stroke& stroke)
+        : to(stroke.to),
+          from(stroke.from),
+          advance(stroke.advance),
+          fromAdvance(stroke.fromAdvance),
+          toNext(kPixels * stroke.advance),
+          fromNext(kPixels * stroke.fromAdvance) {
+        const bool isLeft = stroke.advance == -kBytes && stroke.fromAdvance == 0;
+        if (isLeft) {
+            to += (kPixels - 1) * advance;
+            advance = -advance;
         }
-    };
-
-    // 16 bits for each sample, by its pixel's place in the walk and its own in the pixel. Spare samples are 0.
-    template <class Place>
-    static constexpr Shuffle ShuffleBy(Place place) {
-        Shuffle shuffle{};
-        for (int i = 0; i < 16; ++i) {
-            const int inWalk = kDx > 0 ? i : i - kSpare;
-            const bool isSpare = inWalk < 0 || inWalk >= kPixels * kSamples;
-            const int pixel = kDx > 0 ? inWalk / kSamples : kPixels - 1 - inWalk / kSamples;
-            for (int half = 0; half < 2; ++half) {
-                const int from = isSpare ? -1 : place(pixel, inWalk % kSamples, half);
-                shuffle.bytes[2 * i + half] = static_cast<int8_t>(from);
-            }
+        for (int i = 0; i < 32; ++i) {
+            const int pixel = i / 8, sample = i / 2 % 4;
+            // A stroke of a single pixel holds it four times, with the same weight.
+            const int weight = stroke.advance == 0 ? 0 : isLeft ? kPixels - 1 - pixel : pixel;
+            spread[i] = static_cast<int8_t>(sample < kBytes ? 2 * weight + i % 2 : -1);
         }
-        return shuffle;
     }
-    static constexpr Shuffle kTargets = ShuffleBy([](int, int sample, int half) { return half == 0 ? sample : -1; });
-    static constexpr Shuffle kWeights = ShuffleBy([](int pixel, int, int half) { return 2 * pixel + half; });
+
+    // Applies a ramp whose weights are in range. Up to three pixels beyond the ramp's end are stored unchanged.
+    void Mix(uint8_t* pixel, const uint8_t* fromPixel, const CachedRamp<IntegerWeights>& ramp) const {
+        const __m256i spreading = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(spread));
+        uint8_t* at = pixel + to;
+        const uint8_t* target = fromPixel + from;
+        int32_t i = 0;
+        do {
+            const __m256i samples = Load(at, advance);
+            const __m256i targets = Load(target, fromAdvance);
+            const __m128i weights = _mm_loadu_si128(reinterpret_cast<const __m128i*>(ramp.weights + i));
+            const __m256i words = _mm256_broadcastsi128_si256(_mm_packus_epi32(weights, weights));
+            const __m256i mixed = MixWords(samples, targets, _mm256_shuffle_epi8(words, spreading));
+            const __m128i bytes = _mm_packus_epi16(_mm256_castsi256_si128(mixed), _mm256_extracti128_si256(mixed, 1));
+            Store(at, _mm_cvtsi128_si32(bytes));
+            Store(at + advance, _mm_extract_epi32(bytes, 1));
+            Store(at + 2 * advance, _mm_extract_epi32(bytes, 2));
+            Store(at + 3 * advance, _mm_extract_epi32(bytes, 3));
+            at += toNext;
+            target += fromNext;
+            i += kPixels;
+        } while (i < ramp.count);
+    }
+
+private:
+    static constexpr int kPixels = 4;
+    static constexpr int kBytes = Format::kPixelBytes;
+    static constexpr size_t kStoredBytes = kBytes == 3 ? 4 : kBytes;
+
+    static __m256i Load(const uint8_t* at, ptrdiff_t step) {
+        const auto load = [&](int pixel) {
+            int32_t bytes = 0;
+            std::memcpy(&bytes, at + pixel * step, kStoredBytes);
+            return bytes;
+        };
+        return _mm256_cvtepu8_epi16(_mm_setr_epi32(load(0), load(1), load(2), load(3)));
+    }
+    static void Store(uint8_t* at, int32_t bytes) { std::memcpy(at, &bytes, kStoredBytes); }
+
+    ptrdiff_t to, from;              // from the visited pixel to the one in the vector's low end, and to its target
+    ptrdiff_t advance, fromAdvance;  // from one pixel in the vector to the next
+    ptrdiff_t toNext, fromNext;      // to the next four
+    int8_t spread[32];               // for shuffle_epi8: each sample's weight, of eight weights of 16 bits
 };
 
-// Walks a ramp whose weights are in range along a row, from the pixel at `to` on, toward the pixel at `from`. Pixels
-// that are up to 16 columns away are loaded and stored.
-template <class Format, int kDx>
-void MixByteRow(uint8_t* to, const uint8_t* from, const CachedRamp<IntegerWeights>& ramp) {
-    using Layout = RowLayout<Format, kDx>;
-    const __m256i targets = Layout::kTargets.Of(LoadBytes<Layout::kSamples>(from));
-    for (int32_t i = 0; i < ramp.count; i += Layout::kPixels) {
-        const auto* const weights = reinterpret_cast<const __m128i*>(ramp.weights + i);
-        const __m128i eight = _mm_packus_epi32(_mm_loadu_si128(weights), _mm_loadu_si128(weights + 1));
-        const ptrdiff_t offset = kDx > 0 ? i * Layout::kSamples : (1 - i) * Layout::kSamples - Layout::kBytes;
-        uint8_t* const at = to + offset;
-        const __m256i samples = _mm256_cvtepu8_epi16(LoadBytes<Layout::kBytes>(at));
-        const __m256i mixed = MixWords(samples, targets, Layout::kWeights.Of(eight));
-        StoreBytes<Layout::kBytes>(at,
-                                   _mm_packus_epi16(_mm256_castsi256_si128(mixed), _mm256_extracti128_si256(mixed, 1)));
-    }
-}
-
-// Averages neighbouring pixels of which each is isolated (isolated_pixel.h). Returns false, having changed nothing, at
-// the image's border or for a weight out of range.
+// Averages a row of neighbouring isolated pixels (isolated_pixel.h). Returns false without changing anything at the
+// image's border or for a weight out of range.
 template <class Format>
 bool AverageByteRow(const KernelJob& job, int32_t x, int32_t y, int32_t count, int32_t neighbourWeight) {
     const ImageView& source = *job.source;
     constexpr int kAtOnce = 8;  // samples
     const int32_t samples = count * Format::kPixelSize;
-    // What is loaded behind the last pixel lies in the same rows.
+    // Loads beyond the last pixel stay within its rows.
     const bool isInside = x > 0 && y > 0 && y < source.height - 1 && x + count + kAtOnce < source.width;
     if (!isInside || neighbourWeight <= 0 || neighbourWeight > IntegerWeights::kWhole) return false;
 

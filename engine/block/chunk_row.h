@@ -1,6 +1,6 @@
 // A chunk of neighbouring pixels of a row, laid out plane by plane to be compared at once: every loop runs over columns
-// with a constant count, and compilers turn it into vector instructions. Where an instruction set has something better,
-// that is used instead (avx2.h), with the same flags.
+// with a constant count, and compilers turn it into vector instructions. An instruction set may provide something
+// faster with the same flags (avx2.h).
 #pragma once
 
 #include <emmintrin.h>
@@ -26,7 +26,7 @@ template <class Format>
 using ChunkValue =
     std::conditional_t<Format::kBits == 8, int16_t, std::conditional_t<Format::kBits == 16, int32_t, float>>;
 
-// A threshold in that type. One beyond every distance is moved closer, so that no sum leaves the type.
+// A threshold in that type. Thresholds larger than any distance are clamped, so that no sum overflows.
 template <class Format>
 ChunkValue<Format> ChunkThreshold(EdgeThreshold<Format> threshold) {
     if constexpr (Format::kBits == 8) {
@@ -68,7 +68,7 @@ class ChunkRow {
 public:
     static constexpr int kColumns = 16;
 
-    // Reads the chunk at `row` and one pixel behind it.
+    // Reads the chunk at `row` and the pixel after it.
     void Load(const uint8_t* row) {
         typename Format::Sample samples[kRead * Format::kPixelSize];
         std::memcpy(samples, row, sizeof samples);

@@ -1,15 +1,14 @@
-// Decides for all pixels of some blocks at once what a visit of each would do: for each kind of action the pixels at
-// which it is done. The decisions rest on flags alone, which the scan never changes, so that they can be made ahead of
-// the visits.
+// Decides for all pixels of a few blocks at once what a visit does there: the result is a bit mask of pixels for each
+// kind of action. Decisions depend on the flags alone, which the scan never changes, so they can be made ahead of it.
 #pragma once
 
 #include <emmintrin.h>
 
 #include <cstdint>
 
+#include "engine/block/action.h"
 #include "engine/block/flag_block.h"
 #include "engine/block/short_runs.h"
-#include "engine/block/visit.h"
 #include "engine/rules/diagonal_rules.h"
 #include "engine/rules/run_rules.h"
 #include "engine/rules/run_softness.h"
@@ -17,35 +16,32 @@
 
 namespace stairmelt::inline STAIRMELT_SET {
 
-constexpr int kIsShort = 4 * kRunFacts;  // the first of the facts behind those of RunFact
-constexpr int kActionGroups = (kActionKinds + 15) / 16;
+constexpr int kFacts = 48;  // the first of the facts behind the kinds
+static_assert(kActionKinds <= kFacts && 4 * kRunFacts <= 16);
 
-// The pixels of each kind, one bit for each pixel. Pixels beyond the image's last column get bits without a meaning.
+// The pixels of each kind, one bit for each pixel. Bits beyond the image's last column are meaningless.
 template <class Words>
 struct Decisions {
-    Words pixels[16 * kActionGroups];  // by ActionKind; zero behind the last
-    Words facts[16];                   // by direction and RunFact, then which directions have a short run
-    Words others = {};                 // at which anything but kAverage is done
-    Words measured = {};               // at which something has to be measured that the facts don't tell
-    Words touches = {};                // with a run that may touch a dot of 2 by 2 pixels
+    Words pixels[64];       // by ActionKind; from kFacts on by direction and RunFact; zero in between
+    Words runs[4] = {};     // by direction: which have to be measured, since the facts don't describe them
+    Words touches[4] = {};  // and which may touch a dot of 2 by 2 pixels
+    Words others = {};      // at which anything but kAverage is done
+    Words measured = {};    // at which anything has to be measured
 
     void Set(int kind, Words where) {
         pixels[kind] = where;
         others = others | where;
     }
 
-    // Nothing of the kinds from `kind` up to `end`.
+    // Clears the kinds from `kind` up to `end`, which is excluded.
     void Clear(int kind, int end) {
         for (; kind < end; ++kind) pixels[kind] = Words{};
     }
 
-    // No runs in a direction and the one after it.
-    void ClearFacts(int direction) {
-        for (int i = 0; i < 2 * kRunFacts; ++i) facts[kRunFacts * direction + i] = Words{};
-        for (int i = 0; i < 2; ++i) facts[kIsShort + direction + i] = Words{};
-    }
+    // Clears the facts of a direction and the one after it.
+    void ClearFacts(int direction) { Clear(kFacts + kRunFacts * direction, kFacts + kRunFacts * (direction + 2)); }
 
-    // Of the rules the first that holds; returns where one does.
+    // Sets the first rule that holds; returns where one does.
     template <class... Rules>
     Words SetFirst(int kind, const FlagBlocks<Words>& block, Words candidates) {
         const Words before = candidates;
@@ -57,40 +53,43 @@ struct Decisions {
         return before & ~candidates;
     }
 
-    // Sets those of four diagonals that leave a straight piece of edge and are long enough; returns where any does.
+    // Sets the diagonals that leave a straight piece of edge and are long enough; returns where any does.
     template <const Diagonal (&kDiagonals)[4]>
     Words SetFades(int kind, const FlagBlocks<Words>& block, Words isStraight) {
         const Words fades[] = {
             isStraight & HasDiagonal<kDiagonals[0]>(block), isStraight & HasDiagonal<kDiagonals[1]>(block),
             isStraight & HasDiagonal<kDiagonals[2]>(block), isStraight & HasDiagonal<kDiagonals[3]>(block)};
-        for (int i = 0; i < 4; ++i) Set(kind + i, fades[i]);
+        for (int i = 0; i < 4; ++i) {
+            Set(kind + 2 * i, fades[i]);
+            Set(kind + 2 * i + 1, kDiagonals[i].restores ? fades[i] : Words{});
+        }
         const Words any = fades[0] | fades[1] | fades[2] | fades[3];
         measured = measured | any;
         return any;
     }
 
-    // Sets where one direction of an edge has a run, and else where it has a tail; returns where it has either. Runs
-    // are short at most where `mayBeShort` is set.
+    // Sets where one direction of an edge has a run or else a tail; returns where it has either. Facts describe runs
+    // only where `mayBeShort` is set.
     template <RunDirection kDirection>
     Words SetRuns(int kind, const FlagBlocks<Words>& block, Words hasEdge, Words mayBeShort, Words& hasTail) {
-        const ShortRuns<Words> runs = FindShortRuns<kDirection>(block, hasEdge);
-        const Words tail = hasEdge & HasTail<kRulesOf<kDirection>.tail>(block) & ~runs.any;
-        Set(kind, runs.any);
+        const ShortRuns<Words> found = FindShortRuns<kDirection>(block, hasEdge);
+        const Words tail = hasEdge & HasTail<kRulesOf<kDirection>.tail>(block) & ~found.any;
+        Set(kind, found.any);
         Set(kind + 1, tail);
         hasTail = hasTail | tail;
-        const Words isShort = mayBeShort & (runs.isOne | runs.isTwo);
-        measured = measured | tail | (runs.any & ~isShort);
-        touches = touches | (runs.isOne & runs.farIsOne);
+        const Words isShort = mayBeShort & (found.isOne | found.isTwo);
         constexpr int direction = static_cast<int>(kDirection);
-        facts[kRunFacts * direction + kHasTwoCells] = runs.isTwo;
-        facts[kRunFacts * direction + kFarIsOne] = runs.farIsOne;
-        facts[kRunFacts * direction + kFarIsTwo] = runs.farIsTwo;
-        facts[kIsShort + direction] = isShort;
-        return runs.any | tail;
+        runs[direction] = found.any & ~isShort;
+        touches[direction] = found.isOne & found.farIsOne;
+        measured = measured | tail | runs[direction];
+        pixels[kFacts + kRunFacts * direction + kHasTwoCells] = found.isTwo;
+        pixels[kFacts + kRunFacts * direction + kFarIsOne] = found.farIsOne;
+        pixels[kFacts + kRunFacts * direction + kFarIsTwo] = found.farIsTwo;
+        return found.any | tail;
     }
 };
 
-// The pixels to which some decisions are confined, by their places in the image.
+// The pixels to which some decisions are limited, by their position in the image.
 template <class Words>
 struct Limits {
     Words mayRestoreAbove;  // RestoreMost1
@@ -102,7 +101,8 @@ template <class Words>
 void Decide(const FlagBlocks<Words>& block, const Limits<Words>& limits, Decisions<Words>& decisions) {
     const Words hasRight = block.template Where<R(0, 0)>(), hasDown = block.template Where<D(0, 0)>();
     Words hasTail = {};
-    decisions.Clear(kActionKinds, 16 * kActionGroups);
+    decisions.Clear(kActionKinds, kFacts);
+    decisions.Clear(kFacts + 4 * kRunFacts, 64);
     if (!IsZero(hasRight)) {
         const Words left =
             decisions.template SetRuns<RunDirection::kLeft>(kLeftRun, block, hasRight, limits.farEndIsInside, hasTail);
@@ -140,7 +140,7 @@ void Decide(const FlagBlocks<Words>& block, const Limits<Words>& limits, Decisio
     for (int i = 0; i < 8; ++i) decisions.Set(kSixth + i, sixths[i]);
 }
 
-// The pixels near which an isolated block of 2 by 2 pixels may stand, as seen by FarLengthAtDot.
+// The pixels that may be near a dot of 2 by 2 pixels, as FarLengthAtDot defines it.
 template <class Words>
 Words IsNearDot(const FlagBlocks<Words>& block) {
     const auto isAt = [&]<int kDy, FlagTest... kTests>(Pattern<kTests...>) {
@@ -151,33 +151,46 @@ Words IsNearDot(const FlagBlocks<Words>& block) {
     return dots << 2 | dots << 1 | dots | dots >> 1;
 }
 
-// For a group of 16 kinds the same bits, turned: 16 bits for each pixel. Words that are exchanged byte by byte four
-// times have one byte of each kind side by side, for eight pixels; movemask takes one bit of each.
+// The transposed decisions: 64 bits for each pixel in place of one bit of each pixel for 64 kinds and facts. Four
+// rounds of interleaving bytes put the bytes of 16 kinds for the same eight pixels side by side; movemask then takes
+// one bit of each.
 template <class Words>
-class ActionGroup {
+class TurnedWords {
 public:
-    explicit ActionGroup(const Words* kinds) {
-        Words any = kinds[0];
-        for (int i = 1; i < 16; ++i) any = any | kinds[i];
-        isEmpty = IsZero(any);
-        if (isEmpty) return;
-        Words once[16], twice[16];
-        Exchange(kinds, once);
-        Exchange(once, twice);
-        Exchange(twice, once);
-        Exchange(once, turned);
+    explicit TurnedWords(const Words* words) {
+        for (int group = 0; group < kGroups; ++group) Turn(words + 16 * group, turned[group]);
     }
 
-    // The kinds at the pixel with the block's bit `bit`: bit k is kind k of the group.
+    // The words at the pixel with the block's bit `bit`: bit k is that of word k.
     uint64_t At(int block, int bit) const {
-        if (isEmpty) return 0;
         const int column = (block & 1) * 8 + (bit >> 3);  // of the 16 byte columns of a half vector
-        const auto* const bytes = reinterpret_cast<const uint8_t*>(&turned[column]) + (block >> 1) * 16;
-        const __m128i kinds = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
-        return static_cast<uint32_t>(_mm_movemask_epi8(_mm_sll_epi64(kinds, _mm_cvtsi32_si128(7 - (bit & 7)))));
+        const size_t offset = static_cast<size_t>(column) * sizeof(Words) + static_cast<size_t>(block >> 1) * 16;
+        const __m128i shift = _mm_cvtsi32_si128(7 - (bit & 7));
+        uint64_t bits = 0;
+        for (int group = 0; group < kGroups; ++group) {
+            const auto* const bytes = reinterpret_cast<const uint8_t*>(turned[group]) + offset;
+            const __m128i words = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
+            bits |= static_cast<uint64_t>(_mm_movemask_epi8(_mm_sll_epi64(words, shift))) << 16 * group;
+        }
+        return bits;
     }
 
 private:
+    static constexpr int kGroups = 4;
+
+    static void Turn(const Words* words, Words* to) {
+        Words any = words[0];
+        for (int i = 1; i < 16; ++i) any = any | words[i];
+        if (IsZero(any)) {
+            for (int i = 0; i < 16; ++i) to[i] = Words{};
+            return;
+        }
+        Words once[16], twice[16];
+        Exchange(words, once);
+        Exchange(once, twice);
+        Exchange(twice, once);
+        Exchange(once, to);
+    }
     static void Exchange(const Words* from, Words* to) {
         for (int i = 0; i < 8; ++i) {
             to[2 * i] = InterleaveLow(from[i], from[i + 8]);
@@ -185,8 +198,7 @@ private:
         }
     }
 
-    bool isEmpty;
-    Words turned[16];
+    Words turned[kGroups][16];
 };
 
 }  // namespace stairmelt::inline STAIRMELT_SET

@@ -1,7 +1,7 @@
-// The flags of some blocks of pixels, and of the rows around them, as vectors of words. Each word has
-// one block: bit k is column x + k - kGuardColumns of the block that begins at column x. The four bits on either side
-// are there to be looked at from the pixels between them, so that an offset is a shift. Since every cell around the
-// image reads as zero, testing all conditions gives what testing them one by one does.
+// The flags of a few blocks of pixels and of the rows around them, as vectors of words. Each word holds one block: bit
+// k is column x + k - kGuardColumns of the block that begins at column x. The four bits on either side are neighbours,
+// so that a test at an offset is a shift. Since every cell around the image reads as zero, testing all conditions at
+// once gives the same result as testing them one by one.
 //
 // Words is a vector of two or four words (words_sse2.h, words_avx2.h) with the operators of one.
 #pragma once
@@ -46,7 +46,7 @@ struct BlockPlace {
 template <class Words>
 class FlagBlocks {
 public:
-    // Loads as many blocks as Words holds, each from its own place.
+    // Loads as many blocks as Words holds, each from its own place in the image.
     FlagBlocks(const FlagPlanes& planes, const BlockPlace* places) {
         const uint8_t* at[kBlocksOf<Words>];
         for (int i = 0; i < kBlocksOf<Words>; ++i)

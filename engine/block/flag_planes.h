@@ -1,24 +1,24 @@
 // The flags of all pixels as bits: for each row of pixels one row of bits for R, one for D, one for X and one for A.
-// One instruction looks at the same flag of up to 64 pixels.
+// One instruction tests the same flag of up to 64 pixels.
 //
 // In a row of bits, column x is bit x + kGuardColumns, counted from the lowest bit of the row's first byte. Zero bits
 // surround the image: a flag may be read for x from -60 to 60 beyond the width, and for y from -kGuardRows to
-// height + kGuardRows - 1, so that no reader tests for the image's edge. Rows without flags are never written, and
+// height + kGuardRows - 1, so that readers need no bounds tests. Rows without flags are never written, and
 // zeroed pages are handed out as they are touched: a flat part of a picture costs no memory traffic.
 //
 // When rows are built. Flags are read from the destination while it still equals the source, and the flags of row y
 // depend on pixel rows y and y + 1. So a pixel row y may be changed only once Need(y) has been called. The planner
-// keeps kRowsAhead rows built beyond the visited one. That covers all that is changed below it but for ramps and
-// diagonals that go farther down: the planner calls Need for each row that a walk downward looks at, and the painter
-// for each row that a ramp too long for its cache, or a diagonal's, will change.
+// keeps kRowsAhead rows built beyond the visited one. That covers everything that is changed below it except by ramps
+// and diagonals that go farther down. For those, the planner calls Need for each row that a downward walk reads, and
+// the painter for each row that a ramp too long for its cache will change.
 //
 // Units of columns:
 //   4    group: in its first three columns the definition tests some diagonals only after other flags (cell_builder.h)
-//   64   chunk: looked at in all rows that are built together, and skipped where flat
+//   64   chunk: compared in all rows that are built together, and skipped where flat
 //   16   part of a chunk, compared at a time; bytes with AVX2 are compared as whole chunks
 //   56   block: decided at a time in one word of 64 bits, with kReachColumns = 4 neighbours on either side; a multiple
 //        of 8, so that it begins at a byte
-//   57   window: what is left at least of a word that is loaded from a byte and shifted to begin at any bit
+//   57   window: the columns that remain at least of a word that is loaded from a byte and shifted to begin at any bit
 // Two or four blocks are decided together, as many as a vector has words.
 #pragma once
 
@@ -37,11 +37,11 @@ constexpr int32_t kBlockColumns = 56;
 constexpr int32_t kWindowColumns = 57;
 constexpr int32_t kGuardColumns = kReachColumns;
 constexpr int32_t kRowsAhead = 16;
-// A walk along a column looks at so many rows at a time.
+// The number of rows that a walk along a column reads at a time.
 constexpr int32_t kWindowRows = 4;
 constexpr int32_t kGuardRows = kWindowRows + kReachRows;
 
-// The place of a flag's plane among the four.
+// The index of a flag's plane among the four.
 constexpr int PlaneOf(uint8_t flag) { return (flag >> 1) - (flag >> 3); }
 static_assert(PlaneOf(kFlagR) == 0 && PlaneOf(kFlagD) == 1 && PlaneOf(kFlagX) == 2 && PlaneOf(kFlagA) == 3);
 
@@ -51,7 +51,7 @@ inline uint64_t LoadWord(const uint8_t* at) {
     return word;
 }
 
-// Sets the flags of further rows when they are wanted.
+// Builds the flags of further rows on demand.
 class RowBuilder {
 public:
     // Sets the flags of all rows below `end`, which is at most the height.
@@ -68,8 +68,7 @@ public:
     FlagPlanes(const FlagPlanes&) = delete;
     FlagPlanes& operator=(const FlagPlanes&) = delete;
 
-    // Allocates zeroed planes, once in the object's life, for sides of at least 1. Returns false if the memory can't be
-    // had.
+    // Allocates zeroed planes for sides of at least 1; called once. Returns false if memory is short.
     bool Allocate(int32_t width, int32_t rowCount) {
         height = rowCount;
         const int64_t bitBytes = (static_cast<int64_t>(width) + kGuardColumns + 7) / 8;
@@ -109,7 +108,7 @@ public:
         builtRows = 0;
     }
 
-    // Has the flags of row y built, and of all above it. Rows beyond the image have none.
+    // Ensures that the flags of row y and of all rows above it are built. Rows beyond the image have none.
     void Need(int32_t y) {
         if (y >= builtRows) BuildMore(y);
     }
@@ -121,7 +120,7 @@ public:
 private:
     // Between two rows of bits, so that whole words may be read across a row's ends.
     static constexpr int64_t kGuardBytes = 8;
-    // Behind the last row: its last block may be read as a whole.
+    // After the last row, whose last block may be read as a whole.
     static constexpr int64_t kTailBytes = 8;
 
     void BuildMore(int32_t y) {
@@ -141,7 +140,7 @@ private:
     void* memory = nullptr;
 };
 
-// A pixel of the planes as the origin of offsets. Counting downward has the rows built that it comes to.
+// A pixel of the planes as the origin of offsets. Counting downward ensures that the rows it reads are built.
 struct PlaneCursor {
     FlagPlanes& planes;
     const uint8_t* row;  // of plane R
@@ -157,8 +156,6 @@ struct PlaneCursor {
         y += dy;
         row += dy * planes.RowBytes();
     }
-
-    void NeedRow() const { planes.Need(y + kReachRows); }
 
     // The number of cells, from (fromX, fromY) on in steps of (kDx, kDy), at which all tests hold.
     template <int kDx, int kDy, FlagTest... kTests>
@@ -179,9 +176,9 @@ struct PlaneCursor {
                 }
                 inWindow = TrailingOnes(cells, kWindow);
             } else if constexpr (kDx > 0) {
-                inWindow = TrailingOnes((at.CellsFrom(kTests) & ...), kWindow);
+                inWindow = TrailingOnes((at.CellsAlong<kDx>(kTests) & ...), kWindow);
             } else {
-                inWindow = LeadingOnes((at.CellsUpTo(kTests) & ...), kWindow);
+                inWindow = LeadingOnes((at.CellsAlong<kDx>(kTests) & ...), kWindow);
             }
             n += inWindow;
             if (inWindow < kWindow) return n;
@@ -189,30 +186,28 @@ struct PlaneCursor {
         }
     }
 
+    // A row of kWindowColumns cells: to the right (kDx 1) bit k is column x + k, to the left bit 63 - k is column x -
+    // k.
+    template <int kDx>
+    uint64_t CellsAlong(FlagTest test) const {
+        const int32_t bit = x + test.dx + kGuardColumns;
+        const uint8_t* const at = PlaneRow(test) + (bit >> 3);
+        const uint64_t flags = kDx > 0 ? LoadWord(at) >> (bit & 7) : LoadWord(at - 7) << (7 - (bit & 7));
+        return test.wanted ? flags : ~flags;
+    }
+
 private:
-    // The byte with the bit of a column of the test's plane and row.
-    const uint8_t* ByteOf(FlagTest test, int32_t bit) const {
-        return row + test.dy * planes.RowBytes() + PlaneOf(test.flag) * planes.PlaneBytes() + (bit >> 3);
+    const uint8_t* PlaneRow(FlagTest test) const {
+        return row + test.dy * planes.RowBytes() + PlaneOf(test.flag) * planes.PlaneBytes();
     }
-    int32_t BitOf(FlagTest test) const { return x + test.dx + kGuardColumns; }
 
+    // All tests within reach of the pixel lie in one 16-bit word of their row.
     uint32_t Bit(FlagTest test) const {
-        const int32_t bit = BitOf(test);
-        const uint32_t byte = *ByteOf(test, bit);
-        return (test.wanted ? byte : ~byte) >> (bit & 7) & 1;
-    }
-
-    // A row of cells to the right: bit k is column x + k.
-    uint64_t CellsFrom(FlagTest test) const {
-        const int32_t bit = BitOf(test);
-        const uint64_t flags = LoadWord(ByteOf(test, bit)) >> (bit & 7);
-        return test.wanted ? flags : ~flags;
-    }
-    // And to the left: bit 63 - k is column x - k.
-    uint64_t CellsUpTo(FlagTest test) const {
-        const int32_t bit = BitOf(test);
-        const uint64_t flags = LoadWord(ByteOf(test, bit) - 7) << (7 - (bit & 7));
-        return test.wanted ? flags : ~flags;
+        static_assert(kGuardColumns == kReachColumns && 7 + 2 * kReachColumns < 16);
+        uint16_t flags;
+        std::memcpy(&flags, PlaneRow(test) + (x >> 3), sizeof flags);
+        const uint32_t bit = static_cast<uint32_t>(flags) >> (x & 7) >> (test.dx + kReachColumns) & 1;
+        return test.wanted ? bit : bit ^ 1;
     }
 };
 

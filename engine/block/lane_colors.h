@@ -1,6 +1,6 @@
-// The colours of a pixel in the four lanes of a vector, mixed at once: what SampleColors (mix.h) does one sample after
-// the other, with the same result to the bit. Lanes hold 32 bits, wrap as SampleColors does, and are truncated to a
-// sample by keeping the low bits.
+// The colours of a pixel in the four lanes of a vector, mixed at once: the vector form of SampleColors (mix.h), with
+// the same result to the bit. Lanes hold 32 bits, wrap as SampleColors does, and are truncated to a sample by keeping
+// the low bits.
 //
 // Included only by files that are compiled for AVX2.
 #pragma once
@@ -16,7 +16,7 @@
 
 namespace stairmelt::inline STAIRMELT_SET {
 
-// kBytes bytes in the low end of a vector, without touching those behind them.
+// Loads kBytes bytes into the low end of a vector, without reading beyond them.
 template <int kBytes>
 __m128i LoadBytes(const uint8_t* at) {
     const auto part = [&]<class Word>(Word word, int offset) {

@@ -1,6 +1,6 @@
 // Builds the flags of an image as bits: the one phase of a kernel that touches every pixel. The flags are those of
-// cell_builder.h, which is the definition. Chunks are skipped where all their pixels are equal, and compared as a whole
-// where not: most of a drawing is flat, and most of a photograph isn't.
+// cell_builder.h, which is the definition. Chunks whose pixels are all equal are skipped, others are compared as a
+// whole: most of a drawing is flat, and most of a photograph isn't.
 #pragma once
 
 #include <cstdint>
@@ -40,7 +40,7 @@ public:
     }
 
 private:
-    // With the rows of the instruction set, where it has its own and they support the threshold.
+    // Uses the instruction set's own rows if it has any and they support the threshold.
     void BuildBandBest(int32_t end) {
         if constexpr (Format::kComparesChunks) {
             using OwnRow = typename Format::InstructionSet::template Row<Format>;
@@ -49,7 +49,7 @@ private:
         BuildBand<ChunkRow<Format>>(end);
     }
 
-    // Chunk by chunk, each from the first row to the last one, so that a row is looked at and laid out once in a band.
+    // Chunk by chunk, each from the first row to the last one, so that each row of a band is loaded and laid out once.
     template <class Row>
     void BuildBand(int32_t end) {
         const int32_t packedEnd = cells.PackedEnd();
@@ -74,7 +74,7 @@ private:
 
     template <class Row>
     void BuildChunk(int32_t x, int32_t end) {
-        // The parts of a chunk that are laid out at a time, and which row each holds beside the one above it.
+        // The parts of a chunk, which are laid out separately, and the lower of the two rows that each holds.
         constexpr int kParts = kChunkColumns / Row::kColumns;
         Row rows[kParts][2];
         int32_t loadedRows[kParts];
@@ -110,7 +110,7 @@ private:
         }
     }
 
-    // True if the chunk's pixels and the one behind them all have the same bits. Equal pixels never differ, whatever
+    // True if the chunk's pixels and the one after them all have the same bits. Equal pixels never differ, whatever
     // the format, as long as the threshold isn't negative.
     template <int kColumns>
     bool IsFlat(const uint8_t* chunk) const {

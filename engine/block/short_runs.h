@@ -1,6 +1,6 @@
 // The runs of one and two cells of all pixels of some blocks, with the runs at their far ends, by the same rules as
-// RunLength and MeasureRun (rules/run_rules.h): most runs are that short, and measuring each would cost more than all
-// else.
+// RunLength and MeasureRun (rules/run_rules.h): most runs are that short, and measuring each of them would take most
+// of the time.
 #pragma once
 
 #include "engine/block/flag_block.h"
@@ -17,7 +17,7 @@ struct ShortRuns {
     Words farIsTwo;
 };
 
-// One walk from both ends: the cells that go on, and where it counts.
+// One walk, forth or back: the cells at which it continues, and where it counts.
 template <RunScanner kForth, Walk kWalk, class Words>
 struct ShortWalk {
     Words cells[3];  // the walk doesn't stop before cell 1, 2, 3
@@ -45,15 +45,15 @@ ShortRuns<Words> FindShortRuns(const FlagBlocks<Words>& block, Words hasEdge) {
     ShortRuns<Words> runs;
     runs.any = hasEdge & (first.counts | second.counts);
 
-    // The first walk wins where it ends closed, else the longer one does.
+    // The first walk wins if it ends closed; otherwise the longer one does.
     const Words oneWins = first.IsOne() & block.template Where<Moved(kForth.end, 2 * dx, 2 * dy)>();
     const Words twoWins = first.IsTwo() & block.template Where<Moved(kForth.end, 3 * dx, 3 * dy)>();
     const Words isLong = (first.IsLong() | second.IsLong()) & ~(oneWins | twoWins);
     runs.isTwo = runs.any & ~isLong & ~oneWins & (first.IsTwo() | second.IsTwo());
     runs.isOne = runs.any & ~isLong & ~runs.isTwo;
 
-    // The walks back cross the same cells and end at the edge itself: a far run is never the longer one. It has the
-    // cells that go on from its own end, unless its guard drops it.
+    // The walks back cross the same cells and end at the edge itself: a far run is never the longer one. It
+    // consists of the continuing cells at its own end, unless its guard drops it.
     const auto backGuard1 = [&]<int kCells>() {
         return block.template Where<Not(Moved(kBack.first.guard, (kCells + 1) * dx, (kCells + 1) * dy))>();
     };

@@ -21,13 +21,13 @@ inline FourWords operator>>(FourWords a, int count) { return {_mm256_srli_epi64(
 
 inline bool IsZero(FourWords a) { return _mm256_testz_si256(a.words, a.words) != 0; }
 
-// 16 bytes from each of two places.
+// Loads 16 bytes from each of two places.
 inline __m256i LoadHalves(const uint8_t* low, const uint8_t* high) {
     return _mm256_inserti128_si256(_mm256_castsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(low))),
                                    _mm_loadu_si128(reinterpret_cast<const __m128i*>(high)), 1);
 }
 
-// A word from each of four places.
+// Loads a word from each of four places.
 inline void LoadBlocks(FourWords& to, const uint8_t* const* at, ptrdiff_t offset) {
     const auto two = [&](const uint8_t* low, const uint8_t* high) {
         return _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(low + offset)),
@@ -36,7 +36,7 @@ inline void LoadBlocks(FourWords& to, const uint8_t* const* at, ptrdiff_t offset
     to.words = _mm256_inserti128_si256(_mm256_castsi128_si256(two(at[0], at[1])), two(at[2], at[3]), 1);
 }
 
-// The bytes of both, in turns: those of the low and of the high half of each 16 bytes.
+// Interleaves the bytes of the low and of the high half of each 16 bytes.
 inline FourWords InterleaveLow(FourWords a, FourWords b) { return {_mm256_unpacklo_epi8(a.words, b.words)}; }
 inline FourWords InterleaveHigh(FourWords a, FourWords b) { return {_mm256_unpackhi_epi8(a.words, b.words)}; }
 

@@ -21,13 +21,13 @@ inline TwoWords operator>>(TwoWords a, int count) { return {_mm_srli_epi64(a.wor
 
 inline bool IsZero(TwoWords a) { return _mm_movemask_epi8(_mm_cmpeq_epi8(a.words, _mm_setzero_si128())) == 0xFFFF; }
 
-// A word from each of two places.
+// Loads a word from each of two places.
 inline void LoadBlocks(TwoWords& to, const uint8_t* const* at, ptrdiff_t offset) {
     to.words = _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(at[0] + offset)),
                                   _mm_loadl_epi64(reinterpret_cast<const __m128i*>(at[1] + offset)));
 }
 
-// The bytes of both, in turns: those of the low and of the high half of each 16 bytes.
+// Interleaves the bytes of the low and of the high half of each 16 bytes.
 inline TwoWords InterleaveLow(TwoWords a, TwoWords b) { return {_mm_unpacklo_epi8(a.words, b.words)}; }
 inline TwoWords InterleaveHigh(TwoWords a, TwoWords b) { return {_mm_unpackhi_epi8(a.words, b.words)}; }
 

@@ -1,5 +1,5 @@
-// One flag byte for each pixel, telling which neighbours it differs from. Every decision of the plain form rests on
-// these bytes; only the edge builder writes them.
+// One byte of flags for each pixel, which say which neighbours it differs from. Every decision of the plain form rests
+// on these bytes; only the edge builder writes them.
 //
 // Cells stand in rows of `stride` bytes with a zeroed guard border around the image: a cell (x, y) may be read for x
 // from -4 to stride - 5, which is at least width, and for y from -1 to height. Scanners and patterns read the border in
@@ -21,8 +21,8 @@ public:
     EdgeMap(const EdgeMap&) = delete;
     EdgeMap& operator=(const EdgeMap&) = delete;
 
-    // Allocates a zeroed map, once in a map's life. Returns false when the size can't be had; the map is then empty.
-    // Sizes below 1 are taken as they come: a map without pixels is two guard rows, whatever its other size.
+    // Allocates a zeroed map; called once. Returns false if memory is short; the map is then empty. Sizes below 1 are
+    // valid: a map without pixels consists of two guard rows.
     bool Allocate(int32_t width, int32_t height);
 
     uint8_t* CellAt(int32_t x, int32_t y) { return cells + static_cast<ptrdiff_t>(y) * stride + x; }
@@ -46,7 +46,6 @@ struct FlagCursor {
         return Holds(kTest);
     }
     void Move(int32_t dx, int32_t dy) { cell += dy * stride + dx; }
-    void NeedRow() const {}  // all rows are built
 
     // The number of cells, from (fromX, fromY) on in steps of (kDx, kDy), at which all tests hold.
     template <int kDx, int kDy, FlagTest... kTests>

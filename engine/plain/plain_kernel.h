@@ -1,4 +1,4 @@
-// The kernel in its plain form: the definition of the result, and what serves narrow images.
+// The kernel in its plain form: the definition of the result. It also runs on narrow images.
 #pragma once
 
 #include <cstdint>
@@ -12,15 +12,15 @@
 
 namespace stairmelt {
 
-// Serves views of one size, whatever it is. Returns kKernelDone or kKernelMemoryError.
+// For two views of the same, arbitrary size. Returns kKernelDone or kKernelMemoryError.
 template <class Format>
 int32_t SmoothPlainly(const KernelJob& job) {
     const ImageView& destination = *job.destination;
     EdgeMap map;
     if (!map.Allocate(destination.width, destination.height)) return kKernelMemoryError;
-    // A host may tell 2^31 rows of no pixels, which aren't to be walked.
+    // A host may report 2^31 rows of no pixels: skip them.
     if (destination.width < 1 || destination.height < 1) return kKernelDone;
-    // From the destination, which still equals the source.
+    // Reads the destination, which still equals the source.
     BuildEdgeMap<Format>(destination, DeriveEdgeThreshold<Format>(job.colorThreshold), map);
     StairScan<Format>{job, map, DeriveScanWeights<Format>(job)}.Run();
     return kKernelDone;

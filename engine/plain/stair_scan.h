@@ -1,6 +1,7 @@
 // The scan: visits every flagged pixel once, in row order, decides what kind of edge it stands at, and sends ramps,
-// fades, restores and single blends into the destination. All decisions rest on the edge map, which stays as the image
-// was. A pixel that several visits change is mixed several times, and the order of the scan fixes the result.
+// fades, restores and single blends into the destination. All decisions depend on the edge map alone, which keeps the
+// state of the unchanged image. A pixel that several visits change is mixed several times, and the order of the scan
+// fixes the result.
 #pragma once
 
 #include <cstdint>
@@ -56,7 +57,7 @@ struct StairScan {
     void SmoothRightEdge(int32_t x, int32_t y, bool& tailRan) {
         const bool leftDone = SmoothRun<RunDirection::kLeft>(x, y, tailRan);
         const bool rightDone = SmoothRun<RunDirection::kRight>(x, y, tailRan);
-        const bool faded = StraightRiser::Holds(CursorAt(map, x, y)) && FadeDiagonals(kRiserDiagonals, x, y);
+        const bool faded = StraightRiser::Holds(CursorAt(map, x, y)) && FadeDiagonals<kRiserDiagonals>(x, y);
         if (!faded && !IsRightEdgeCut(CursorAt(map, x, y))) {
             if (!rightDone) Apply(kContactRight, x, y);
             if (!leftDone) Apply(kContactLeft, x, y);
@@ -64,16 +65,16 @@ struct StairScan {
         BlendFirst<RestoreRight1, RestoreRight2, RestoreRight3>(x, y);
     }
 
-    // Makes no contact blends: the two edges are unlike on purpose.
+    // Makes no contact blends: the two edges are deliberately treated differently.
     void SmoothDownEdge(int32_t x, int32_t y, bool hasRight, bool& tailRan) {
         SmoothRun<RunDirection::kUp>(x, y, tailRan);
         SmoothRun<RunDirection::kDown>(x, y, tailRan);
-        if (StraightTread::Holds(CursorAt(map, x, y))) FadeDiagonals(kTreadDiagonals, x, y);
+        if (StraightTread::Holds(CursorAt(map, x, y))) FadeDiagonals<kTreadDiagonals>(x, y);
         BlendFirst<RestoreDown1, RestoreDown2, RestoreDown3>(x, y);
         if (hasRight) BlendFirst<RestoreCorner1, RestoreCorner2>(x, y);
     }
 
-    // Averages a lone pixel or the tip of a spike, or else takes a pixel beside a corner most of the way back.
+    // Averages a lone pixel or the tip of a spike; otherwise restores most of a pixel beside a corner.
     void AnalyseCorner(int32_t x, int32_t y) {
         if (IsLonePixelOrSpikeTip(CursorAt(map, x, y))) {
             AverageIsolatedPixel<Format>(job, x, y, weights.neighbourWeight);
@@ -121,22 +122,26 @@ struct StairScan {
         }
     }
 
-    // Measures and fades all four diagonals; returns whether any was faded. One that is doesn't stop the next.
-    bool FadeDiagonals(const Diagonal (&diagonals)[4], int32_t x, int32_t y) {
-        bool faded = false;
-        for (const Diagonal& diagonal : diagonals) {
-            const int32_t n = DiagonalLength(CursorAt(map, x, y), diagonal);
-            if (n < kShortestDiagonal) continue;
-            FadeDiagonal(diagonal, x, y, n);
-            faded = true;
-        }
-        return faded;
+    // Measures and fades all four diagonals; returns whether any was faded. Several of them can be faded.
+    template <const Diagonal (&kDiagonals)[4]>
+    bool FadeDiagonals(int32_t x, int32_t y) {
+        const bool faded[] = {FadeDiagonal<kDiagonals[0]>(x, y), FadeDiagonal<kDiagonals[1]>(x, y),
+                              FadeDiagonal<kDiagonals[2]>(x, y), FadeDiagonal<kDiagonals[3]>(x, y)};
+        return faded[0] || faded[1] || faded[2] || faded[3];
+    }
+
+    template <Diagonal kDiagonal>
+    bool FadeDiagonal(int32_t x, int32_t y) {
+        const int32_t n = DiagonalLength<kDiagonal>(CursorAt(map, x, y));
+        if (n < kShortestDiagonal) return false;
+        FadeAlong(kDiagonal, x, y, n);
+        return true;
     }
 
     // In each pair of pixels across the stair, one takes a part of the other's value; where the stair goes upward, the
     // other is also brought back toward its own source value. A script's softness can make the ramp outlast the
     // measured cells; then the walk ends before it leaves the image.
-    void FadeDiagonal(const Diagonal& diagonal, int32_t x, int32_t y, int32_t n) {
+    void FadeAlong(const Diagonal& diagonal, int32_t x, int32_t y, int32_t n) {
         using Weights = typename Format::Weights;
         Ramp third = FadeRamp<Weights>(Weights::kThird, job.softness, n, job.bias);
         Ramp half = FadeRamp<Weights>(Weights::kHalf, job.softness, n, job.bias);

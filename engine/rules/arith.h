@@ -1,4 +1,4 @@
-// Required wraps and truncations, each by name. The kernels' results depend on them: parameters reach the kernels
+// Named helpers for required wraps and truncations. The kernels' results depend on them: parameters reach the kernels
 // unchecked from scripts, and the ramps rely on some products wrapping at 32 bits.
 #pragma once
 
@@ -29,7 +29,7 @@ constexpr int32_t QuotientOrZero(int32_t a, int32_t b) {
     return a / b;
 }
 
-// Truncates toward zero. A value that doesn't fit, NaN too, gives the lowest integer, as the x86-64 conversion does.
+// Truncates toward zero. NaN and values out of range give the lowest integer, as the x86-64 conversion does.
 template <class Float>
 constexpr int32_t TruncateToInt(Float value) {
     constexpr Float kLimit = static_cast<Float>(2147483648.0);

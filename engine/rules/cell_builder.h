@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
 #include <type_traits>
 
 #include "engine/image.h"
@@ -19,7 +18,7 @@ namespace stairmelt::inline STAIRMELT_SET {
 template <class Format>
 using EdgeThreshold = std::conditional_t<std::is_floating_point_v<typename Format::Sample>, float, int32_t>;
 
-// Strict: a distance equal to the threshold is no difference, and one that isn't a number neither.
+// Strict: a distance equal to the threshold is no difference, and neither is NaN.
 template <class Format>
 bool Differs(const typename Format::Pixel& a, const typename Format::Pixel& b, EdgeThreshold<Format> threshold) {
     if constexpr (std::is_floating_point_v<typename Format::Sample>) {

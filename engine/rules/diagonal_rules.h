@@ -37,19 +37,11 @@ constexpr Diagonal kTreadDiagonals[4] = {
 
 constexpr int32_t kShortestDiagonal = 2;  // cells; below it there is nothing to fade
 
-// The cells of the diagonal that leaves the edge at the cursor's pixel. NeedRow has the flags at the cursor's row
-// built.
-template <class Cursor>
-int32_t DiagonalLength(Cursor at, const Diagonal& diagonal) {
-    at.Move(diagonal.startX, diagonal.startY);
-    for (int32_t n = 0;; ++n) {
-        at.NeedRow();
-        if (!at.Holds({0, 0, diagonal.continueFlag, true}) || at.Holds(diagonal.stop[0]) ||
-            at.Holds(diagonal.stop[1])) {
-            return n;
-        }
-        at.Move(diagonal.stepX, diagonal.stepY);
-    }
+// The cells of the diagonal that leaves the edge at the cursor's pixel.
+template <Diagonal kDiagonal, class Cursor>
+int32_t DiagonalLength(const Cursor& at) {
+    return at.template CountCells<kDiagonal.stepX, kDiagonal.stepY, FlagTest{0, 0, kDiagonal.continueFlag, true},
+                                  Not(kDiagonal.stop[0]), Not(kDiagonal.stop[1])>(kDiagonal.startX, kDiagonal.startY);
 }
 
 // Where the diagonal is long enough to be faded, for all pixels of a block.

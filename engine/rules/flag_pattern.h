@@ -1,9 +1,9 @@
 // Conditions on flags as notation. R(dx, dy) holds when flag R is set in the cell at that offset from the pixel at
 // hand, and so for D, X and A; Not inverts a condition. A Pattern is a list of conditions that must all hold.
 //
-// A condition is written once and read in two ways. At one pixel, a cursor tells by Holds(test) and Where<test>()
-// whether it holds. At a block of pixels (engine/block/flag_block.h), Where<test>() has a bit for each pixel. What only
-// combines results of Where by & and | serves both.
+// A condition is written once and read in two ways. At one pixel, a cursor's Holds(test) and Where<test>() say whether
+// it holds. For a block of pixels (engine/block/flag_block.h), Where<test>() has a bit for each pixel. Code that only
+// combines results of Where by & and | works for both.
 #pragma once
 
 #include <algorithm>
@@ -50,8 +50,8 @@ struct Pattern {
     static_assert((... && (std::max(kTests.dx, -kTests.dx) <= kReachColumns &&
                            std::max(kTests.dy, -kTests.dy) <= kReachRows)));
 
-    // At one pixel: from left to right, and the first test that fails is the last. Where an offset lies beyond the edge
-    // map's guard border, a test before it has failed.
+    // At one pixel, from left to right up to the first test that fails. Offsets beyond the edge map's guard border are
+    // only reached after tests that fail there.
     template <class Cursor>
     static bool Holds(const Cursor& at) {
         return (at.Holds(kTests) && ...);

@@ -1,6 +1,6 @@
 // The ramp: the weight at each pixel as a walk moves away from an edge, and the bias curve that bends it. Every
-// operation is fixed to the bit. The integer form serves depths 8 and 16, the floating-point form depth 32; in both,
-// single precision work rounds after each operation, in the order written.
+// operation is fixed to the bit. Depths 8 and 16 use the integer form, depth 32 the floating-point form; in both,
+// single-precision operations round one by one, in the order written.
 #pragma once
 
 #include <algorithm>
@@ -50,15 +50,15 @@ BlendRamp<Weights> TailRamp(int32_t softness, int32_t n, int32_t tailBias) {
     return {false, Weights::kWhole, Weights::kWhole, RampStep<Weights>(softness, WrapAdd(n, 1)) * 2, tailBias};
 }
 
-// Fades a diagonal of n cells. Its third ramp blends and ends the walk; the half ramp restores, starts higher and has
-// no say in the end.
+// Fades a diagonal of n cells. Its third ramp blends and ends the walk; the half ramp restores, starts higher and
+// doesn't affect where the walk ends.
 template <class Weights>
 BlendRamp<Weights> FadeRamp(typename Weights::Weight fullWeight, int32_t softness, int32_t n, int32_t bias) {
     return {false, fullWeight, fullWeight, RampStep<Weights>(softness, n), bias};
 }
 
 // Advances the ramp by one pixel and returns that pixel's weight before the curve: the mean of a linear fall across the
-// pixel's width. Where the fall reaches zero part of the way across, what is left is a triangle of area
+// pixel's width. Where the fall reaches zero part of the way across, the rest is a triangle of area
 // previous^2 / (2 * step).
 template <class Weights>
 typename Weights::Weight NextRampWeight(BlendRamp<Weights>& ramp) {

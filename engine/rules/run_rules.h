@@ -1,6 +1,6 @@
 // The rules by which straight runs and tails are measured. A riser is a vertical piece of edge (flag R), a tread a
-// horizontal one (flag D). A run is the straight piece that leaves a riser or a tread; its length says how far a blend
-// may reach. A tail is the last stretch of a line one pixel thick that ends at the edge.
+// horizontal one (flag D). A run is the straight piece that leaves a riser or a tread; its length limits how far a
+// blend reaches. A tail is the last stretch of a line one pixel thick that ends at the edge.
 //
 // Rules are read at one pixel through a cursor, which also counts: CountCells<dx, dy, tests...>(fromX, fromY) is the
 // number of cells, from that offset on in steps of (dx, dy), at which all tests hold.
@@ -61,8 +61,9 @@ template <RunScanner kScanner, class Cursor>
 int32_t RunLength(const Cursor& at) {
     const int32_t n = WalkLength<kScanner, kScanner.first>(at);
     const int32_t m = WalkLength<kScanner, kScanner.second>(at);
-    const bool isClosed = n != 0 && at.Holds(Moved(kScanner.end, kScanner.dx * (n + 1), kScanner.dy * (n + 1)));
-    return isClosed || n >= m ? n : m;
+    Cursor behind = at;
+    behind.Move(kScanner.dx * (n + 1), kScanner.dy * (n + 1));
+    return (n != 0 && behind.Holds(kScanner.end)) || n >= m ? n : m;
 }
 
 // The same rule for all pixels of a block: where the walk doesn't stop before its cell number kCell, counted from 1,
@@ -130,7 +131,7 @@ auto HasTail(const Block& block) {
 
 enum class RunDirection { kLeft, kRight, kUp, kDown };
 
-// What is looked for in one direction of an edge: a run, the run on the way back from its far end, and else a tail.
+// What one direction of an edge is searched for: a run and the run back from its far end, or else a tail.
 struct DirectionRules {
     RunScanner forth, back;
     TailRule tail;

@@ -10,19 +10,20 @@
 
 namespace stairmelt::inline STAIRMELT_SET {
 
-// The four pixels right of and below the one at hand, and it: an edge all round and none inside. The left side first:
-// at the border, a cell beyond the edge map's first guard row is reached only after a test that has failed.
+// The dot formed by the current pixel and its neighbours to the right and below: edges all around, none inside. The
+// left side first: at the border, a cell beyond the edge map's first guard row is reached only after a test that has
+// failed.
 using IsolatedBlock = Pattern<R(-1, 0), R(-1, 1), R(1, 0), R(1, 1), D(0, -1), D(0, 1), D(1, -1), D(1, 1), Not(R(0, 0)),
                               Not(R(0, 1)), Not(D(0, 0)), Not(D(1, 0))>;
 
-// True if the edge at (x, y) belongs to an isolated block on the named side of it. width and height are the image's; x
-// and y may lie one beyond it on any side. Flags: an EdgeMap or FlagPlanes.
+// True if the edge at (x, y) belongs to a dot of 2 by 2 pixels on the given side of it. width and height are the
+// image's; x and y may lie one beyond it on any side. Flags: an EdgeMap or FlagPlanes.
 template <class Flags>
 bool CornerTest(RunDirection side, int32_t x, int32_t y, int32_t width, int32_t height, Flags& flags) {
     const bool isRight = side == RunDirection::kRight, isDown = side == RunDirection::kDown;
     if ((isRight && x >= width - 1) || (isDown && y >= height - 1)) return false;
     // Where exactly one of the two cells beside the edge has a flag across it, the edge lies at a corner, and the cell
-    // that has it tells on which row or column of the block the edge lies. Guard cells before it aren't tested.
+    // that has it says on which row or column of the dot the edge lies. Guard cells before it aren't tested.
     const auto at = CursorAt(flags, x, y);
     if (side == RunDirection::kLeft || isRight) {
         const FlagTest first = D(isRight ? 1 : 0, 0);

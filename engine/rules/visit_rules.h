@@ -5,7 +5,6 @@
 
 #include <cstdint>
 
-#include "engine/pixel_format.h"
 #include "engine/rules/flag_pattern.h"
 
 namespace stairmelt::inline STAIRMELT_SET {
@@ -48,7 +47,7 @@ constexpr Blend Restore(int dx, int dy, BlendWeight weight) { return {dx, dy, dx
 constexpr Blend HalfBack(int dx, int dy) { return Restore(dx, dy, BlendWeight::kHalf); }
 constexpr Blend MostlyBack(int dx, int dy) { return Restore(dx, dy, BlendWeight::kThreeQuarters); }
 
-// Of the rules of one group of restores the first that holds is applied.
+// In each group of restores, only the first rule that holds is applied.
 
 // After the right edge of a pixel.
 using RestoreRight1 = BlendRule<HalfBack(-1, 0), D(0, -1), Not(X(0, 0)), D(-1, -1), Not(R(-1, 0)), D(-1, 0), R(-2, 0),
@@ -84,8 +83,8 @@ using RestoreMost3 =
 using RestoreMost4 =
     BlendRule<MostlyBack(0, 0), Not(R(0, 0)), D(0, 0), R(-1, -1), Not(D(0, -1)), R(-1, 0), Not(A(-1, 0)), D(1, 0)>;
 
-// One-sixth blends smooth the corners at the ends of an edge. All that hold are made, in this order: the right edge's,
-// then the bottom edge's. The order matters, since both can change (1, 1).
+// One-sixth blends smooth the corners at the ends of an edge. All that hold are applied, in this order: the right
+// edge's, then the bottom edge's. The order matters, since both can change (1, 1).
 constexpr Blend Sixth(int dx, int dy, int fromDx, int fromDy) {
     return {dx, dy, fromDx, fromDy, BlendWeight::kOneSixth};
 }

@@ -17,7 +17,6 @@ TEST(DisplayPixels, ShowsTheColoursOfEachMode) {
         uint32_t first, second;  // 0xRRGGBB
         const PSPixelMask* mask = nullptr;
     } cases[] = {
-        {"gray", kModeGrayScale, {10, 200}, 0x0A0A0A, 0xC8C8C8},
         {"RGB", kModeRGBColor, {1, 2, 3, 4, 5, 6}, 0x010305, 0x020406},
         {"CMYK: no ink, and full cyan", kModeCMYKColor, {255, 0, 255, 255, 255, 255, 255, 255}, 0xFFFFFF, 0x00FFFF},
         {"Lab: white and black", kModeLabColor, {255, 0, 128, 128, 128, 128}, 0xFFFFFF, 0x000000},

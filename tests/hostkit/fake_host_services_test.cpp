@@ -22,21 +22,22 @@ TEST(FakeServices, BlocksMoveWhenUnlockedAndTellOfUseAfterDisposal) {
     EXPECT_NE(second, first) << "one unlock undoes both locks";
     EXPECT_EQ(second[19], 19);
     EXPECT_EQ(host.StillHeld(), "handle #1 locked\n");
-    EXPECT_EQ(host.Faults(), "");
     procs.disposeProc(handle);
     procs.disposeProc(handle);
     EXPECT_EQ(procs.lockProc(handle, 1), nullptr);
     EXPECT_EQ(host.Faults(), "disposeProc of the disposed handle #1\nlockProc of the disposed handle #1\n");
     EXPECT_EQ(host.StillHeld(), "");
 
-    const BufferProcs& buffers = host.buffers.procs;
     BufferID id = nullptr;
-    ASSERT_EQ(buffers.allocateProc(100, &id), kNoErr);
-    const Ptr before = buffers.lockProc(id, 1);
-    buffers.unlockProc(id);
-    EXPECT_NE(buffers.lockProc(id, 1), before);
-    buffers.freeProc(id);
-    EXPECT_EQ(host.StillHeld(), "");
+    ASSERT_EQ(host.buffers.procs.allocateProc(100, &id), kNoErr);
+    EXPECT_EQ(host.StillHeld(), "buffer #1\n");
+    host.buffers.procs.freeProc(id);
+
+    host.faults.clear();
+    host.record.abortProc();
+    host.buffers.procs.spaceProc();
+    const std::string fault = "call of a routine that a filter has no need for\n";
+    EXPECT_EQ(host.Faults(), fault + fault);
 }
 
 TEST(FakeServices, ScriptsOverwriteTheListedKeysAndTokensCloseOnce) {
@@ -52,8 +53,7 @@ TEST(FakeServices, ScriptsOverwriteTheListedKeysAndTokensCloseOnce) {
     int32_t flags, value = -1;
     ASSERT_TRUE(procs.getKeyProc(token, &key, &type, &flags));
     EXPECT_EQ(keys[0], kFirst);
-    EXPECT_NE(keys[1], kSecond);
-    EXPECT_NE(keys[1], 0u) << "would end the list";
+    EXPECT_TRUE(keys[1] != kSecond && keys[1] != 0) << "0 would end the list";
     ASSERT_TRUE(procs.getKeyProc(token, &key, &type, &flags));
     EXPECT_EQ(procs.getIntegerProc(token, &value), kParamErr);
     EXPECT_EQ(value, -1) << "a value of another type isn't stored";
@@ -72,7 +72,6 @@ TEST(FakeServices, SuitesAreForThoseWhoHoldThemAndDescriptorsForTheirOwners) {
     const SPBasicSuite& basic = host.suites.basic;
     const void* suite = &host;
     EXPECT_EQ(basic.AcquireSuite(kActionDescriptorSuite, 2, &suite), kSPSuiteNotFound);
-    EXPECT_EQ(suite, &host) << "a refusal leaves the pointer as it was";
     ASSERT_EQ(basic.AcquireSuite(kDescriptorRegistrySuite, 1, &suite), kSPNoError);
     const auto* registry = static_cast<const PSDescriptorRegistryProcs*>(suite);
     ASSERT_EQ(basic.AcquireSuite(kActionDescriptorSuite, 3, &suite), kSPNoError);

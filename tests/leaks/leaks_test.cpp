@@ -1,8 +1,7 @@
-// What thousands of runs leave behind in the host's process: nothing. Counted after the first runs, by which time
-// everything is there that the system makes once for a process, and again at the end.
+// Thousands of runs leave nothing behind in the host's process. What it holds is counted after the first runs, when the
+// system has created everything that it creates once per process, and again at the end.
 //
-// STAIRMELT_SILENT_RUNS and STAIRMELT_OPENINGS in the environment ask for more than the short form that is made
-// without.
+// STAIRMELT_SILENT_RUNS and STAIRMELT_OPENINGS in the environment set the number of repetitions; the default is short.
 #include <windows.h>
 
 #include <algorithm>
@@ -21,11 +20,10 @@ namespace {
 
 struct Possessions {
     int handles, gdiObjects, userObjects;
-    int privateKilobytes;  // memory of the process's own that is committed
-    int heapKilobytes;     // of it, what is in use in its heaps
+    int privateKilobytes;  // committed private memory of the process
 };
 
-// Wine says 0 of a process's handles, but lists those of all processes.
+// Wine reports 0 handles for a process, but lists those of all processes.
 int CountHandles() {
     DWORD count = 0;
     if (GetProcessHandleCount(GetCurrentProcess(), &count) && count != 0) return static_cast<int>(count);
@@ -53,7 +51,7 @@ int CountHandles() {
     return static_cast<int>(count);
 }
 
-// What Windows calls a process's private usage, which is 0 in Wine.
+// Windows reports this as a process's private usage; Wine reports 0 there.
 int CountPrivateKilobytes() {
     size_t bytes = 0;
     MEMORY_BASIC_INFORMATION region = {};
@@ -63,51 +61,26 @@ int CountPrivateKilobytes() {
     return static_cast<int>(bytes / 1024);
 }
 
-int CountHeapKilobytes() {
-    HANDLE heaps[64];
-    const DWORD count = std::min<DWORD>(GetProcessHeaps(64, heaps), 64);
-    size_t bytes = 0;
-    for (DWORD i = 0; i < count; ++i) {
-        PROCESS_HEAP_ENTRY entry = {};
-        HeapLock(heaps[i]);
-        while (HeapWalk(heaps[i], &entry)) {
-            if ((entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0) bytes += entry.cbData;
-        }
-        HeapUnlock(heaps[i]);
-    }
-    return static_cast<int>(bytes / 1024);
-}
-
-Possessions Count() {
-    return {CountHandles(), CountGdiObjects(), CountUserObjects(), CountPrivateKilobytes(), CountHeapKilobytes()};
-}
+Possessions Count() { return {CountHandles(), CountGdiObjects(), CountUserObjects(), CountPrivateKilobytes()}; }
 
 int FromEnvironment(const char* name, int otherwise) {
     const char* const text = std::getenv(name);
     return text != nullptr ? std::atoi(text) : otherwise;
 }
 
-void PrintTable(const char* what, int early, const Possessions& before, int late, const Possessions& after) {
-    std::printf("%-20s after %6d  after %6d\n", what, early, late);
-    const auto row = [](const char* name, int first, int last) {
-        std::printf("  %-18s %12d  %12d\n", name, first, last);
-    };
-    row("handles", before.handles, after.handles);
-    row("GDI objects", before.gdiObjects, after.gdiObjects);
-    row("USER objects", before.userObjects, after.userObjects);
-    row("private KiB", before.privateKilobytes, after.privateKilobytes);
-    row("in heaps, KiB", before.heapKilobytes, after.heapKilobytes);
+void Print(const char* what, int times, const Possessions& held) {
+    std::printf("after %6d %-15s %6d handles %6d GDI %6d USER objects %8d KiB\n", times, what, held.handles,
+                held.gdiObjects, held.userObjects, held.privateKilobytes);
     std::fflush(stdout);
 }
 
-// The heap's own unevenness. A leak of some bytes in every run exceeds it in the long form.
+// Heap usage fluctuates by itself. A leak of a few bytes per run exceeds this in the long form.
 constexpr int kToleratedKilobytes = 512;
-// What the system opens once for itself, at a time of its own. A leak in every tenth run exceeds it in the short form.
+// The system opens some handles once, at a time of its own. A leak in every tenth run exceeds this in the short form.
 constexpr int kToleratedHandles = 2;
 
 class Leaks : public DialogSession {
 protected:
-    // Does one thing so many times.
     template <class Once>
     void Repeat(const char* what, int times, Once once) {
         const int early = std::max(1, std::min(100, times / 4));
@@ -118,14 +91,15 @@ protected:
             if (i + 1 == early) before = Count();
         }
         const Possessions after = Count();
-        PrintTable(what, early, before, times, after);
+        Print(what, early, before);
+        Print(what, times, after);
         EXPECT_LE(after.handles, before.handles + kToleratedHandles);
         EXPECT_EQ(after.gdiObjects, before.gdiObjects + leftBySystem * (times - early));
         EXPECT_EQ(after.userObjects, before.userObjects);
         EXPECT_LE(after.privateKilobytes, before.privateKilobytes + kToleratedKilobytes);
     }
 
-    // The host's own records grow with every run. What the plug-in didn't give back stays in them.
+    // Clears the host's records, which grow with every run, except for what the plug-in hasn't released.
     void ForgetPast() {
         EXPECT_EQ(host.Faults(), "");
         EXPECT_EQ(
@@ -139,10 +113,10 @@ protected:
         for (BlockStore* store : {&host.handles.blocks, &host.buffers.blocks}) {
             while (!store->made.empty() && !store->made.back().isLive) store->made.pop_back();
         }
-        EXPECT_LE(host.handles.blocks.made.size(), 2u) << "more than what it keeps from run to run";
+        EXPECT_LE(host.handles.blocks.made.size(), 2u) << "more than it keeps from run to run";
     }
 
-    int leftBySystem = 0;  // GDI objects that every opening leaves, whatever the plug-in does
+    int leftBySystem = 0;  // GDI objects that the system itself leaks in every repetition
 
     int16_t RunSilently(RunKind kind) {
         return host.RunFilter(
@@ -153,7 +127,7 @@ protected:
 }  // namespace
 
 TEST_F(Leaks, SilentRuns) {
-    // The first run from the menu shows the dialog, and makes what is kept from run to run.
+    // The first run from the menu shows the dialog and creates what is kept from run to run.
     ASSERT_NE(Open(), nullptr);
     ASSERT_EQ(Close(IDOK), kNoErr);
     std::vector<FakeDocument> documents;
@@ -171,7 +145,7 @@ TEST_F(Leaks, SilentRuns) {
     });
 }
 
-// Some hosts load the file anew for every run.
+// Some hosts load the library again for every run.
 TEST_F(Leaks, Loads) {
     ASSERT_NE(Open(), nullptr);
     ASSERT_EQ(Close(IDOK), kNoErr);
@@ -187,7 +161,6 @@ TEST_F(Leaks, Loads) {
 TEST_F(Leaks, DialogOpenings) {
     Repeat("dialog openings", FromEnvironment("STAIRMELT_OPENINGS", 40), [&](int i) {
         ASSERT_NE(Open(), nullptr);
-        // As the preview follows a value and a zoom, most of the drawing is done.
         SetText(IDC_SOFTNESS_EDIT, std::to_string(i % 101));
         ClickOn(i % 3 == 0 ? IDC_ZOOM_OUT : IDC_ZOOM_IN);
         EXPECT_EQ(Close(i % 2 == 0 ? IDOK : IDCANCEL), i % 2 == 0 ? kNoErr : kUserCanceledErr);
@@ -195,7 +168,7 @@ TEST_F(Leaks, DialogOpenings) {
 }
 
 TEST_F(Leaks, AboutBoxes) {
-    // Windows deletes the picture that a static control has loaded for itself, and Wine leaves it to the process's end.
+    // Windows deletes the bitmap that a static control has loaded for itself; Wine keeps it until the process ends.
     const std::string name = "#" + std::to_string(IDB_BANNER);
     const auto showPicture = [&] {
         DestroyWindow(CreateWindowExA(0, "Static", name.c_str(), WS_POPUP | SS_BITMAP, 0, 0, 9, 9, nullptr, nullptr,

@@ -89,7 +89,7 @@ void DialogSession::RunHost(RunKind kind) {
     }
     host.platform.hwnd = reinterpret_cast<intptr_t>(hostWindow);
     BYTE keys[256] = {};
-    keys[VK_SHIFT] = isShiftHeld ? 0x80 : 0;
+    keys[VK_SHIFT] = shiftState;
     SetKeyboardState(keys);
     SetEvent(ready);
     result = host.RunFilter(pluginMain, kind);
@@ -159,6 +159,12 @@ LRESULT DialogSession::Send(HWND window, UINT message, WPARAM wParam, LPARAM lPa
     }
     Settle();
     return static_cast<LRESULT>(answer);
+}
+
+RECT DialogSession::WindowRect() const {
+    RECT rect = {};
+    GetWindowRect(dialog, &rect);
+    return rect;
 }
 
 std::string DialogSession::Text(int id) {

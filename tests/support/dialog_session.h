@@ -67,6 +67,7 @@ struct DialogSession : PluginRun {
     LRESULT Send(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) { return Send(dialog, message, wParam, lParam); }
 
     HWND Item(int id) const { return GetDlgItem(dialog, id); }
+    RECT WindowRect() const;
     std::string Text(int id);
     void SetText(int id, const std::string& text);  // as typing does: the dialog is told of the change
     int Position(int sliderId) { return static_cast<int>(Send(Item(sliderId), kGetPos)); }
@@ -106,7 +107,7 @@ struct DialogSession : PluginRun {
     HWND hostWindow = nullptr;  // the dialog's owner; hidden
     RECT hostWindowRect = {200, 150, 900, 700};
     bool withHostWindow = true;
-    bool isShiftHeld = false;  // while the plug-in is called
+    BYTE shiftState = 0;  // of the Shift key, as GetKeyboardState reports it, while the plug-in is called
 
 private:
     GUITHREADINFO ThreadInfo() const;

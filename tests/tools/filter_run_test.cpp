@@ -26,6 +26,7 @@ void PluginMain(int16_t selector, void* data, intptr_t*, int16_t* result) {
 
 constexpr std::chrono::milliseconds kBeforePixels(100);
 constexpr std::chrono::milliseconds kWithPixels(5);
+int gRun = 0;  // every third run dawdles
 
 // Has the host deliver the one pixel, and adds 1 to its first byte.
 void IncrementPixel(int16_t selector, void* data, intptr_t*, int16_t* result) {
@@ -34,7 +35,7 @@ void IncrementPixel(int16_t selector, void* data, intptr_t*, int16_t* result) {
     record->outRect = {0, 0, 1, 1};
     std::this_thread::sleep_for(kBeforePixels);
     *result = record->advanceState();
-    std::this_thread::sleep_for(kWithPixels);
+    std::this_thread::sleep_for(++gRun % 3 == 0 ? kBeforePixels : kWithPixels);
     ++*static_cast<uint8_t*>(record->outData);
     record->outRect = {};
 }
@@ -61,14 +62,10 @@ TEST_F(FilterRun, SilentRunsPlayAScriptAndTellOfBrokenRules) {
 }
 
 TEST_F(FilterRun, TheDialogIsAskedForEvenWithValues) {
-    FilterRequest request;
-    request.threshold = -77;
-    request.dialog = true;
-    RunFilterOn(host, PluginMain, request, picture, settings);
+    RunFilterOn(host, PluginMain, {.threshold = -77, .dialog = true}, picture, settings);
     EXPECT_EQ(gSeen.firstSelector, kFilterSelectorParameters);
     EXPECT_EQ(gSeen.playInfo, kPlugInDialogDisplay);
-    ASSERT_EQ(host.script.played.size(), 1u);
-    EXPECT_EQ(host.script.played[0].value, -77);
+    EXPECT_EQ(host.script.played, (std::vector<ScriptValue>{{FourCharCode("Thsh"), -77}}));
 }
 
 TEST_F(FilterRun, RepeatedRunsStartFromTheSamePixelsAndLeaveTheHostOutOfTheTime) {
@@ -77,16 +74,14 @@ TEST_F(FilterRun, RepeatedRunsStartFromTheSamePixelsAndLeaveTheHostOutOfTheTime)
     const FilterReport once = RunFilterOn(host, IncrementPixel, {}, picture, settings);
     EXPECT_EQ(picture.samples, Bytes{42});
     EXPECT_FALSE(once.times.has_value());
+    gRun = 0;  // the last one of three
 
-    FilterRequest request;
-    request.repeat = 3;
-    const FilterReport report = RunFilterOn(host, IncrementPixel, request, picture, settings);
+    const FilterReport report = RunFilterOn(host, IncrementPixel, {.repeat = 3}, picture, settings);
     EXPECT_EQ(picture.samples, Bytes{43});
     EXPECT_EQ(report.changedPixels, 1u);
     ASSERT_TRUE(report.times.has_value());
     EXPECT_GE(report.times->kernel, std::chrono::duration<double>(kWithPixels).count());
     EXPECT_LT(report.times->kernel, std::chrono::duration<double>(kBeforePixels).count());
-    EXPECT_LT(report.times->copy, report.times->kernel);
 }
 
 TEST_F(FilterRun, ARefusalIsToldInWordsAndChangesNothing) {

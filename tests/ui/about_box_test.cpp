@@ -1,4 +1,4 @@
-// The about box, and the general dialog procedure that the library exports beside it.
+// The about box, and the general dialog procedure that the library exports besides.
 #include <algorithm>
 
 #include "tests/support/dialog_session.h"
@@ -10,189 +10,122 @@ namespace {
 class AboutBox : public DialogSession {
 protected:
     HWND OpenAbout() { return Show(RunKind::kAbout); }
-
-    RECT WindowRect() const {
-        RECT rect = {};
-        GetWindowRect(dialog, &rect);
-        return rect;
-    }
 };
 
-// A dialog of the caller's, as GenericProc expects it.
+// The object of a caller's dialog. The procedure expects its virtual functions in this order.
 struct CallersDialog {
     virtual void Unused() { Note("unused"); }
-    virtual void OnInit() { Note("init"); }
+    virtual void OnInit() {
+        PostMessageA(window, WM_APP, 5, 6);
+        for (const WPARAM command : {MAKEWPARAM(40, 3), MAKEWPARAM(IDOK, 1), ending}) {
+            PostMessageA(window, WM_COMMAND, command, 9);
+        }
+    }
     virtual void OnCommand(WORD item, WORD notification, LPARAM lParam) {
         Note("command " + std::to_string(item) + " " + std::to_string(notification) + " " + std::to_string(lParam));
     }
     virtual void OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
-        if (message == WM_NCDESTROY) Note("gone");
         if (message == WM_APP) Note("message " + std::to_string(wParam) + " " + std::to_string(lParam));
+        if (message == WM_NCDESTROY) Note("message after WM_DESTROY");
     }
     virtual ~CallersDialog() = default;
 
     HWND window = nullptr;
 
     void Note(const std::string& text) { notes.push_back(text); }
+    WPARAM ending = IDOK;
     Lines notes;
-};
-
-// Made on the test's own thread, from a template of no controls.
-class GenericProc : public DialogSession {
-protected:
-    void SetUp() override {
-        DialogSession::SetUp();
-        procedure = reinterpret_cast<DLGPROC>(reinterpret_cast<void*>(GetProcAddress(library, "GenericProc")));
-        ASSERT_NE(procedure, nullptr);
-    }
-
-    struct Template {
-        DLGTEMPLATE head;
-        WORD menu, windowClass, title;
-    };
-    static Template Empty(DWORD style, short width, short height) {
-        return {{WS_POPUP | WS_CAPTION | style, 0, 0, 30, 30, width, height}, 0, 0, 0};
-    }
-
-    HWND Make(DWORD style, short width, short height, HWND owner, CallersDialog* object) {
-        const Template bytes = Empty(style, width, height);
-        return CreateDialogIndirectParamA(GetModuleHandleA(nullptr), &bytes.head, owner, procedure,
-                                          reinterpret_cast<LPARAM>(object));
-    }
-
-    DLGPROC procedure = nullptr;
 };
 
 }  // namespace
 
 TEST_F(AboutBox, ShowsBannerVersionAndCopyright) {
-    for (const bool shift : {false, true, false}) {
-        isShiftHeld = shift;
+    // The low bit tells that Shift was pressed an odd number of times, the high bit that it is held.
+    for (const int keyState : {0x00, 0x81, 0x01, 0x80}) {
+        shiftState = static_cast<BYTE>(keyState);
         ASSERT_NE(OpenAbout(), nullptr);
-        char title[64] = "";
-        GetWindowTextA(dialog, title, sizeof title);
-        EXPECT_STREQ(title, "About NORVA stairmelt for Photoshop");
-        EXPECT_EQ(Text(IDC_ABOUT_VERSION), shift ? "Version 1.0.2 (DEMO) (build:16)" : "Version 1.0.2 (DEMO)");
+        EXPECT_EQ(Text(IDC_ABOUT_VERSION),
+                  keyState >= 0x80 ? "Version 1.0.2 (DEMO) (build:16)" : "Version 1.0.2 (DEMO)");
         EXPECT_EQ(Text(IDC_ABOUT_COPYRIGHT).rfind("Copyright", 0), 0u) << Text(IDC_ABOUT_COPYRIGHT);
-
-        const HWND banner = Item(IDC_ABOUT_BANNER);
-        BITMAP bitmap = {};
-        GetObjectA(reinterpret_cast<HGDIOBJ>(Send(banner, STM_GETIMAGE, IMAGE_BITMAP)), sizeof bitmap, &bitmap);
-        EXPECT_EQ(bitmap.bmWidth, 343);
-        EXPECT_EQ(bitmap.bmHeight, 65);
-        const Shot shot = Photograph(banner);
-        EXPECT_EQ(shot.width, 343);
-        EXPECT_EQ(shot.height, 65);
-        const auto [darkest, brightest] = std::minmax_element(shot.pixels.begin(), shot.pixels.end());
-        EXPECT_NE(*darkest, *brightest) << "it is empty";
-        // The statics let a click through to the box.
-        EXPECT_EQ(Send(banner, WM_NCHITTEST), HTTRANSPARENT);
-        EXPECT_EQ(Send(Item(IDC_ABOUT_VERSION), WM_NCHITTEST), HTTRANSPARENT);
-        EXPECT_EQ(Close(IDCANCEL), kNoErr);
+        Close(IDCANCEL);
     }
+    ASSERT_NE(OpenAbout(), nullptr);
+    char title[64] = "";
+    GetWindowTextA(dialog, title, sizeof title);
+    EXPECT_STREQ(title, "About NORVA stairmelt for Photoshop");
+    const Shot shot = Photograph(Item(IDC_ABOUT_BANNER));
+    EXPECT_EQ(shot.width, 343);
+    EXPECT_EQ(shot.height, 65);
+    const auto [darkest, brightest] = std::minmax_element(shot.pixels.begin(), shot.pixels.end());
+    EXPECT_NE(*darkest, *brightest) << "it is empty";
 }
 
 TEST_F(AboutBox, ClosesByEscapeCloseAndClickAlone) {
-    const struct {
-        UINT message;
-        WPARAM wParam;
-        bool closes;
-    } rows[] = {{WM_KEYDOWN, VK_ESCAPE, true},         {WM_CLOSE, 0, true},
-                {WM_LBUTTONDOWN, MK_LBUTTON, true},    {WM_KEYDOWN, VK_RETURN, false},
-                {WM_KEYDOWN, VK_SPACE, false},         {WM_COMMAND, IDOK, false},
-                {WM_COMMAND, IDC_ABOUT_BANNER, false}, {WM_RBUTTONDOWN, MK_RBUTTON, false}};
-    for (const auto& row : rows) {
+    ASSERT_NE(OpenAbout(), nullptr);
+    // The statics let a click through to the box.
+    EXPECT_EQ(Send(Item(IDC_ABOUT_BANNER), WM_NCHITTEST), HTTRANSPARENT);
+    for (const WPARAM key : {VK_RETURN, VK_SPACE}) PostMessageA(dialog, WM_KEYDOWN, key, 1);
+    for (const WPARAM command : {IDOK, IDC_ABOUT_BANNER}) PostMessageA(dialog, WM_COMMAND, command, 0);
+    PostMessageA(dialog, WM_RBUTTONDOWN, MK_RBUTTON, 1);
+    Settle();
+    EXPECT_FALSE(HasEnded());
+    PostMessageA(dialog, WM_KEYDOWN, VK_ESCAPE, 1);
+    EXPECT_EQ(WaitForEnd(), kNoErr);
+    for (const UINT message : {WM_CLOSE, WM_LBUTTONDOWN}) {
         ASSERT_NE(OpenAbout(), nullptr);
-        PostMessageA(dialog, row.message, row.wParam, 1);
-        Settle();
-        if (row.closes) {
-            WaitForEnd();
-        } else {
-            EXPECT_FALSE(HasEnded()) << row.message << " " << row.wParam;
-            EXPECT_TRUE(IsWindowVisible(dialog));
-        }
-        Close(IDCANCEL);
+        PostMessageA(dialog, message, 0, 1);
+        EXPECT_EQ(WaitForEnd(), kNoErr);
     }
 }
 
 TEST_F(AboutBox, StandsOverItsParentButOnTheScreen) {
-    const int screenWidth = GetSystemMetrics(SM_CXSCREEN), screenHeight = GetSystemMetrics(SM_CYSCREEN);
-    ASSERT_NE(OpenAbout(), nullptr);
-    const RECT first = WindowRect();
-    const LONG width = first.right - first.left, height = first.bottom - first.top;
-    Close(IDCANCEL);
+    const LONG screenWidth = GetSystemMetrics(SM_CXSCREEN), screenHeight = GetSystemMetrics(SM_CYSCREEN);
     const struct {
         RECT parent;
-        LONG left, top;
-    } rows[] = {{{200, 150, 901, 700}, 550 - width / 2, 425 - height / 2},
-                {{-900, -600, -101, -1}, 0, 0},
-                {{screenWidth - 50, screenHeight - 9, screenWidth + 700, screenHeight + 300},
-                 screenWidth - width,
-                 screenHeight - height},
-                {{}, screenWidth / 2 - width / 2, screenHeight / 2 - height / 2}};  // no parent
+        LONG middleX, middleY;  // the place is clamped to the screen
+    } rows[] = {{{200, 150, 901, 700}, 550, 425},
+                {{-900, -600, -101, -1}, -500, -300},
+                {{screenWidth - 50, screenHeight - 9, screenWidth + 700, screenHeight + 300}, 9999, 9999},
+                {{}, screenWidth / 2, screenHeight / 2}};  // no parent
     for (const auto& row : rows) {
         withHostWindow = row.parent.right != 0;
         hostWindowRect = row.parent;
         ASSERT_NE(OpenAbout(), nullptr);
-        EXPECT_EQ(WindowRect().left, row.left) << row.parent.left;
-        EXPECT_EQ(WindowRect().top, row.top) << row.parent.left;
+        const RECT place = WindowRect();
+        const LONG width = place.right - place.left, height = place.bottom - place.top;
+        EXPECT_EQ(place.left, std::clamp(row.middleX - width / 2, 0L, screenWidth - width)) << row.parent.left;
+        EXPECT_EQ(place.top, std::clamp(row.middleY - height / 2, 0L, screenHeight - height)) << row.parent.left;
         Close(IDCANCEL);
     }
 }
 
-TEST_F(GenericProc, ServesADialogThroughItsObject) {
-    CallersDialog object;
-    const HWND made = Make(WS_SYSMENU, 100, 60, nullptr, &object);
-    ASSERT_NE(made, nullptr);
-    EXPECT_EQ(object.window, made);
-    SendMessageA(made, WM_COMMAND, MAKEWPARAM(40, 3), 9);
-    SendMessageA(made, WM_APP, 5, 6);
-    SendMessageA(made, WM_COMMAND, MAKEWPARAM(IDOK, 1), 0);
-    DestroyWindow(made);  // from then on the object is forgotten
-    EXPECT_EQ(object.notes, (Lines{"init", "command 40 3 9", "message 5 6", "command 1 1 0"}));
+TEST_F(AboutBox, GeneralProcedureRunsADialogThroughItsObject) {
+    const auto procedure = reinterpret_cast<DLGPROC>(reinterpret_cast<void*>(GetProcAddress(library, "GenericProc")));
+    ASSERT_NE(procedure, nullptr);
+    const struct {
+        DLGTEMPLATE head;
+        WORD menu, windowClass, title;
+    } bytes = {{WS_POPUP | WS_CAPTION | WS_SYSMENU, 0, 0, 30, 30, 150, 90}, 0, 0, 0};
+    for (const WPARAM ending : {IDOK, IDCANCEL}) {
+        CallersDialog object;
+        object.ending = ending;
+        EXPECT_EQ(DialogBoxIndirectParamA(nullptr, &bytes.head, nullptr, procedure, reinterpret_cast<LPARAM>(&object)),
+                  static_cast<INT_PTR>(ending));
+        EXPECT_EQ(object.notes, (Lines{"message 5 6", "command 40 3 9", "command 1 1 9",
+                                       "command " + std::to_string(ending) + " 0 9"}));
+    }
 
-    // A dialog without an object does nothing.
-    object.notes.clear();
-    const HWND bare = Make(WS_SYSMENU, 100, 60, nullptr, nullptr);
-    ASSERT_NE(bare, nullptr);
+    // Without an object it does nothing but place the dialog.
+    const HWND parent =
+        CreateWindowExA(0, "Static", "", WS_POPUP | WS_BORDER, 100, 120, 802, 702, nullptr, nullptr, nullptr, nullptr);
+    const HWND bare = CreateDialogIndirectParamA(nullptr, &bytes.head, parent, procedure, 0);
     SendMessageA(bare, WM_COMMAND, MAKEWPARAM(40, 3), 9);
     SendMessageA(bare, WM_APP, 5, 6);
-    EXPECT_EQ(object.notes, Lines{});
-    DestroyWindow(bare);
-}
-
-TEST_F(GenericProc, OkAndCancelEndIt) {
-    struct Ending : CallersDialog {
-        WPARAM command = 0;
-        void OnInit() override {
-            PostMessageA(window, WM_COMMAND, MAKEWPARAM(IDCANCEL, 1), 0);  // a notification: it goes on
-            PostMessageA(window, WM_COMMAND, 40, 0);
-            PostMessageA(window, WM_COMMAND, command, 0);
-        }
-    };
-    for (const WPARAM command : {WPARAM{IDOK}, WPARAM{IDCANCEL}}) {
-        Ending object;
-        object.command = command;
-        const Template bytes = Empty(WS_SYSMENU, 100, 60);
-        EXPECT_EQ(DialogBoxIndirectParamA(GetModuleHandleA(nullptr), &bytes.head, nullptr, procedure,
-                                          reinterpret_cast<LPARAM>(&object)),
-                  static_cast<INT_PTR>(command));
-        EXPECT_EQ(object.notes.size(), 3u);
-    }
-}
-
-TEST_F(GenericProc, CentresALittleLeftAndAThirdDown) {
-    const int button = GetSystemMetrics(SM_CXSIZE);
-    for (const auto& [style, offset] : {std::pair{WS_SYSMENU, button}, {DWORD{0}, button - button / 3}}) {
-        const HWND parent = CreateWindowExA(0, "Static", "", WS_POPUP | WS_BORDER, 100, 120, 802, 702, nullptr, nullptr,
-                                            nullptr, nullptr);
-        const HWND made = Make(style, 150, 90, parent, nullptr);
-        RECT place = {};
-        GetWindowRect(made, &place);
-        EXPECT_EQ(place.left, 101 + (800 - (place.right - place.left)) / 2 - offset);
-        EXPECT_EQ(place.top, 121 + (700 - (place.bottom - place.top)) / 3);
-        DestroyWindow(parent);
-    }
+    RECT place = {};
+    GetWindowRect(bare, &place);
+    EXPECT_EQ(place.left, 101 + (800 - (place.right - place.left)) / 2 - GetSystemMetrics(SM_CXSIZE));
+    EXPECT_EQ(place.top, 121 + (700 - (place.bottom - place.top)) / 3);
+    DestroyWindow(parent);
 }
 
 }  // namespace stairmelt

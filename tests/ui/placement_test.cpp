@@ -4,67 +4,33 @@
 
 namespace stairmelt {
 
-namespace {
-
-constexpr PixelSize kScreen = {1280, 1024};
-
-}  // namespace
-
-TEST(Placement, DialogGoesWhereItWas) {
-    struct Case {
+TEST(Placement, DialogsStayWithinReach) {
+    const PixelSize screen = {1280, 1024}, dialog = {701, 501}, box = {420, 150}, general = {400, 300};
+    const struct {
         const char* name;
-        PixelPoint stored, wanted;
-    };
-    const Case cases[] = {
-        {"never shown: in the middle", {-1, -1}, {290, 262}},  // 640 - 701 / 2, 512 - 501 / 2
-        {"one number negative: in the middle", {-1, 5}, {290, 262}},  {"on the screen", {100, 200}, {100, 200}},
-        {"from another screen: pulled in", {5000, 5000}, {579, 523}}, {"right at the edge", {579, 523}, {579, 523}},
-    };
-    for (const Case& c : cases) {
-        const PixelPoint place = StoredDialogPosition(c.stored, {701, 501}, kScreen);
-        EXPECT_EQ(place.x, c.wanted.x) << c.name;
-        EXPECT_EQ(place.y, c.wanted.y) << c.name;
-    }
-}
+        PixelPoint got, wanted;
+    } rows[] = {
+        {"never shown: centred", StoredDialogPosition({-1, -1}, dialog, screen), {290, 262}},
+        {"one coordinate negative: centred", StoredDialogPosition({-1, 5}, dialog, screen), {290, 262}},
+        {"at the screen's left edge", StoredDialogPosition({0, 200}, dialog, screen), {0, 200}},
+        {"at its upper edge", StoredDialogPosition({200, 0}, dialog, screen), {200, 0}},
+        {"from another screen: clamped", StoredDialogPosition({5000, 5000}, dialog, screen), {579, 523}},
 
-TEST(Placement, AboutBoxStaysOnTheScreen) {
-    struct Case {
-        const char* name;
-        PixelRect parent;
-        PixelPoint wanted;
-    };
-    const Case cases[] = {
-        {"over its parent", {100, 100, 901, 701}, {290, 325}},
-        {"parent far to the upper left", {-2000, -2000, -1000, -1500}, {0, 0}},
-        {"parent far to the lower right", {1200, 1000, 2200, 2000}, {860, 874}},
-        // Both divisions truncate toward zero: (-100 + 301) / 2 - 210.
-        {"across the left edge", {-100, 300, 301, 600}, {0, 375}},
-    };
-    for (const Case& c : cases) {
-        const PixelPoint place = AboutBoxPosition(c.parent, {420, 150}, kScreen);
-        EXPECT_EQ(place.x, c.wanted.x) << c.name;
-        EXPECT_EQ(place.y, c.wanted.y) << c.name;
-    }
-}
+        {"over its parent", AboutBoxPosition({100, 100, 901, 701}, box, screen), {290, 325}},
+        {"beyond the upper left", AboutBoxPosition({-2000, -2000, -1000, -1500}, box, screen), {0, 0}},
+        {"beyond the lower right", AboutBoxPosition({1200, 1000, 2200, 2000}, box, screen), {860, 874}},
 
-TEST(Placement, GeneralDialogIsAThirdDown) {
-    struct Case {
-        const char* name;
-        PixelRect client;
-        bool hasSystemMenu;
-        PixelPoint wanted;
+        {"left of the centre by a caption button",
+         GeneralDialogPosition({100, 50, 700, 650}, general, screen, 20, true),
+         {180, 150}},
+        {"by two thirds of it", GeneralDialogPosition({100, 50, 700, 650}, general, screen, 20, false), {186, 150}},
+        {"larger than its parent", GeneralDialogPosition({100, 50, 200, 100}, general, screen, 20, true), {80, 50}},
+        {"overflows: clamped", GeneralDialogPosition({1000, 900, 1400, 1300}, general, screen, 20, true), {880, 724}},
+        {"left and top are not", GeneralDialogPosition({-300, -300, 0, 0}, general, screen, 20, true), {-320, -300}},
     };
-    const Case cases[] = {
-        {"left of the middle by a caption button", {100, 50, 700, 650}, true, {180, 150}},
-        {"by two thirds of it without a menu", {100, 50, 700, 650}, false, {186, 150}},
-        {"larger than its parent", {100, 50, 200, 100}, true, {80, 50}},
-        {"overflows: pulled in", {1000, 900, 1400, 1300}, true, {880, 724}},
-        {"left and top aren't looked at", {-300, -300, 0, 0}, true, {-320, -300}},
-    };
-    for (const Case& c : cases) {
-        const PixelPoint place = GeneralDialogPosition(c.client, {400, 300}, kScreen, 20, c.hasSystemMenu);
-        EXPECT_EQ(place.x, c.wanted.x) << c.name;
-        EXPECT_EQ(place.y, c.wanted.y) << c.name;
+    for (const auto& row : rows) {
+        EXPECT_EQ(row.got.x, row.wanted.x) << row.name;
+        EXPECT_EQ(row.got.y, row.wanted.y) << row.name;
     }
 }
 

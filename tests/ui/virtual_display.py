@@ -1,10 +1,13 @@
 #!/usr/bin/env python3
-"""A screen of its own for programs with windows: virtual_display.py COMMAND... runs a command on one.
+"""Runs a command on a screen of its own: virtual_display.py COMMAND...
 
-The screen is an Xvfb of 1280 x 1024 pixels with openbox as its window manager, whose own keys and mouse gestures are
-switched off: Alt, the wheel and double clicks are the programs'.
+The screen is an Xvfb of 1280 x 1024 pixels with openbox as its window manager. Its own keys and mouse gestures are off,
+since Alt, the wheel and double clicks belong to the programs. Windows have no frames: the height of a title bar depends
+on the installed fonts, and a window whose title bar doesn't fit above it would be moved down. A window gets the focus when
+it is clicked: given to new windows, it would arrive at any time, and Wine would move its own focus then.
 """
 
+import contextlib
 import os
 import pathlib
 import struct
@@ -15,7 +18,9 @@ import time
 
 OPENBOX = """<?xml version="1.0"?>
 <openbox_config xmlns="http://openbox.org/3.4/rc">
-  <focus><focusNew>yes</focusNew></focus>
+  <focus><focusNew>no</focusNew></focus>
+  <theme><keepBorder>no</keepBorder></theme>
+  <applications><application class="*"><decor>no</decor></application></applications>
   <keyboard/>
   <mouse>
     <context name="Client">
@@ -24,39 +29,44 @@ OPENBOX = """<?xml version="1.0"?>
   </mouse>
 </openbox_config>
 """
+PATIENCE = 20  # seconds
 
 
-class VirtualDisplay:
-    """Up for the length of a `with` block, in which `environment` is that of its programs."""
+def eventually(probe, wanted):
+    """What the probe returns: at once where that is what is wanted, otherwise when time is up."""
+    deadline = time.monotonic() + PATIENCE
+    while (got := probe()) != wanted and time.monotonic() < deadline:
+        time.sleep(0.02)
+    return got
+
+
+class VirtualDisplay(contextlib.ExitStack):
+    """Runs for the length of a `with` block; `environment` is for the programs on it."""
 
     def __enter__(self):
-        self.directory = tempfile.TemporaryDirectory()
-        config = pathlib.Path(self.directory.name, "rc.xml")
+        self.directory = pathlib.Path(self.enter_context(tempfile.TemporaryDirectory()))
+        config, started = self.directory / "rc.xml", self.directory / "started"
         config.write_text(OPENBOX, encoding="utf-8")
         reading, writing = os.pipe()
-        self.server = subprocess.Popen(["Xvfb", "-displayfd", str(writing), "-screen", "0", "1280x1024x24", "-nolisten", "tcp",
-                                        "-fbdir", self.directory.name],
-                                       pass_fds=(writing,), stderr=subprocess.DEVNULL)
+        self.run("Xvfb", "-displayfd", str(writing), "-screen", "0", "1280x1024x24", "-nolisten", "tcp", "-fbdir",
+                 self.directory, pass_fds=(writing,))
         os.close(writing)
         with os.fdopen(reading) as stream:
-            number = stream.readline().strip()
-        if not number:
-            raise RuntimeError("Xvfb doesn't start")
-        self.environment = dict(os.environ, DISPLAY=":" + number)
-        self.manager = subprocess.Popen(["openbox", "--sm-disable", "--config-file", str(config)], env=self.environment,
-                                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        time.sleep(0.5)
+            self.environment = dict(os.environ, DISPLAY=":" + stream.readline().strip())
+        self.run("openbox", "--sm-disable", "--config-file", config, "--startup", f"touch '{started}'",
+                 env=self.environment)
+        if not eventually(started.exists, True):
+            raise RuntimeError("Xvfb or openbox does not start")
         return self
 
-    def __exit__(self, *_):
-        for process in (self.manager, self.server):
-            process.terminate()
-            process.wait(timeout=20)
-        self.directory.cleanup()
+    def run(self, *command, **options):
+        process = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, **options)
+        self.callback(process.wait, timeout=PATIENCE)
+        self.callback(process.terminate)
 
     def screenshot(self):
-        """A function from (x, y) to (red, green, blue), of the screen as it is now."""
-        data = pathlib.Path(self.directory.name, "Xvfb_screen0").read_bytes()
+        """Returns a function from (x, y) to (red, green, blue) on the screen as it is now."""
+        data = (self.directory / "Xvfb_screen0").read_bytes()
         header = struct.unpack(">25I", data[:100])
         start, row_bytes = header[0] + 12 * header[19], header[12]
 

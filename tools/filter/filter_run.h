@@ -14,9 +14,9 @@
 namespace stairmelt {
 
 struct FilterRequest {
-    std::optional<int32_t> threshold, softness, bias;  // go in as a script's values
-    bool dialog = false;                               // without it no dialog is shown, whatever else is given
-    std::optional<int32_t> repeat;  // where given, so many runs are timed, at least 1; the picture is the last one's
+    std::optional<int32_t> threshold{}, softness{}, bias{};  // go in as a script's values
+    bool dialog = false;                                     // without it no dialog is shown, whatever else is given
+    std::optional<int32_t> repeat{};  // where given, so many runs are timed, at least 1; the picture is the last one's
 };
 
 // Medians over the runs, in seconds.

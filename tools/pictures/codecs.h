@@ -15,8 +15,12 @@ void ReadJpeg(std::span<const uint8_t> bytes, size_t maxSamples, Picture& pictur
 Bytes WritePng(const Picture& picture);
 Bytes WriteTiff(const Picture& picture);
 
-// Makes room for the samples, when the other fields are set and make sense for a file of that size.
+// Makes room for the samples once the other fields are set and plausible for a file of that size.
 void AllocateSamples(size_t fileSize, size_t maxSamples, Picture& picture);
+
+// What isn't an orientation or an EXIF block is ignored.
+void SetOrientation(uint32_t orientation, Picture& picture);
+void SetExif(std::span<const uint8_t> block, Picture& picture);
 
 [[noreturn]] void ThrowDamaged(const std::string& why);
 
@@ -24,8 +28,8 @@ void AllocateSamples(size_t fileSize, size_t maxSamples, Picture& picture);
 #pragma warning(disable : 4611)  // setjmp and destructors: see below
 #endif
 
-// Calls body(). Returns false when a library of C has jumped to `jump` out of it; neither body nor what it calls may
-// have anything to be destroyed at that time.
+// Calls body(). Returns false when a C library has jumped to `jump` out of it. Neither body nor what it calls may have
+// anything to be destroyed at that time.
 template <class Body>
 bool Completes(std::jmp_buf& jump, const Body& body) {
     // NOLINTNEXTLINE(cert-err52-cpp): the libraries' only way out

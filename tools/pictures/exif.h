@@ -1,5 +1,5 @@
-// EXIF data: directories of tagged values, as in a TIFF file. PNG and JPEG hold them as a block that begins like a TIFF
-// file; in a TIFF file they hang from its own directory.
+// EXIF data: directories of tagged values in the layout of a TIFF file. PNG and JPEG files hold them as a block that
+// begins like a TIFF file; in a TIFF file its own directory points at them.
 #pragma once
 
 #include <cstdint>
@@ -11,34 +11,37 @@
 
 namespace stairmelt {
 
-struct ExifEntry {
-    uint16_t tag, type;
-    uint32_t count;                    // values, not bytes
-    Bytes data;                        // in the byte order of all
-    std::vector<ExifEntry> directory;  // where the entry points at another directory; `data` is empty then
-};
-
-struct Exif {
-    bool bigEndian = false;
-    std::vector<ExifEntry> entries;  // ascending by tag
-};
-
 constexpr uint16_t kOrientationTag = 274, kExifTag = 34665, kGpsTag = 34853;
 
-// The first directory of a block or of a TIFF file of the common kind, and those that it points at. Entries that don't
-// lie within the bytes are left out; damaged data gives no entries.
-Exif ReadExif(std::span<const uint8_t> bytes);
+// Reads a block or a TIFF file, which has to outlive the reader. BigTIFF and anything else counts as empty, and values
+// that aren't within the bytes are skipped.
+class ExifReader {
+public:
+    explicit ExifReader(std::span<const uint8_t> bytes);
 
-// Appends a directory, and behind it what it points at, to what becomes a block or a TIFF file. Returns its offset.
-uint32_t AppendDirectory(Bytes& to, const std::vector<ExifEntry>& entries, bool bigEndian);
+    bool IsEmpty() const { return first_.empty(); }
+    bool IsBigEndian() const { return bigEndian_; }
 
-// The whole block, with the orientation. Empty where there is nothing to say.
-Bytes ExifBlock(const Exif& exif, uint16_t orientation);
+    // Of the first directory: a number, or where in the bytes another directory is; 0 or "" where the tag is missing.
+    uint32_t Number(uint16_t tag) const;
+    std::string Text(uint16_t tag) const;
 
-// Removes the orientation from the entries. 1 where it isn't among them or makes no sense.
-uint16_t TakeOrientation(Exif& exif);
+    // A block with the orientation and the EXIF and GPS directories. Empty where there are none of them.
+    Bytes MakeBlock() const;
 
-// The text of an entry, empty where there is none.
-std::string ExifText(const Exif& exif, uint16_t tag);
+private:
+    struct Entry {
+        uint16_t tag, type;
+        uint32_t count;  // values, not bytes
+        std::span<const uint8_t> data;
+    };
+    std::vector<Entry> Directory(size_t at) const;  // one of each tag, ascending
+    uint32_t NumberOf(const Entry& entry) const;
+    uint32_t Copy(const std::vector<Entry>& entries, int level, size_t& left, Bytes& to) const;
+
+    std::span<const uint8_t> bytes_;
+    bool bigEndian_ = false;
+    std::vector<Entry> first_;
+};
 
 }  // namespace stairmelt

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
-#include <cstring>
 #include <fstream>
 #include <string_view>
 
@@ -27,18 +26,24 @@ struct JpegFile {
     jpeg_error_mgr errors{};
     std::jmp_buf jump{};
     std::array<char, JMSG_LENGTH_MAX> message{};
-    JOCTET* profile = nullptr;
 
     JpegFile() {
         jpeg.err = jpeg_std_error(&errors);
         jpeg.client_data = this;
         errors.error_exit = OnError;
         errors.emit_message = OnWarning;
+        Do([&] { jpeg_create_decompress(&jpeg); });
     }
-    ~JpegFile() {
-        jpeg_destroy_decompress(&jpeg);
-        std::free(profile);  // NOLINT(cppcoreguidelines-no-malloc): the library's
+    // Reads everything before the pixels.
+    explicit JpegFile(std::span<const uint8_t> bytes) : JpegFile() {
+        Do([&] {
+            jpeg_mem_src(&jpeg, bytes.data(), static_cast<unsigned long>(bytes.size()));
+            constexpr unsigned kWhole = 0xFFFF;
+            for (const int marker : {JPEG_COM, kExifMarker, kProfileMarker}) jpeg_save_markers(&jpeg, marker, kWhole);
+            jpeg_read_header(&jpeg, TRUE);
+        });
     }
+    ~JpegFile() { jpeg_destroy_decompress(&jpeg); }
     JpegFile(const JpegFile&) = delete;
     JpegFile& operator=(const JpegFile&) = delete;
 
@@ -57,57 +62,41 @@ struct JpegFile {
     void Do(const Body& body) {
         if (!Completes(jump, body)) ThrowDamaged(message.data());
     }
+    bool IsCmyk() const { return jpeg.jpeg_color_space == JCS_CMYK || jpeg.jpeg_color_space == JCS_YCCK; }
 };
-
-// What stands behind the label of a marker that begins with it.
-std::span<const uint8_t> Behind(std::string_view label, const jpeg_marker_struct& marker) {
-    const std::span<const uint8_t> data(marker.data, marker.data_length);
-    const bool fits = data.size() > label.size() && std::memcmp(data.data(), label.data(), label.size()) == 0;
-    return fits ? data.subspan(label.size()) : std::span<const uint8_t>();
-}
 
 void ReadMarkers(JpegFile& file, Picture& picture) {
     for (const jpeg_marker_struct* marker = file.jpeg.marker_list; marker != nullptr; marker = marker->next) {
-        const std::span<const uint8_t> exif = Behind("Exif\0\0"sv, *marker);
-        const std::span<const uint8_t> xmp = Behind("http://ns.adobe.com/xap/1.0/\0"sv, *marker);
+        constexpr std::string_view kExif = "Exif\0\0"sv, kXmp = "http://ns.adobe.com/xap/1.0/\0"sv;
+        const std::string_view data(reinterpret_cast<const char*>(marker->data), marker->data_length);
         if (marker->marker == JPEG_COM) {
-            std::string text(reinterpret_cast<const char*>(marker->data), marker->data_length);
-            std::erase(text, '\0');
-            picture.texts.push_back({"Comment", std::move(text)});
-        } else if (marker->marker == kExifMarker && !exif.empty()) {
-            picture.exif = ReadExif(exif);
-        } else if (marker->marker == kExifMarker && !xmp.empty()) {
-            picture.xmp.assign(xmp.begin(), xmp.end());
+            picture.texts.push_back({"Comment", std::string(data)});
+            std::erase(picture.texts.back().text, '\0');
+        } else if (data.starts_with(kExif)) {
+            SetExif({marker->data + kExif.size(), data.size() - kExif.size()}, picture);
+        } else if (data.starts_with(kXmp)) {
+            picture.texts.push_back({kXmpKeyword, std::string(data.substr(kXmp.size()))});
         }
     }
-    picture.orientation = TakeOrientation(picture.exif);
+    JOCTET* profile = nullptr;
     unsigned size = 0;
-    file.Do([&] {
-        if (jpeg_read_icc_profile(&file.jpeg, &file.profile, &size) == 0) size = 0;
-    });
-    if (size != 0) picture.profile.assign(file.profile, file.profile + size);
+    file.Do([&] { jpeg_read_icc_profile(&file.jpeg, &profile, &size); });
+    if (profile != nullptr) picture.profile.assign(profile, profile + size);
+    std::free(profile);  // NOLINT(cppcoreguidelines-no-malloc): the library's
 
-    constexpr double kCentimetresPerInch = 2.54;
-    const double scale = file.jpeg.density_unit == 1 ? 1 : file.jpeg.density_unit == 2 ? kCentimetresPerInch : 0;
-    picture.dpiX = file.jpeg.saw_JFIF_marker ? file.jpeg.X_density * scale : 0;
-    picture.dpiY = file.jpeg.saw_JFIF_marker ? file.jpeg.Y_density * scale : 0;
+    constexpr double kToInches[] = {0, 1, 2.54};  // by the unit: none, inch, centimetre
+    if (file.jpeg.saw_JFIF_marker == 0 || file.jpeg.density_unit >= std::size(kToInches)) return;
+    picture.dpiX = file.jpeg.X_density * kToInches[file.jpeg.density_unit];
+    picture.dpiY = file.jpeg.Y_density * kToInches[file.jpeg.density_unit];
 }
 
 }  // namespace
 
 void ReadJpeg(std::span<const uint8_t> bytes, size_t maxSamples, Picture& picture) {
-    JpegFile file;
+    JpegFile file(bytes);
     jpeg_decompress_struct& jpeg = file.jpeg;
-    file.Do([&] {
-        jpeg_create_decompress(&jpeg);
-        jpeg_mem_src(&jpeg, bytes.data(), static_cast<unsigned long>(bytes.size()));
-        constexpr unsigned kWhole = 0xFFFF;
-        for (const int marker : {JPEG_COM, kExifMarker, kProfileMarker}) jpeg_save_markers(&jpeg, marker, kWhole);
-        jpeg_read_header(&jpeg, TRUE);
-        const bool isCmyk = jpeg.jpeg_color_space == JCS_CMYK || jpeg.jpeg_color_space == JCS_YCCK;
-        if (jpeg.jpeg_color_space != JCS_GRAYSCALE) jpeg.out_color_space = isCmyk ? JCS_CMYK : JCS_RGB;
-        jpeg_start_decompress(&jpeg);
-    });
+    if (jpeg.jpeg_color_space != JCS_GRAYSCALE) jpeg.out_color_space = file.IsCmyk() ? JCS_CMYK : JCS_RGB;
+    file.Do([&] { jpeg_start_decompress(&jpeg); });
     picture.width = static_cast<int32_t>(jpeg.output_width);
     picture.height = static_cast<int32_t>(jpeg.output_height);
     picture.colors = jpeg.output_components;
@@ -116,7 +105,7 @@ void ReadJpeg(std::span<const uint8_t> bytes, size_t maxSamples, Picture& pictur
     AllocateSamples(bytes.size(), maxSamples, picture);
     file.Do([&] {
         while (jpeg.output_scanline < jpeg.output_height) {
-            JSAMPROW row = &picture.samples[jpeg.output_scanline * picture.RowBytes()];
+            JSAMPROW row = picture.Row(jpeg.output_scanline);
             jpeg_read_scanlines(&jpeg, &row, 1);
         }
         jpeg_finish_decompress(&jpeg);
@@ -127,22 +116,16 @@ void ReadJpeg(std::span<const uint8_t> bytes, size_t maxSamples, Picture& pictur
 }
 
 bool IsCmykJpeg(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::array<uint8_t, 10>
-        head{};  // the beginning of a marker: its code, its length, and where it opens a frame, that
-    const auto read = [&](size_t size) {
-        return static_cast<bool>(file.read(reinterpret_cast<char*>(head.data()), static_cast<std::streamsize>(size)));
-    };
-    if (!read(2) || head[0] != 0xFF || head[1] != 0xD8) return false;
-    while (read(4) && head[0] == 0xFF) {
-        const auto length = GetNumber<uint16_t>(&head[2], true);
-        const uint8_t code = head[1];
-        const bool opensFrame = code >= 0xC0 && code <= 0xCF && code != 0xC4 && code != 0xC8 && code != 0xCC;
-        if (opensFrame) return read(6) && head[5] == 4;
-        if (code == 0xDA || length < 2) return false;
-        file.seekg(length - 2, std::ios::cur);
+    constexpr size_t kHeader = size_t{1} << 20;  // profile and preview included
+    Bytes head(kHeader);
+    std::ifstream stream(path, std::ios::binary);
+    stream.read(reinterpret_cast<char*>(head.data()), static_cast<std::streamsize>(head.size()));
+    head.resize(static_cast<size_t>(stream.gcount()));
+    try {
+        return JpegFile(head).IsCmyk();
+    } catch (const ToolError&) {
+        return false;
     }
-    return false;
 }
 
 }  // namespace stairmelt

@@ -7,6 +7,7 @@
 
 #include "tools/file_bytes.h"
 #include "tools/pictures/codecs.h"
+#include "tools/pictures/exif.h"
 #include "tools/tool_error.h"
 
 namespace stairmelt {
@@ -23,6 +24,18 @@ void AllocateSamples(size_t fileSize, size_t maxSamples, Picture& picture) {
     const size_t size = picture.RowBytes() * rows;
     if (size > kLarge && size / kMaxRatio > fileSize) ThrowDamaged("it is too short for the picture's size");
     picture.samples.resize(size);
+}
+
+void SetOrientation(uint32_t orientation, Picture& picture) {
+    if (orientation >= 1 && orientation <= 8) picture.orientation = static_cast<uint16_t>(orientation);
+}
+
+void SetExif(std::span<const uint8_t> block, Picture& picture) {
+    const ExifReader exif(block);
+    if (exif.IsEmpty()) return;
+    picture.exif.assign(block.begin(), block.end());
+    picture.orientation = 1;
+    SetOrientation(exif.Number(kOrientationTag), picture);
 }
 
 Picture DecodePicture(std::span<const uint8_t> file, size_t maxSamples) {

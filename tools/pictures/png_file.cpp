@@ -1,5 +1,4 @@
-// PNG files, by libpng. Chunks about colours and with texts go through as they stand, since the library would convert
-// or refuse some; only what other formats need is read from them.
+// PNG files, by libpng. Chunks about colours are copied as they are, since the library would convert or refuse some.
 #include <png.h>
 #include <zlib.h>
 
@@ -7,11 +6,12 @@
 #include <array>
 #include <bit>
 #include <cmath>
+#include <cstring>
 #include <new>
 #include <string_view>
 
 #include "tools/pictures/codecs.h"
-#include "tools/text.h"
+#include "tools/pictures/exif.h"
 #include "tools/tool_error.h"
 
 namespace stairmelt {
@@ -19,10 +19,8 @@ namespace {
 
 using namespace std::string_view_literals;
 
-constexpr double kInchesPerMetre = 1 / 0.0254;
-constexpr std::string_view kXmpKeyword = "XML:com.adobe.xmp";
-// Names of four characters and a zero, as the library takes them. The last one says that the picture is animated.
-constexpr char kKeptChunks[] = "iCCP\0sRGB\0gAMA\0cHRM\0cICP\0sBIT\0tEXt\0zTXt\0iTXt\0acTL";
+// Names of four characters and a zero, as the library takes them. acTL means that the picture is animated.
+constexpr char kKeptChunks[] = "iCCP\0sRGB\0gAMA\0cHRM\0cICP\0mDCV\0cLLI\0sBIT\0acTL";
 constexpr int kKeptCount = sizeof(kKeptChunks) / 5;
 
 // What the library's callbacks get, and the library's records, freed at the end.
@@ -40,21 +38,17 @@ struct PngFile {
                     : png_create_write_struct(PNG_LIBPNG_VER_STRING, this, OnError, OnWarning);
         info = png == nullptr ? nullptr : png_create_info_struct(png);
         if (info == nullptr) throw std::bad_alloc();
+        reads ? png_set_read_fn(png, this, Read) : png_set_write_fn(png, this, Write, nullptr);
         png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_ALWAYS, reinterpret_cast<png_const_bytep>(kKeptChunks),
                                     kKeptCount);
     }
-    ~PngFile() {
-        if (isRead)
-            png_destroy_read_struct(&png, &info, nullptr);
-        else
-            png_destroy_write_struct(&png, &info);
-    }
+    ~PngFile() { isRead ? png_destroy_read_struct(&png, &info, nullptr) : png_destroy_write_struct(&png, &info); }
     PngFile(const PngFile&) = delete;
     PngFile& operator=(const PngFile&) = delete;
 
     [[noreturn]] static void OnError(png_structp png, png_const_charp text) {
         auto& message = static_cast<PngFile*>(png_get_error_ptr(png))->message;
-        for (size_t i = 0; i + 1 < message.size() && text[i] != '\0'; ++i) message[i] = text[i];
+        std::strncpy(message.data(), text, message.size() - 1);
         png_longjmp(png, 1);
     }
     static void OnWarning(png_structp, png_const_charp) {}
@@ -85,35 +79,22 @@ struct PngFile {
     }
 };
 
-bool IsGrayPalette(PngFile& file) {
+bool IsGrayPalette(const PngFile& file) {
     png_colorp palette = nullptr;
     int count = 0;
     if (png_get_PLTE(file.png, file.info, &palette, &count) == 0) return false;
     return std::all_of(palette, palette + count, [](png_color c) { return c.red == c.green && c.red == c.blue; });
 }
 
-// Turns three equal channels of 8 bits into one.
-void DropToGray(Picture& picture) {
-    const size_t before = picture.PixelBytes();
-    picture.colors = 1;
-    const size_t after = picture.PixelBytes();
-    uint8_t* to = picture.samples.data();
-    for (size_t at = 0; at < picture.samples.size(); at += before) {
-        *to++ = picture.samples[at];
-        if (picture.hasAlpha) *to++ = picture.samples[at + before - 1];
-    }
-    picture.samples.resize(picture.samples.size() / before * after);
-}
-
 void ReadPixels(PngFile& file, size_t maxSamples, Picture& picture) {
-    const size_t fileSize = file.left.size();
     png_structp const png = file.png;
     png_infop const info = file.info;
-    png_set_read_fn(png, &file, PngFile::Read);
+    const size_t fileSize = file.left.size();
     int passes = 0;
     file.Do([&] {
         png_read_info(png, info);
         png_set_expand(png);
+        if (IsGrayPalette(file)) png_set_rgb_to_gray_fixed(png, PNG_ERROR_ACTION_NONE, -1, -1);
         if (std::endian::native == std::endian::little) png_set_swap(png);
         passes = png_set_interlace_handling(png);
         png_read_update_info(png, info);
@@ -123,24 +104,20 @@ void ReadPixels(PngFile& file, size_t maxSamples, Picture& picture) {
     picture.depth = png_get_bit_depth(png, info);
     picture.colors = (png_get_color_type(png, info) & PNG_COLOR_MASK_COLOR) != 0 ? 3 : 1;
     picture.hasAlpha = (png_get_color_type(png, info) & PNG_COLOR_MASK_ALPHA) != 0;
-    const bool isGray = IsGrayPalette(file);
     AllocateSamples(fileSize, maxSamples, picture);
-    const size_t rowBytes = picture.RowBytes();
     file.Do([&] {
-        for (int pass = 0; pass < passes; ++pass) {
-            for (size_t y = 0; y < static_cast<size_t>(picture.height); ++y)
-                png_read_row(png, &picture.samples[y * rowBytes], nullptr);
-        }
+        for (int pass = 0; pass < passes; ++pass)
+            for (int32_t y = 0; y < picture.height; ++y)
+                png_read_row(png, picture.Row(static_cast<size_t>(y)), nullptr);
         png_read_end(png, info);
     });
-    if (isGray) DropToGray(picture);
 }
 
-// The profile behind its name, a zero and the method. It begins with its own size.
-Bytes InflateProfile(std::span<const uint8_t> data) {
-    const auto zero = std::ranges::find(data, uint8_t{0});
-    if (data.end() - zero < 2) return {};
-    const std::span<const uint8_t> packed(zero + 2, data.end());
+// The chunk holds a name, a zero and the method before the compressed profile, which begins with its own size.
+Bytes InflateProfile(std::span<const uint8_t> chunk) {
+    const auto zero = std::ranges::find(chunk, uint8_t{0});
+    if (chunk.end() - zero < 2) return {};
+    const std::span<const uint8_t> packed(zero + 2, chunk.end());
     Bytes profile(4);
     uLongf size = 4;
     uncompress(profile.data(), &size, packed.data(), static_cast<uLong>(packed.size()));
@@ -150,6 +127,16 @@ Bytes InflateProfile(std::span<const uint8_t> data) {
     profile.resize(size);
     const int status = uncompress(profile.data(), &size, packed.data(), static_cast<uLong>(packed.size()));
     return status == Z_OK && size == profile.size() ? profile : Bytes{};
+}
+
+Bytes DeflateProfile(const Bytes& profile) {
+    constexpr std::string_view kBegin = "iCCPICC profile\0\0"sv;
+    uLongf size = compressBound(static_cast<uLong>(profile.size()));
+    Bytes chunk(kBegin.begin(), kBegin.end());
+    chunk.resize(kBegin.size() + size);
+    compress(&chunk[kBegin.size()], &size, profile.data(), static_cast<uLong>(profile.size()));
+    chunk.resize(kBegin.size() + size);
+    return chunk;
 }
 
 std::string Utf8FromLatin1(std::string_view latin) {
@@ -162,108 +149,92 @@ std::string Utf8FromLatin1(std::string_view latin) {
     return text;
 }
 
-// Compressed texts go into other PNG files only.
-void ReadText(std::string_view name, std::string_view text, Picture& picture) {
-    const std::string keyword(TakeUntil(text, '\0'));
-    if (name == "tEXt") picture.texts.push_back({keyword, Utf8FromLatin1(text)});
-    if (name != "iTXt" || !text.starts_with("\0\0"sv)) return;
-    text.remove_prefix(2);
-    TakeUntil(text, '\0');  // the language
-    TakeUntil(text, '\0');  // the keyword in it
-    if (keyword == kXmpKeyword)
-        picture.xmp.assign(text.begin(), text.end());
-    else
-        picture.texts.push_back({keyword, std::string(text)});
-}
-
-void ReadSurroundings(PngFile& file, Picture& picture) {
-    png_uint_32 x = 0, y = 0;
-    int unit = PNG_RESOLUTION_UNKNOWN;
-    png_get_pHYs(file.png, file.info, &x, &y, &unit);
-    if (unit == PNG_RESOLUTION_METER) {
-        picture.dpiX = x / kInchesPerMetre;
-        picture.dpiY = y / kInchesPerMetre;
-    }
+void ReadMetadata(const PngFile& file, Picture& picture) {
+    picture.dpiX = png_get_x_pixels_per_meter(file.png, file.info) / kInchesPerMetre;
+    picture.dpiY = png_get_y_pixels_per_meter(file.png, file.info) / kInchesPerMetre;
     png_bytep exif = nullptr;
     png_uint_32 exifSize = 0;
-    if (png_get_eXIf_1(file.png, file.info, &exifSize, &exif) != 0) picture.exif = ReadExif({exif, exifSize});
-    picture.orientation = TakeOrientation(picture.exif);
+    if (png_get_eXIf_1(file.png, file.info, &exifSize, &exif) != 0) SetExif({exif, exifSize}, picture);
 
-    png_unknown_chunkp unknown = nullptr;
-    const int count = png_get_unknown_chunks(file.png, file.info, &unknown);
-    for (const png_unknown_chunk& chunk : std::span(unknown, static_cast<size_t>(count))) {
+    png_textp texts = nullptr;
+    int count = 0;
+    png_get_text(file.png, file.info, &texts, &count);
+    for (const png_text& text : std::span(texts, static_cast<size_t>(count))) {
+        const bool isUtf8 = text.compression >= PNG_ITXT_COMPRESSION_NONE;
+        // The library writes none that it would have to leave blank.
+        if (std::ranges::all_of(std::string_view(text.key), [](char c) { return c <= ' '; })) continue;
+        picture.texts.push_back({text.key, isUtf8 ? text.text : Utf8FromLatin1(text.text)});
+    }
+    png_unknown_chunkp chunks = nullptr;
+    count = png_get_unknown_chunks(file.png, file.info, &chunks);
+    for (const png_unknown_chunk& chunk : std::span(chunks, static_cast<size_t>(count))) {
         const std::string_view name(reinterpret_cast<const char*>(chunk.name), 4);
-        const std::span<const uint8_t> data(chunk.data, chunk.size);
+        if (name == "iCCP") picture.profile = InflateProfile({chunk.data, chunk.size});
         if (name == "acTL") {
             picture.morePages = true;
-            continue;
+        } else {
+            Bytes& kept = picture.chunks.emplace_back(name.begin(), name.end());
+            kept.insert(kept.end(), chunk.data, chunk.data + chunk.size);
         }
-        if (name == "iCCP") picture.profile = InflateProfile(data);
-        ReadText(name, {reinterpret_cast<const char*>(data.data()), data.size()}, picture);
-        Bytes kept(name.begin(), name.end());
-        kept.insert(kept.end(), data.begin(), data.end());
-        picture.chunks.push_back(std::move(kept));
     }
 }
 
-Bytes Chunk(std::string_view nameAndBegin, std::span<const uint8_t> rest) {
-    Bytes chunk(nameAndBegin.begin(), nameAndBegin.end());
-    chunk.insert(chunk.end(), rest.begin(), rest.end());
-    return chunk;
-}
-
-Bytes ProfileChunk(const Bytes& profile) {
-    uLongf size = compressBound(static_cast<uLong>(profile.size()));
-    Bytes packed(size);
-    compress(packed.data(), &size, profile.data(), static_cast<uLong>(profile.size()));
-    return Chunk("iCCPICC profile\0\0"sv, std::span(packed).first(size));
-}
-
-Bytes TextChunk(const std::string& keyword, std::span<const uint8_t> text) {
-    const bool isPlain = std::ranges::all_of(text, [](uint8_t c) { return c < 0x80; }) && keyword != kXmpKeyword;
-    const std::string begin = (isPlain ? "tEXt" : "iTXt") + keyword;
-    return Chunk(begin + std::string(isPlain ? "\0"sv : "\0\0\0\0\0"sv), text);
-}
-
-// What another format's file says, as chunks of this one.
-std::vector<Bytes> ChunksOf(const Picture& picture) {
-    if (!picture.chunks.empty()) return picture.chunks;
-    std::vector<Bytes> chunks;
-    if (!picture.profile.empty()) chunks.push_back(ProfileChunk(picture.profile));
-    if (!picture.xmp.empty()) chunks.push_back(TextChunk(std::string(kXmpKeyword), picture.xmp));
-    for (const Picture::Text& text : picture.texts)
-        chunks.push_back(
-            TextChunk(text.keyword, {reinterpret_cast<const uint8_t*>(text.text.data()), text.text.size()}));
-    return chunks;
+std::vector<png_text> TextRows(const Picture& picture) {
+    std::vector<png_text> rows;
+    for (const Picture::Text& text : picture.texts) {
+        constexpr size_t kLong = 1000;  // where compression begins to pay
+        const bool isAscii =
+            std::ranges::all_of(text.text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+        png_text& row = rows.emplace_back();
+        row.key = const_cast<char*>(text.keyword.c_str());  // only read, in spite of the types
+        row.text = const_cast<char*>(text.text.c_str());
+        row.compression = !isAscii || text.keyword == kXmpKeyword ? PNG_ITXT_COMPRESSION_NONE
+                          : text.text.size() > kLong              ? PNG_TEXT_COMPRESSION_zTXt
+                                                                  : PNG_TEXT_COMPRESSION_NONE;
+    }
+    return rows;
 }
 
 }  // namespace
 
 void ReadPng(std::span<const uint8_t> bytes, size_t maxSamples, Picture& picture) {
+    // The library would make room for a chunk before it found that the file is shorter.
+    constexpr size_t kSignature = 8, kHead = 8, kSum = 4;  // length and name before a chunk's data, checksum after it
+    for (size_t at = kSignature; bytes.size() - at >= kHead && std::memcmp(&bytes[at + 4], "IEND", 4) != 0;) {
+        const size_t length = GetNumber<uint32_t>(&bytes[at], true);
+        if (length + kSum > bytes.size() - at - kHead) ThrowDamaged("it ends early");
+        at += kHead + length + kSum;
+    }
     PngFile file(true);
     file.left = bytes;
     ReadPixels(file, maxSamples, picture);
-    ReadSurroundings(file, picture);
+    ReadMetadata(file, picture);
 }
 
 Bytes WritePng(const Picture& picture) {
     PngFile file(false);
     png_structp const png = file.png;
     png_infop const info = file.info;
-    png_set_write_fn(png, &file, PngFile::Write, nullptr);
-    std::vector<Bytes> chunks = ChunksOf(picture);
+    std::vector<Bytes> chunks = picture.chunks;
+    if (chunks.empty() && !picture.profile.empty()) chunks.push_back(DeflateProfile(picture.profile));
     std::vector<png_unknown_chunk> raw;
     for (Bytes& chunk : chunks) {
-        png_unknown_chunk& entry = raw.emplace_back();
-        std::copy_n(chunk.begin(), 4, entry.name);
-        entry.data = chunk.data() + 4;
-        entry.size = chunk.size() - 4;
-        entry.location = PNG_HAVE_IHDR;
+        png_unknown_chunk& row = raw.emplace_back();
+        std::copy_n(chunk.begin(), 4, row.name);
+        row.data = chunk.data() + 4;
+        row.size = chunk.size() - 4;
+        row.location = PNG_HAVE_IHDR;
     }
-    Bytes exif = ExifBlock(picture.exif, picture.orientation);
+    const std::vector<png_text> texts = TextRows(picture);
+    Bytes exif = picture.exif;
+    if (exif.empty() && picture.orientation != 1) {
+        const auto orientation = static_cast<uint8_t>(picture.orientation);
+        exif = {'M', 'M', 0, 42,          0, 0, 0, 8, 0, 1, kOrientationTag >> 8, kOrientationTag & 0xFF, 0, 3, 0, 0,
+                0,   1,   0, orientation, 0, 0, 0, 0, 0, 0};
+    }
     const int colors = (picture.colors == 3 ? PNG_COLOR_MASK_COLOR : 0) | (picture.hasAlpha ? PNG_COLOR_MASK_ALPHA : 0);
     const auto perMetre = [](double dpi) { return static_cast<png_uint_32>(std::lround(dpi * kInchesPerMetre)); };
-    // Levels above take several times as long for files that are hardly smaller.
+    // Higher levels take several times as long for files that are hardly smaller.
     constexpr int kCompressionLevel = 4;
     png_set_compression_level(png, kCompressionLevel);
     file.Do([&] {
@@ -272,12 +243,11 @@ Bytes WritePng(const Picture& picture) {
         if (picture.dpiX > 0 && picture.dpiY > 0)
             png_set_pHYs(png, info, perMetre(picture.dpiX), perMetre(picture.dpiY), PNG_RESOLUTION_METER);
         if (!exif.empty()) png_set_eXIf_1(png, info, static_cast<png_uint_32>(exif.size()), exif.data());
+        png_set_text(png, info, texts.data(), static_cast<int>(texts.size()));
         png_set_unknown_chunks(png, info, raw.data(), static_cast<int>(raw.size()));
         png_write_info(png, info);
         if (std::endian::native == std::endian::little) png_set_swap(png);
-        const size_t rowBytes = picture.RowBytes();
-        for (size_t y = 0; y < static_cast<size_t>(picture.height); ++y)
-            png_write_row(png, &picture.samples[y * rowBytes]);
+        for (int32_t y = 0; y < picture.height; ++y) png_write_row(png, picture.Row(static_cast<size_t>(y)));
         png_write_end(png, nullptr);
     });
     return std::move(file.written);

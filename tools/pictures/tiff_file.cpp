@@ -1,4 +1,4 @@
-// TIFF files, by libtiff. They lie in memory, since the EXIF directories are copied beside the library.
+// TIFF files, by libtiff, in memory.
 #include <tiffio.h>
 
 #include <algorithm>
@@ -10,6 +10,7 @@
 #include <new>
 
 #include "tools/pictures/codecs.h"
+#include "tools/pictures/exif.h"
 #include "tools/tool_error.h"
 
 namespace stairmelt {
@@ -17,12 +18,8 @@ namespace {
 
 constexpr double kCentimetresPerInch = 2.54;
 
-// Texts that TIFF has tags for, and their keywords in PNG. Of two that share a tag the first is written.
-struct TextTag {
-    uint16_t tag;
-    const char* keyword;
-};
-constexpr TextTag kTextTags[] = {
+// Texts that TIFF has tags for, and their keywords in PNG. Of two that share a tag the first is used.
+constexpr std::pair<uint16_t, const char*> kTextTags[] = {
     {TIFFTAG_DOCUMENTNAME, "Title"},
     {TIFFTAG_IMAGEDESCRIPTION, "Description"},
     {TIFFTAG_IMAGEDESCRIPTION, "Comment"},
@@ -34,20 +31,28 @@ constexpr TextTag kTextTags[] = {
     {TIFFTAG_COPYRIGHT, "Copyright"},
 };
 
+// Colours by the kind of pixels. The first one of each number is written.
+using Kind = std::pair<uint16_t, int>;
+constexpr Kind kPhotometrics[] = {
+    {PHOTOMETRIC_MINISBLACK, 1}, {PHOTOMETRIC_RGB, 3},     {PHOTOMETRIC_SEPARATED, 4},
+    {PHOTOMETRIC_MINISWHITE, 1}, {PHOTOMETRIC_PALETTE, 1},
+};
+
 // What the library's callbacks get, and the library's handle, which is closed at the end.
 class TiffFile {
 public:
-    explicit TiffFile(std::span<const uint8_t> read) : read_(read) { Open("r", read.size()); }
-    explicit TiffFile(const char* mode) { Open(mode, 0); }
+    explicit TiffFile(std::span<const uint8_t> read) : read_(read) { Open("r"); }
+    // For writing, behind what the bytes hold already; the library replaces the first eight of them.
+    TiffFile(const char* mode, Bytes begin) : written_(std::move(begin)) { Open(mode); }
     ~TiffFile() { Close(); }
     TiffFile(const TiffFile&) = delete;
     TiffFile& operator=(const TiffFile&) = delete;
 
     operator TIFF*() const { return tiff_; }
-    Bytes& Written() { return written_; }
-    void Close() {
+    Bytes Close() {
         if (tiff_ != nullptr) TIFFClose(tiff_);
         tiff_ = nullptr;
+        return std::move(written_);
     }
 
     // Throws what the library has said, unless the step has succeeded.
@@ -62,10 +67,11 @@ public:
         T value{};
         return TIFFGetFieldDefaulted(tiff_, tag, &value) != 0 ? value : otherwise;
     }
-    Bytes BytesField(uint32_t tag) const {
+    template <class Container>
+    Container BytesField(uint32_t tag) const {
         uint32_t count = 0;
         const uint8_t* data = nullptr;
-        return TIFFGetField(tiff_, tag, &count, &data) != 0 ? Bytes(data, data + count) : Bytes();
+        return TIFFGetField(tiff_, tag, &count, &data) != 0 ? Container(data, data + count) : Container();
     }
 
 private:
@@ -73,63 +79,50 @@ private:
 
     static tmsize_t Read(thandle_t handle, void* to, tmsize_t size) {
         TiffFile& file = Of(handle);
-        const std::span<const uint8_t> bytes = file.Contents();
-        if (file.at_ > bytes.size()) return 0;
-        const size_t count = std::min(static_cast<size_t>(size), bytes.size() - static_cast<size_t>(file.at_));
-        if (count != 0) std::memcpy(to, &bytes[static_cast<size_t>(file.at_)], count);
-        file.at_ += count;
-        return static_cast<tmsize_t>(count);
+        const size_t at = static_cast<size_t>(std::min<uint64_t>(file.at_, file.read_.size()));
+        const std::span<const uint8_t> part = file.read_.subspan(at, std::min<size_t>(size, file.read_.size() - at));
+        std::ranges::copy(part, static_cast<uint8_t*>(to));
+        file.at_ += part.size();
+        return static_cast<tmsize_t>(part.size());
     }
     static tmsize_t Write(thandle_t handle, void* from, tmsize_t size) {
         TiffFile& file = Of(handle);
-        const size_t end = static_cast<size_t>(file.at_) + static_cast<size_t>(size);
+        const size_t at = static_cast<size_t>(file.at_), end = at + static_cast<size_t>(size);
         try {
             if (end > file.written_.size()) file.written_.resize(end);
         } catch (const std::bad_alloc&) {
             file.isMemoryShort_ = true;
             return -1;
         }
-        std::memcpy(&file.written_[static_cast<size_t>(file.at_)], from, static_cast<size_t>(size));
+        std::memcpy(&file.written_[at], from, static_cast<size_t>(size));
         file.at_ = end;
         return size;
     }
     static toff_t Seek(thandle_t handle, toff_t to, int from) {
         TiffFile& file = Of(handle);
-        const toff_t base = from == SEEK_CUR ? file.at_ : from == SEEK_END ? file.Contents().size() : 0;
-        return file.at_ = base + to;
+        return file.at_ = to + (from == SEEK_CUR ? file.at_ : from == SEEK_END ? Size(handle) : 0);
     }
-    static toff_t Size(thandle_t handle) { return Of(handle).Contents().size(); }
-    static int CloseNothing(thandle_t) { return 0; }
-    static int Map(thandle_t handle, void** base, toff_t* size) {
-        TiffFile& file = Of(handle);
-        // Only read, in spite of the type. NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast)
-        *base = const_cast<uint8_t*>(file.read_.data());
-        *size = file.read_.size();
-        return file.read_.empty() ? 0 : 1;
-    }
-    static void Unmap(thandle_t, void*, toff_t) {}
-
+    static toff_t Size(thandle_t handle) { return Of(handle).read_.size() + Of(handle).written_.size(); }
     static int OnError(TIFF*, void* file, const char*, const char* format, va_list words) {
         auto& message = static_cast<TiffFile*>(file)->message_;
         if (message[0] == '\0') std::vsnprintf(message.data(), message.size(), format, words);
         return 1;
     }
-    static int OnWarning(TIFF*, void*, const char*, const char*, va_list) { return 1; }
 
-    std::span<const uint8_t> Contents() const { return read_.empty() ? std::span<const uint8_t>(written_) : read_; }
-
-    void Open(const char* mode, size_t fileSize) {
+    void Open(const char* mode) {
         // What a damaged file asks for in one piece has to have some relation to its size.
-        constexpr size_t kLargestPiece = size_t{1} << 26;
+        constexpr size_t kMaxPiece = size_t{1} << 26;
         const std::unique_ptr<TIFFOpenOptions, void (*)(TIFFOpenOptions*)> options(TIFFOpenOptionsAlloc(),
                                                                                    TIFFOpenOptionsFree);
         if (options == nullptr) throw std::bad_alloc();
         TIFFOpenOptionsSetErrorHandlerExtR(options.get(), OnError, this);
-        TIFFOpenOptionsSetWarningHandlerExtR(options.get(), OnWarning, this);
+        TIFFOpenOptionsSetWarningHandlerExtR(
+            options.get(), [](TIFF*, void*, const char*, const char*, va_list) { return 1; }, nullptr);
         TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(),
-                                            static_cast<tmsize_t>(std::max(kLargestPiece, 8 * fileSize)));
-        tiff_ =
-            TIFFClientOpenExt("picture", mode, this, Read, Write, Seek, CloseNothing, Size, Map, Unmap, options.get());
+                                            static_cast<tmsize_t>(std::max(kMaxPiece, 8 * read_.size())));
+        tiff_ = TIFFClientOpenExt(
+            "picture", mode, this, Read, Write, Seek, [](thandle_t) { return 0; }, Size, nullptr, nullptr,
+            options.get());
         Require(tiff_ != nullptr);
     }
 
@@ -145,7 +138,7 @@ private:
 struct TiffPixels {
     uint16_t samples = 1, bits = 1, photometric = 0;
     bool isPlanar = false;
-    std::vector<std::array<uint8_t, 3>> values;  // of each pixel with up to 8 bits that isn't a sample itself
+    bool isIndexed = false;  // by a palette, or with fewer than 8 bits
 };
 
 void RequireSupported(const TiffFile& file, TiffPixels& pixels, Picture& picture) {
@@ -153,30 +146,27 @@ void RequireSupported(const TiffFile& file, TiffPixels& pixels, Picture& picture
     pixels.bits = file.Field<uint16_t>(TIFFTAG_BITSPERSAMPLE, 1);
     pixels.photometric = file.Field<uint16_t>(TIFFTAG_PHOTOMETRIC, 0xFFFF);
     pixels.isPlanar = file.Field<uint16_t>(TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG) != PLANARCONFIG_CONTIG;
-    const auto compression = file.Field<uint16_t>(TIFFTAG_COMPRESSION, COMPRESSION_NONE);
-    const auto format = file.Field<uint16_t>(TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT);
-    if (pixels.photometric == PHOTOMETRIC_YCBCR && compression == COMPRESSION_JPEG) {
+    if (pixels.photometric == PHOTOMETRIC_YCBCR &&
+        file.Field<uint16_t>(TIFFTAG_COMPRESSION, COMPRESSION_NONE) == COMPRESSION_JPEG) {
         TIFFSetField(file, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
         pixels.photometric = PHOTOMETRIC_RGB;
     }
-    const bool isGray = pixels.photometric == PHOTOMETRIC_MINISWHITE || pixels.photometric == PHOTOMETRIC_MINISBLACK;
-    const bool isPalette = pixels.photometric == PHOTOMETRIC_PALETTE;
-    picture.colors = isGray || isPalette                           ? 1
-                     : pixels.photometric == PHOTOMETRIC_RGB       ? 3
-                     : pixels.photometric == PHOTOMETRIC_SEPARATED ? 4
-                                                                   : 0;
-    if (picture.colors == 0) throw ToolError("the picture's pixel format isn't supported");
+    const auto kind = std::ranges::find(kPhotometrics, pixels.photometric, &Kind::first);
+    if (kind == std::end(kPhotometrics)) throw ToolError("the picture's pixel format isn't supported");
+    picture.colors = kind->second;
 
+    const auto format = file.Field<uint16_t>(TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT);
+    const bool isPalette = pixels.photometric == PHOTOMETRIC_PALETTE;
+    const bool isFew = pixels.bits == 1 || pixels.bits == 2 || pixels.bits == 4;
+    const bool isWhole = (pixels.bits == 8 || pixels.bits == 16) && format == SAMPLEFORMAT_UINT;
+    // Floats that count ink have no full scale to be inverted with.
     const bool isFloat = pixels.bits == 32 && format == SAMPLEFORMAT_IEEEFP;
-    const bool isNumber = (pixels.bits == 8 || pixels.bits == 16) && format == SAMPLEFORMAT_UINT;
-    const bool isSmall = pixels.bits == 1 || pixels.bits == 2 || pixels.bits == 4;
-    // Floats that count ink have no full scale to be taken from.
-    const bool isKnown = isPalette ? isSmall || pixels.bits == 8
-                                   : isNumber || (isFloat && pixels.photometric != PHOTOMETRIC_MINISWHITE) ||
-                                         (isSmall && isGray && pixels.samples == 1);
-    if (!isKnown) throw ToolError("the TIFF file's samples are of a kind that isn't supported");
+    const bool isKnown = isPalette ? isFew || pixels.bits == 8
+                                   : isWhole || (isFloat && pixels.photometric != PHOTOMETRIC_MINISWHITE) ||
+                                         (isFew && picture.colors == 1 && pixels.samples == 1);
+    if (!isKnown) throw ToolError("this kind of TIFF samples isn't supported");
     if (pixels.samples < picture.colors) ThrowDamaged("it lacks channels");
-    if (pixels.samples > picture.colors + 1 || (isPalette && pixels.samples > 1))
+    if (pixels.samples > picture.colors + (isPalette ? 0 : 1))
         throw ToolError("the picture has several extra channels");
     picture.hasAlpha = pixels.samples > picture.colors;
     uint16_t extras = 0;
@@ -185,164 +175,149 @@ void RequireSupported(const TiffFile& file, TiffPixels& pixels, Picture& picture
         kinds[0] == EXTRASAMPLE_ASSOCALPHA)
         throw ToolError("the picture's colours are multiplied by its transparency, which can't be undone exactly");
     picture.depth = std::max<int>(8, pixels.bits);
+    pixels.isIndexed = isPalette || isFew;
+
+    constexpr uint32_t kMaxSide = 1 << 28;
+    const auto width = file.Field<uint32_t>(TIFFTAG_IMAGEWIDTH, 0);
+    const auto height = file.Field<uint32_t>(TIFFTAG_IMAGELENGTH, 0);
+    if (width == 0 || height == 0 || width > kMaxSide || height > kMaxSide) ThrowDamaged("its size makes no sense");
+    picture.width = static_cast<int32_t>(width);
+    picture.height = static_cast<int32_t>(height);
 }
 
-// The values of pixels with few bits, spread over 0..255.
-void MakeValues(const TiffFile& file, TiffPixels& pixels, Picture& picture) {
-    if (pixels.photometric != PHOTOMETRIC_PALETTE && pixels.bits >= 8) return;
-    const size_t count = size_t{1} << pixels.bits;
-    if (pixels.photometric != PHOTOMETRIC_PALETTE) {
-        for (size_t i = 0; i < count; ++i) pixels.values.push_back({static_cast<uint8_t>(i * 255 / (count - 1))});
-        return;
-    }
-    const uint16_t *red = nullptr, *green = nullptr, *blue = nullptr;
-    file.Require(TIFFGetField(file, TIFFTAG_COLORMAP, &red, &green, &blue) != 0);
-    // Some programs write 0..255 where the format wants 0..65535.
-    const auto isShort = [&](const uint16_t* map) {
-        return std::all_of(map, map + count, [](uint16_t v) { return v < 256; });
+// Palettes and pixels with few bits, which the library expands exactly. Gray where no pixel has a colour.
+void ReadIndexed(const TiffFile& file, size_t fileSize, size_t maxSamples, Picture& picture) {
+    constexpr size_t kRasterBytes = 4;  // of a pixel: red, green, blue, opacity
+    picture.colors = kRasterBytes;
+    AllocateSamples(fileSize, maxSamples, picture);
+    // In the orientation that the file has, so that nothing is turned.
+    const auto orientation = file.Field<uint16_t>(TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
+    auto* const raster = reinterpret_cast<uint32_t*>(picture.samples.data());
+    file.Require(TIFFReadRGBAImageOriented(file, static_cast<uint32_t>(picture.width),
+                                           static_cast<uint32_t>(picture.height), raster, orientation, 1) != 0);
+    const auto isGray = [](uint32_t pixel) {
+        return TIFFGetR(pixel) == TIFFGetG(pixel) && TIFFGetR(pixel) == TIFFGetB(pixel);
     };
-    const int shift = isShort(red) && isShort(green) && isShort(blue) ? 0 : 8;
-    const auto byte = [&](uint16_t value) { return static_cast<uint8_t>(value >> shift); };
-    for (size_t i = 0; i < count; ++i) pixels.values.push_back({byte(red[i]), byte(green[i]), byte(blue[i])});
-    const auto isGray = [](const std::array<uint8_t, 3>& v) { return v[0] == v[1] && v[0] == v[2]; };
-    picture.colors = std::ranges::all_of(pixels.values, isGray) ? 1 : 3;
+    const size_t count = picture.samples.size() / kRasterBytes;
+    picture.colors = std::all_of(raster, raster + count, isGray) ? 1 : 3;
+    uint8_t* to = picture.samples.data();
+    for (const uint8_t* from = to; from != picture.samples.data() + count * kRasterBytes; from += kRasterBytes)
+        to = std::copy_n(from, picture.colors, to);
+    picture.samples.resize(picture.RowBytes() * static_cast<size_t>(picture.height));
 }
 
-// Puts `count` pixels of the file to their place. `plane` is the sample that they are of, where planes are apart.
-void Place(const TiffPixels& pixels, const uint8_t* from, size_t x, size_t y, size_t count, size_t plane,
-           Picture& picture) {
-    const size_t pixelBytes = picture.PixelBytes();
-    uint8_t* to = &picture.samples[y * picture.RowBytes() + x * pixelBytes];
-    if (!pixels.values.empty()) {
-        for (size_t i = 0; i < count; ++i, to += pixelBytes) {
-            const size_t bit = i * pixels.bits;
-            const unsigned value = static_cast<unsigned>(from[bit / 8]) >> (8 - pixels.bits - bit % 8);
-            std::copy_n(pixels.values[value & ((1U << pixels.bits) - 1)].data(), picture.colors, to);
-        }
-    } else if (pixels.isPlanar) {
-        const size_t sampleBytes = pixels.bits / 8U;
-        for (size_t i = 0; i < count; ++i)
-            std::memcpy(to + i * pixelBytes + plane * sampleBytes, from + i * sampleBytes, sampleBytes);
-    } else {
-        std::memcpy(to, from, count * pixelBytes);
-    }
-}
-
-void ReadStrips(const TiffFile& file, const TiffPixels& pixels, Picture& picture) {
-    Bytes row(static_cast<size_t>(TIFFScanlineSize(file)));
-    const uint16_t planes = pixels.isPlanar ? pixels.samples : uint16_t{1};
-    for (uint16_t plane = 0; plane < planes; ++plane) {
-        for (uint32_t y = 0; y < static_cast<uint32_t>(picture.height); ++y) {
-            file.Require(TIFFReadScanline(file, row.data(), y, plane) == 1);
-            Place(pixels, row.data(), 0, y, static_cast<size_t>(picture.width), plane, picture);
-        }
-    }
-}
-
-void ReadTiles(const TiffFile& file, const TiffPixels& pixels, Picture& picture) {
-    const auto width = file.Field<uint32_t>(TIFFTAG_TILEWIDTH, 0), height = file.Field<uint32_t>(TIFFTAG_TILELENGTH, 0);
-    const tmsize_t size = TIFFTileSize(file), rowSize = TIFFTileRowSize(file);
-    constexpr tmsize_t kLargest = 1 << 28;
-    if (width == 0 || height == 0 || size <= 0 || size > kLargest) ThrowDamaged("its tiles make no sense");
-    Bytes tile(static_cast<size_t>(size));
+// Strips are read like tiles of the picture's width.
+void ReadBlocks(const TiffFile& file, const TiffPixels& pixels, Picture& picture) {
     const auto right = static_cast<uint32_t>(picture.width), bottom = static_cast<uint32_t>(picture.height);
-    const uint16_t planes = pixels.isPlanar ? pixels.samples : uint16_t{1};
-    for (uint16_t plane = 0; plane < planes; ++plane) {
+    const bool isTiled = TIFFIsTiled(file) != 0;
+    const auto width = isTiled ? file.Field<uint32_t>(TIFFTAG_TILEWIDTH, 0) : right;
+    const auto height = file.Field<uint32_t>(isTiled ? TIFFTAG_TILELENGTH : TIFFTAG_ROWSPERSTRIP, 0);
+    const auto rowBytes = static_cast<size_t>(isTiled ? TIFFTileRowSize(file) : TIFFScanlineSize(file));
+    const size_t pixelBytes = picture.PixelBytes(), sampleBytes = static_cast<size_t>(picture.depth / 8);
+    const size_t step = pixels.isPlanar ? sampleBytes : pixelBytes;  // in the file
+    const bool isInPlace = !isTiled && !pixels.isPlanar;
+    constexpr tmsize_t kMaxBlock = 1 << 28;
+    const tmsize_t size = isTiled ? TIFFTileSize(file) : TIFFStripSize(file);
+    if (width == 0 || height == 0 || rowBytes != step * width || size <= 0 ||
+        size > std::max(kMaxBlock, static_cast<tmsize_t>(picture.samples.size())))
+        ThrowDamaged("its strips or tiles make no sense");
+    Bytes block(isInPlace ? 0 : static_cast<size_t>(size));
+    uint32_t index = 0;
+    for (size_t plane = 0; plane < (pixels.isPlanar ? pixels.samples : 1U); ++plane) {
         for (uint32_t top = 0; top < bottom; top += std::min(height, bottom - top)) {
-            for (uint32_t left = 0; left < right; left += std::min(width, right - left)) {
-                file.Require(TIFFReadTile(file, tile.data(), left, top, 0, plane) >= 0);
-                for (uint32_t y = 0; y < std::min(height, bottom - top); ++y)
-                    Place(pixels, &tile[y * static_cast<size_t>(rowSize)], left, top + y, std::min(width, right - left),
-                          plane, picture);
+            const uint32_t rows = std::min(height, bottom - top);
+            for (uint32_t left = 0; left < right; left += std::min(width, right - left), ++index) {
+                if (isTiled) {
+                    file.Require(TIFFReadEncodedTile(file, index, block.data(), size) == size);
+                } else {
+                    const auto wanted = static_cast<tmsize_t>(rows * rowBytes);
+                    void* const to = isInPlace ? picture.Row(top) : block.data();
+                    file.Require(TIFFReadEncodedStrip(file, index, to, wanted) == wanted);
+                }
+                const uint32_t columns = std::min(width, right - left);
+                for (uint32_t y = 0; !isInPlace && y < rows; ++y) {
+                    const uint8_t* const from = &block[y * rowBytes];
+                    uint8_t* const place = picture.Row(top + y) + left * pixelBytes + plane * sampleBytes;
+                    for (size_t x = 0; x < columns; ++x) std::memcpy(place + x * pixelBytes, from + x * step, step);
+                }
             }
         }
     }
-}
-
-void TurnInkToLight(Picture& picture) {
-    const size_t pixelBytes = picture.PixelBytes(), sampleBytes = static_cast<size_t>(picture.depth / 8);
+    if (pixels.photometric != PHOTOMETRIC_MINISWHITE) return;
     for (size_t at = 0; at < picture.samples.size(); at += pixelBytes)
         for (size_t i = 0; i < sampleBytes; ++i) picture.samples[at + i] ^= 0xFF;
 }
 
-void ReadSurroundings(const TiffFile& file, std::span<const uint8_t> bytes, Picture& picture) {
+void ReadMetadata(const TiffFile& file, std::span<const uint8_t> bytes, Picture& picture) {
     const auto unit = file.Field<uint16_t>(TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
     const double scale = unit == RESUNIT_INCH ? 1 : unit == RESUNIT_CENTIMETER ? kCentimetresPerInch : 0;
     picture.dpiX = file.Field<float>(TIFFTAG_XRESOLUTION, 0) * scale;
     picture.dpiY = file.Field<float>(TIFFTAG_YRESOLUTION, 0) * scale;
-    const auto orientation = file.Field<uint16_t>(TIFFTAG_ORIENTATION, 1);
-    picture.orientation = orientation >= 1 && orientation <= 8 ? orientation : uint16_t{1};
-    picture.profile = file.BytesField(TIFFTAG_ICCPROFILE);
-    picture.xmp = file.BytesField(TIFFTAG_XMLPACKET);
-    for (const TextTag& row : kTextTags) {
+    SetExif(ExifReader(bytes).MakeBlock(), picture);
+    const uint16_t ofBlock = picture.orientation;
+    SetOrientation(file.Field<uint16_t>(TIFFTAG_ORIENTATION, 1), picture);
+    if (picture.orientation != ofBlock) picture.exif.clear();  // a damaged file: what one sees goes first
+    picture.profile = file.BytesField<Bytes>(TIFFTAG_ICCPROFILE);
+    if (const auto xmp = file.BytesField<std::string>(TIFFTAG_XMLPACKET); !xmp.empty())
+        picture.texts.push_back({kXmpKeyword, xmp});
+    for (const auto& [tag, keyword] : kTextTags) {
         const char* text = nullptr;
-        const bool isFirst = picture.texts.empty() || row.keyword != std::string("Comment");
-        if (isFirst && TIFFGetField(file, row.tag, &text) != 0) picture.texts.push_back({row.keyword, text});
+        if (keyword != std::string("Comment") && TIFFGetField(file, tag, &text) != 0)
+            picture.texts.push_back({keyword, text});
     }
-    picture.exif = ReadExif(bytes);
-    std::erase_if(picture.exif.entries, [](const ExifEntry& entry) { return entry.directory.empty(); });
+    picture.morePages = TIFFLastDirectory(file) == 0;
 
     const auto compression = file.Field<uint16_t>(TIFFTAG_COMPRESSION, COMPRESSION_NONE);
     const auto predictor = file.Field<uint16_t>(TIFFTAG_PREDICTOR, PREDICTOR_NONE);
     switch (compression) {
         case COMPRESSION_NONE:
-        case COMPRESSION_PACKBITS:
-        case COMPRESSION_LZW: picture.compression = compression; break;
+        case COMPRESSION_PACKBITS: picture.compression = compression; return;
         case COMPRESSION_DEFLATE:
         case COMPRESSION_ADOBE_DEFLATE: picture.compression = COMPRESSION_ADOBE_DEFLATE; break;
-        default: picture.compression = COMPRESSION_LZW; break;  // without loss, and everybody reads it
+        default: picture.compression = COMPRESSION_LZW; break;  // lossless, and every program reads it
     }
-    const bool takesPredictor =
-        picture.compression == COMPRESSION_LZW || picture.compression == COMPRESSION_ADOBE_DEFLATE;
-    const bool isKnown =
-        predictor == PREDICTOR_HORIZONTAL || (predictor == PREDICTOR_FLOATINGPOINT && picture.depth == 32);
-    if (takesPredictor && isKnown) picture.predictor = predictor;
-    picture.morePages = TIFFLastDirectory(file) == 0;
+    if (predictor == PREDICTOR_HORIZONTAL || (predictor == PREDICTOR_FLOATINGPOINT && picture.depth == 32))
+        picture.predictor = predictor;
 }
 
-void WriteTags(const TiffFile& file, const Picture& picture) {
+void WriteTags(const TiffFile& file, const Picture& picture, const ExifReader& exif) {
     const auto set = [&](uint32_t tag, auto... values) { file.Require(TIFFSetField(file, tag, values...) != 0); };
     set(TIFFTAG_IMAGEWIDTH, picture.width);
     set(TIFFTAG_IMAGELENGTH, picture.height);
     set(TIFFTAG_BITSPERSAMPLE, picture.depth);
     set(TIFFTAG_SAMPLESPERPIXEL, static_cast<int>(picture.SamplesPerPixel()));
-    set(TIFFTAG_PHOTOMETRIC, picture.colors == 1   ? PHOTOMETRIC_MINISBLACK
-                             : picture.colors == 3 ? PHOTOMETRIC_RGB
-                                                   : PHOTOMETRIC_SEPARATED);
+    set(TIFFTAG_PHOTOMETRIC, int{std::ranges::find(kPhotometrics, picture.colors, &Kind::second)->first});
     set(TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
     set(TIFFTAG_SAMPLEFORMAT, picture.depth == 32 ? SAMPLEFORMAT_IEEEFP : SAMPLEFORMAT_UINT);
-    set(TIFFTAG_COMPRESSION, static_cast<int>(picture.compression));
-    if (picture.predictor != PREDICTOR_NONE) set(TIFFTAG_PREDICTOR, static_cast<int>(picture.predictor));
+    set(TIFFTAG_COMPRESSION, int{picture.compression});
+    if (picture.predictor != PREDICTOR_NONE) set(TIFFTAG_PREDICTOR, int{picture.predictor});
     const uint16_t alpha = EXTRASAMPLE_UNASSALPHA;
     if (picture.hasAlpha) set(TIFFTAG_EXTRASAMPLES, 1, &alpha);
     constexpr size_t kStripBytes = 1 << 18;
     set(TIFFTAG_ROWSPERSTRIP, static_cast<int>(std::max<size_t>(1, kStripBytes / picture.RowBytes())));
-    set(TIFFTAG_ORIENTATION, static_cast<int>(picture.orientation));
+    set(TIFFTAG_ORIENTATION, int{picture.orientation});
     if (picture.dpiX > 0 && picture.dpiY > 0) {
         set(TIFFTAG_XRESOLUTION, picture.dpiX);
         set(TIFFTAG_YRESOLUTION, picture.dpiY);
         set(TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
     }
-    const auto setBytes = [&](uint32_t tag, const Bytes& bytes) {
+    const auto setBytes = [&](uint32_t tag, const auto& bytes) {
         if (!bytes.empty()) set(tag, static_cast<int>(bytes.size()), bytes.data());
     };
+    const auto textOf = [&](const char* keyword) {
+        const auto text = std::ranges::find(picture.texts, keyword, &Picture::Text::keyword);
+        return text == picture.texts.end() ? std::string() : text->text;
+    };
     setBytes(TIFFTAG_ICCPROFILE, picture.profile);
-    setBytes(TIFFTAG_XMLPACKET, picture.xmp);
-    for (const TextTag& row : kTextTags) {
-        const auto text = std::ranges::find(picture.texts, row.keyword, &Picture::Text::keyword);
-        const std::string value = text != picture.texts.end() ? text->text : ExifText(picture.exif, row.tag);
+    setBytes(TIFFTAG_XMLPACKET, textOf(kXmpKeyword));
+    for (const auto& [tag, keyword] : kTextTags) {
+        std::string text = textOf(keyword);
+        if (text.empty()) text = exif.Text(tag);
         const char* earlier = nullptr;
-        if (!value.empty() && TIFFGetField(file, row.tag, &earlier) == 0) set(row.tag, value.c_str());
+        if (!text.empty() && TIFFGetField(file, tag, &earlier) == 0) set(tag, text.c_str());
     }
-}
-
-// The EXIF directories go where the library has come to.
-void WriteExif(TiffFile& file, const Exif& exif) {
-    for (const ExifEntry& entry : exif.entries) {
-        if (entry.directory.empty() || (entry.tag != kExifTag && entry.tag != kGpsTag)) continue;
-        const uint64_t place = AppendDirectory(file.Written(), entry.directory, exif.bigEndian);
-        file.Require(TIFFSetField(file, entry.tag, place) != 0);
-    }
+    for (const uint16_t tag : {kExifTag, kGpsTag})
+        if (const uint64_t place = exif.Number(tag); place != 0) set(tag, place);
 }
 
 }  // namespace
@@ -351,37 +326,34 @@ void ReadTiff(std::span<const uint8_t> bytes, size_t maxSamples, Picture& pictur
     const TiffFile file(bytes);
     TiffPixels pixels;
     RequireSupported(file, pixels, picture);
-    MakeValues(file, pixels, picture);
-    constexpr uint32_t kMaxSide = 1 << 28;
-    const auto width = file.Field<uint32_t>(TIFFTAG_IMAGEWIDTH, 0),
-               height = file.Field<uint32_t>(TIFFTAG_IMAGELENGTH, 0);
-    if (width == 0 || height == 0 || width > kMaxSide || height > kMaxSide) ThrowDamaged("its size makes no sense");
-    picture.width = static_cast<int32_t>(width);
-    picture.height = static_cast<int32_t>(height);
-    AllocateSamples(bytes.size(), maxSamples, picture);
-    if (TIFFIsTiled(file) != 0)
-        ReadTiles(file, pixels, picture);
-    else
-        ReadStrips(file, pixels, picture);
-    if (pixels.photometric == PHOTOMETRIC_MINISWHITE) TurnInkToLight(picture);
-    ReadSurroundings(file, bytes, picture);
+    // Where it finds no whole palette, the library takes the indices for grays.
+    if (ExifReader(bytes).Number(TIFFTAG_PHOTOMETRIC) == PHOTOMETRIC_PALETTE &&
+        pixels.photometric != PHOTOMETRIC_PALETTE)
+        ThrowDamaged("its palette is missing or too short");
+    if (pixels.isIndexed) {
+        ReadIndexed(file, bytes.size(), maxSamples, picture);
+    } else {
+        AllocateSamples(bytes.size(), maxSamples, picture);
+        ReadBlocks(file, pixels, picture);
+    }
+    ReadMetadata(file, bytes, picture);
 }
 
 Bytes WriteTiff(const Picture& picture) {
-    // Beyond 4 GB the format has another form, and the directories of EXIF have none there.
-    constexpr size_t kLargest = 0xF0000000;
-    const bool isLarge = picture.samples.size() > kLargest;
-    TiffFile file(isLarge ? "w8" : picture.exif.entries.empty() ? "w" : picture.exif.bigEndian ? "wb" : "wl");
-    WriteTags(file, picture);
+    // Beyond 4 GB the format has another form, in which places have more bytes than in an EXIF block.
+    constexpr size_t kMaxSize = 0xF0000000;
+    const bool isLarge = picture.samples.size() > kMaxSize;
+    // A block begins as the file does, so its places hold in the file, too.
+    const ExifReader exif(isLarge ? std::span<const uint8_t>() : picture.exif);
+    TiffFile file(isLarge ? "w8" : exif.IsBigEndian() ? "wb" : "wl", isLarge ? Bytes() : picture.exif);
+    WriteTags(file, picture, exif);
     Bytes row(picture.RowBytes());  // the library changes it
     for (uint32_t y = 0; y < static_cast<uint32_t>(picture.height); ++y) {
-        std::memcpy(row.data(), &picture.samples[y * row.size()], row.size());
+        std::memcpy(row.data(), picture.Row(y), row.size());
         file.Require(TIFFWriteScanline(file, row.data(), y, 0) == 1);
     }
-    if (!isLarge) WriteExif(file, picture.exif);
     file.Require(TIFFWriteDirectory(file) != 0);
-    file.Close();
-    return std::move(file.Written());
+    return file.Close();
 }
 
 }  // namespace stairmelt

@@ -214,15 +214,16 @@ private:
         const auto format = std::ranges::find(kAllKernels, ClassifyImage(), &KernelCase::Key);
         Require(format != std::end(kAllKernels), "a key without a kernel");
         const size_t rowBytes = static_cast<size_t>(width) * static_cast<size_t>(format->PixelBytes());
-        std::vector<uint8_t> got;
+        std::vector<uint8_t> source, got;  // narrower than the document where 16-bit coordinates end
         for (int32_t y = 0; y < height; ++y) {
-            const uint8_t* const row = output.memory.Data() + static_cast<ptrdiff_t>(y) * output.rowBytes;
-            got.insert(got.end(), row, row + rowBytes);
+            const uint8_t* const from = &host_.document.source[static_cast<size_t>(y) * host_.document.RowBytes()];
+            const uint8_t* const to = output.memory.Data() + static_cast<ptrdiff_t>(y) * output.rowBytes;
+            source.insert(source.end(), from, from + rowBytes);
+            got.insert(got.end(), to, to + rowBytes);
         }
         ParameterBlock block;
         std::memcpy(&block, *host_.record.parameters, sizeof(block));
-        Require(IsSmoothed(*format, width, height, block, host_.document.source, got),
-                std::string("wrong pixels in ") + format->name);
+        Require(IsSmoothed(*format, width, height, block, source, got), std::string("wrong pixels in ") + format->name);
     }
 
     void CheckHeld(const std::string& name) const {

@@ -32,6 +32,7 @@ TEST(FakeServices, BlocksMoveWhenUnlockedAndTellOfUseAfterDisposal) {
     ASSERT_EQ(host.buffers.procs.allocateProc(100, &id), kNoErr);
     EXPECT_EQ(host.StillHeld(), "buffer #1\n");
     host.buffers.procs.freeProc(id);
+    EXPECT_EQ(host.StillHeld(), "");
 
     host.faults.clear();
     host.record.abortProc();

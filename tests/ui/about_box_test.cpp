@@ -93,8 +93,9 @@ TEST_F(AboutBox, StandsOverItsParentButOnTheScreen) {
         ASSERT_NE(OpenAbout(), nullptr);
         const RECT place = WindowRect();
         const LONG width = place.right - place.left, height = place.bottom - place.top;
-        EXPECT_EQ(place.left, std::clamp(row.middleX - width / 2, 0L, screenWidth - width)) << row.parent.left;
-        EXPECT_EQ(place.top, std::clamp(row.middleY - height / 2, 0L, screenHeight - height)) << row.parent.left;
+        EXPECT_TRUE(StandsAt(std::clamp(row.middleX - width / 2, 0L, screenWidth - width),
+                             std::clamp(row.middleY - height / 2, 0L, screenHeight - height)))
+            << WindowRect().left << "," << WindowRect().top << " over " << row.parent.left;
         Close(IDCANCEL);
     }
 }

@@ -28,10 +28,22 @@ LRESULT CALLBACK HostWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
     return DefWindowProcA(window, message, wParam, lParam);
 }
 
-BOOL CALLBACK KeepDialog(HWND window, LPARAM found) {
+bool IsDialog(HWND window) {
     char name[32] = "";
     GetClassNameA(window, name, sizeof name);
-    if (std::string(name) != "#32770" || !IsWindowVisible(window)) return TRUE;
+    return std::string(name) == "#32770";
+}
+
+RECT gOpenedAt;
+
+LRESULT CALLBACK NotePlace(int code, WPARAM wParam, LPARAM lParam) {
+    const CWPSTRUCT& call = *reinterpret_cast<const CWPSTRUCT*>(lParam);
+    if (call.message == WM_SHOWWINDOW && call.wParam != 0 && IsDialog(call.hwnd)) GetWindowRect(call.hwnd, &gOpenedAt);
+    return CallNextHookEx(nullptr, code, wParam, lParam);
+}
+
+BOOL CALLBACK KeepDialog(HWND window, LPARAM found) {
+    if (!IsDialog(window) || !IsWindowVisible(window)) return TRUE;
     *reinterpret_cast<HWND*>(found) = window;
     return FALSE;
 }
@@ -91,8 +103,10 @@ void DialogSession::RunHost(RunKind kind) {
     BYTE keys[256] = {};
     keys[VK_SHIFT] = shiftState;
     SetKeyboardState(keys);
+    const HHOOK hook = SetWindowsHookExA(WH_CALLWNDPROC, NotePlace, nullptr, threadId);
     SetEvent(ready);
     result = host.RunFilter(pluginMain, kind);
+    UnhookWindowsHookEx(hook);
     if (hostWindow != nullptr) DestroyWindow(hostWindow);
     hostWindow = nullptr;
     SetEvent(ended);
@@ -167,11 +181,7 @@ RECT DialogSession::WindowRect() const {
     return rect;
 }
 
-bool DialogSession::StandsAt(LONG left, LONG top) const {
-    const auto isThere = [&] { return WindowRect().left == left && WindowRect().top == top; };
-    for (DWORD waited = 0; !isThere() && waited < kPatience; waited += 10) Sleep(10);
-    return isThere();
-}
+RECT DialogSession::OpenedAt() { return gOpenedAt; }
 
 std::string DialogSession::Text(int id) {
     char text[256] = "";

@@ -70,8 +70,8 @@ struct DialogSession : PluginRun {
 
     HWND Item(int id) const { return GetDlgItem(dialog, id); }
     RECT WindowRect() const;
-    // Waits for the dialog to be there: a window manager may report other places while it maps a window.
-    bool StandsAt(LONG left, LONG top) const;
+    // The dialog's rectangle when it was shown, before a window manager had a say.
+    static RECT OpenedAt();
     std::string Text(int id);
     void SetText(int id, const std::string& text);  // notifies the dialog, as typing does
     int Position(int sliderId) { return static_cast<int>(Send(Item(sliderId), kGetPos)); }

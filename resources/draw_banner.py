@@ -6,17 +6,17 @@ import pathlib
 from PIL import Image, ImageDraw, ImageFont
 
 WIDTH, HEIGHT = 343, 65
-# A strip of its own, since the dialog's ground differs between versions of Windows.
+# A strip with its own background, since the dialog's differs between versions of Windows.
 GROUND, LETTERS, LINE = (38, 50, 72), (246, 247, 249), (240, 150, 92)
 MARGIN = 16
 FONT = "/usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf"
-SCALE = 8  # what is smooth is drawn larger and reduced
+SCALE = 8  # drawn larger and reduced, for smooth edges
 LEFT, RIGHT, TOP, BOTTOM = 200, WIDTH - MARGIN, 13, 47  # of the falling line
 THICKNESS = 5
 
 
 def fall(x):
-    """The line's height at x: level at both ends."""
+    """The line's y at x; level at both ends."""
     t = (x - LEFT) / (RIGHT - LEFT)
     return TOP + (BOTTOM - TOP) * t * t * (3 - 2 * t)
 
@@ -26,7 +26,7 @@ def main():
     draw = ImageDraw.Draw(large)
     font = ImageFont.truetype(FONT, 30 * SCALE)
     draw.text((MARGIN * SCALE, HEIGHT * SCALE // 2), "stairmelt", LETTERS, font, anchor="lm")
-    # Treads on whole pixels, each shorter than the one before, until they melt into a smooth fall.
+    # Treads on whole pixels, each shorter than the last, until they melt into a smooth line.
     x, tread = LEFT, 20.0
     while x < RIGHT:
         is_stair = tread >= 1

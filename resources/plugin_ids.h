@@ -1,5 +1,5 @@
-// What the code and the declaration resources must agree on: names, the GUID and four-character codes. Plain macros,
-// since resource scripts read them too; there a code is a 32-bit number with its first character in the top byte.
+// What the code and the declaration resources share: names, the GUID and four-character codes. Plain macros, since
+// resource scripts use them too; there a code is a 32-bit number with its first character in the top byte.
 #ifndef STAIRMELT_RESOURCES_PLUGIN_IDS_H
 #define STAIRMELT_RESOURCES_PLUGIN_IDS_H
 
@@ -10,7 +10,7 @@
 #define PLUGIN_NAME "stairmelt"          // the menu title
 #define PLUGIN_CATEGORY "NORVA"          // the submenu
 
-#define PLUGIN_RESOURCE_ID 16000  // of PIPL and AETE alike
+#define PLUGIN_RESOURCE_ID 16000  // of both PIPL and AETE
 
 #define CODE_PLUGIN 0x73746D6CL    // 'stml': scripting class, event and suite
 #define KEY_THRESHOLD 0x54687368L  // 'Thsh'

@@ -1,4 +1,4 @@
-// Numbers of the dialogs, their controls and the banner. Plain macros, since resource scripts read them too.
+// Identifiers of the dialogs, their controls and the banner. Plain macros, since resource scripts use them too.
 #ifndef STAIRMELT_RESOURCES_RESOURCE_IDS_H
 #define STAIRMELT_RESOURCES_RESOURCE_IDS_H
 
@@ -6,8 +6,8 @@
 #define IDD_ABOUT 103
 #define IDB_BANNER 103
 
-// Parameter dialog. OK is the system's 1; the Cancel button isn't the system's 2, which is Escape and Close, since it
-// turns into Reset.
+// Parameter dialog. OK has the system's number 1. Cancel doesn't have the system's 2, which Escape and Close send,
+// since it turns into Reset.
 #define IDC_THRESHOLD_SLIDER 1002
 #define IDC_SOFTNESS_SLIDER 1003
 #define IDC_THRESHOLD_EDIT 1004
@@ -18,7 +18,7 @@
 #define IDC_ZOOM_IN 1010
 #define IDC_ZOOM_LABEL 1011
 #define IDC_CANCEL_RESET 1016
-#define IDC_FOCUS_PARKING 1017  // an empty text that holds the keyboard focus while no edit box has it
+#define IDC_FOCUS_PARKING 1017  // an empty text that takes the keyboard focus out of the edit boxes
 
 // About box.
 #define IDC_ABOUT_BANNER 1012

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Gives a picture the light grain of a scan, the same at every run: add_grain.py IN OUT.
+"""Adds the light grain of a scan to a picture, the same in every run: add_grain.py IN OUT.
 
-Each sample moves by one step at most: too little for the eye, but no two neighbours stay equal. Needs Pillow (Debian:
+Each sample changes by at most one step: invisible, but hardly any neighbours stay equal. Needs Pillow (Debian:
 python3-pil).
 """
 

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Draws the pictures of the README and of the users' guide anew from the sample: before and after, and each value low, in
-# the middle and high. Needs python3-pil and fonts-dejavu-core. The picture of the dialog is a screenshot.
+# Redraws the pictures of the README and the users' guide from the sample: before and after, and each value low, medium and
+# high. Needs python3-pil and fonts-dejavu-core. The picture of the dialog is a screenshot.
 set -eu
 cd "$(dirname "$(realpath "$0")")"
 made=$(mktemp -d)
@@ -10,7 +10,7 @@ trap 'rm -rf "$made"' EXIT
 smoothed() {
     ../smooth --settings "$made/settings" --threshold "$3" --softness "$4" --bias "$5" "$1" "$made/$2.png"
 }
-# The threshold shows in grain: at 0 all of it counts as edges.
+# Grain shows the effect of the threshold: at 0 all of it counts as edges.
 /usr/bin/python3 add_grain.py sample.png "$made/grained.png"
 for threshold in 0 10 200; do smoothed "$made/grained.png" "threshold$threshold" $threshold 70 0; done
 for softness in 10 70 100; do smoothed sample.png "softness$softness" 10 $softness 0; done

@@ -25,7 +25,7 @@ def draw_landscape(image, draw):
         draw.ellipse((x - radius, y - radius, x + radius, y + radius), fill=(244, 248, 250))
     mountains = ((left, 112), (52, 62), (84, 96), (112, 70), (right, 118), (right, bottom), (left, bottom))
     draw.polygon(mountains, fill=(92, 116, 168))
-    # The snow's upper edge is the mountain's own, pixel for pixel.
+    # The snow has exactly the mountain's upper edge.
     slopes, snow = Image.new("1", SIZE), Image.new("1", SIZE)
     ImageDraw.Draw(slopes).polygon(mountains, fill=1)
     ImageDraw.Draw(snow).polygon(((20, 84), (52, 40), (84, 84), (64, 72), (56, 80), (47, 73), (40, 80)), fill=1)

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Puts parts of several pictures side by side, magnified six times, so that single pixels show.
+"""Places parts of several pictures side by side, magnified six times, so that single pixels can be seen.
 
     magnify.py OUT X,Y,WIDTH,HEIGHT ... -- PICTURE[=LABEL] ...
 
-Each part makes one row, each picture one column, with its label above it. Needs Pillow and the DejaVu fonts (Debian:
+Each part is a row and each picture a column, with its label above. Needs Pillow and the DejaVu fonts (Debian:
 python3-pil, fonts-dejavu-core).
 """
 

@@ -6,8 +6,8 @@
 
 namespace stairmelt {
 
-// Wine doesn't count them, but keeps their table where Windows does: by way of the process's environment block, 0x4000
-// entries of 24 bytes, whose type is 0 while they are unused.
+// Wine doesn't count them, but keeps their table where Windows does. The process's environment block points to it:
+// 0x4000 entries of 24 bytes, with a type of 0 if unused.
 int CountGdiObjects() {
     if (const DWORD count = GetGuiResources(GetCurrentProcess(), GR_GDIOBJECTS)) return static_cast<int>(count);
     const auto getBlock = reinterpret_cast<const uint8_t*(WINAPI*)()>(

@@ -1,9 +1,9 @@
-// How many of the system's objects this process holds, for tests that look for leaks.
+// Counts the system objects that this process holds, for tests that look for leaks.
 #pragma once
 
 namespace stairmelt {
 
 int CountGdiObjects();   // pens, brushes, bitmaps, device contexts and the like
-int CountUserObjects();  // windows and what belongs to them; in Wine, which doesn't count them, the windows alone
+int CountUserObjects();  // windows, menus and the like; in Wine, which doesn't count them, only windows
 
 }  // namespace stairmelt

@@ -7,15 +7,15 @@ namespace stairmelt {
 namespace {
 
 constexpr char kHostClass[] = "FakeHostWindow";
-constexpr UINT kMark = WM_APP + 77;  // behind everything that was in the queue before
+constexpr UINT kMark = WM_APP + 77;  // follows everything that was in the queue before
 
-// Where the host's thread stands with the mark of the last Settle. Only that thread writes it.
+// Whether the host's thread has reached the mark of the last Settle. Only that thread writes it.
 struct {
     bool isMarked = false;
     HANDLE resting = nullptr;
 } gRest;
 
-// The system tells a dialog's owner when the dialog's queue has run empty, repaints included.
+// The system notifies a dialog's owner when the dialog's queue is empty, including repaints.
 LRESULT CALLBACK HostWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == kMark) {
         gRest.isMarked = true;
@@ -28,10 +28,22 @@ LRESULT CALLBACK HostWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
     return DefWindowProcA(window, message, wParam, lParam);
 }
 
-BOOL CALLBACK KeepDialog(HWND window, LPARAM found) {
+bool IsDialog(HWND window) {
     char name[32] = "";
     GetClassNameA(window, name, sizeof name);
-    if (std::string(name) != "#32770" || !IsWindowVisible(window)) return TRUE;
+    return std::string(name) == "#32770";
+}
+
+RECT gOpenedAt;
+
+LRESULT CALLBACK NotePlace(int code, WPARAM wParam, LPARAM lParam) {
+    const CWPSTRUCT& call = *reinterpret_cast<const CWPSTRUCT*>(lParam);
+    if (call.message == WM_SHOWWINDOW && call.wParam != 0 && IsDialog(call.hwnd)) GetWindowRect(call.hwnd, &gOpenedAt);
+    return CallNextHookEx(nullptr, code, wParam, lParam);
+}
+
+BOOL CALLBACK KeepDialog(HWND window, LPARAM found) {
+    if (!IsDialog(window) || !IsWindowVisible(window)) return TRUE;
     *reinterpret_cast<HWND*>(found) = window;
     return FALSE;
 }
@@ -50,7 +62,7 @@ void DialogSession::SetUp() {
     windowClass.lpfnWndProc = HostWindowProc;
     windowClass.hInstance = GetModuleHandleA(nullptr);
     windowClass.lpszClassName = kHostClass;
-    RegisterClassA(&windowClass);  // fails from the second session on: it is there already
+    RegisterClassA(&windowClass);  // fails in all sessions but the first, where it is new
     Load();
 }
 
@@ -65,7 +77,7 @@ void DialogSession::TearDown() {
     if (!HasEnded()) Close(IDCANCEL);
     Unload();
     PluginRun::TearDown();
-    // The two handles that a plug-in means to keep; none where a test was about the about box alone.
+    // The two handles that the plug-in keeps by design; none if the test only used the about box.
     const std::string held = host.StillHeld();
     EXPECT_TRUE(held.empty() || held == "handle #1\nhandle #2\n") << held;
     for (const HANDLE event : {ready, resting, ended}) CloseHandle(event);
@@ -73,7 +85,7 @@ void DialogSession::TearDown() {
 
 void DialogSession::Unload() {
     if (library != nullptr) FreeLibrary(library);
-    // The system doesn't do it, and the next library may come to lie at the same address.
+    // The system doesn't do this, and the next library may be loaded at the same address.
     UnregisterClassA("CustomSlider", library);
     library = nullptr;
 }
@@ -91,8 +103,10 @@ void DialogSession::RunHost(RunKind kind) {
     BYTE keys[256] = {};
     keys[VK_SHIFT] = shiftState;
     SetKeyboardState(keys);
+    const HHOOK hook = SetWindowsHookExA(WH_CALLWNDPROC, NotePlace, nullptr, threadId);
     SetEvent(ready);
     result = host.RunFilter(pluginMain, kind);
+    UnhookWindowsHookEx(hook);
     if (hostWindow != nullptr) DestroyWindow(hostWindow);
     hostWindow = nullptr;
     SetEvent(ended);
@@ -116,7 +130,7 @@ HWND DialogSession::Show(RunKind kind) {
 
 bool DialogSession::WaitFor(HANDLE event, const char* what) {
     if (WaitForSingleObject(event, kPatience) == WAIT_OBJECT_0) return true;
-    ADD_FAILURE() << "waited in vain for " << what;
+    ADD_FAILURE() << "timed out waiting for " << what;
     return false;
 }
 
@@ -130,7 +144,7 @@ int16_t DialogSession::WaitForEnd() {
     if (!WaitFor(ended, "the dialog to close")) {
         if (dialog != nullptr) PostMessageA(dialog, WM_COMMAND, IDCANCEL, 0);
         if (!WaitFor(ended, "the dialog to be cancelled")) {
-            std::fputs("the plug-in hangs in its dialog; the tests can't go on\n", stderr);
+            std::fputs("the plug-in hangs in its dialog; the tests cannot continue\n", stderr);
             std::_Exit(3);
         }
     }
@@ -147,7 +161,7 @@ void DialogSession::Settle() {
     PostMessageA(hostWindow, kMark, 0, 0);
     const HANDLE either[] = {resting, ended};
     if (WaitForMultipleObjects(2, either, FALSE, kPatience) != WAIT_TIMEOUT) return;
-    ADD_FAILURE() << "the dialog doesn't come to rest";
+    ADD_FAILURE() << "the dialog does not become idle";
     Close(IDCANCEL);
 }
 
@@ -155,7 +169,7 @@ LRESULT DialogSession::Send(HWND window, UINT message, WPARAM wParam, LPARAM lPa
     DWORD_PTR answer = 0;
     if (window == nullptr) return 0;
     if (SendMessageTimeoutA(window, message, wParam, lParam, SMTO_NORMAL, kPatience, &answer) == 0 && !HasEnded()) {
-        ADD_FAILURE() << "message " << message << " isn't answered";
+        ADD_FAILURE() << "message " << message << " is not answered";
     }
     Settle();
     return static_cast<LRESULT>(answer);
@@ -166,6 +180,8 @@ RECT DialogSession::WindowRect() const {
     GetWindowRect(dialog, &rect);
     return rect;
 }
+
+RECT DialogSession::OpenedAt() { return gOpenedAt; }
 
 std::string DialogSession::Text(int id) {
     char text[256] = "";
@@ -206,7 +222,7 @@ void DialogSession::Key(WPARAM key) {
 }
 
 void DialogSession::Alt(bool isDown) {
-    // Without the bit that says that Alt is down: with it, its release would open the system menu.
+    // Without the bit that marks Alt as down: with it, releasing Alt would open the system menu.
     PostMessageA(Focus(), isDown ? WM_SYSKEYDOWN : WM_SYSKEYUP, VK_MENU, 1);
     Settle();
 }

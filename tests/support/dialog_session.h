@@ -1,11 +1,12 @@
-// The dialogs of the built plug-in, as a user meets them: a host's thread runs the plug-in and stays in a dialog's
-// modal loop, while the test's own thread finds the window and drives it by messages and by moving the pointer.
+// Runs the dialogs of the built plug-in the way a user sees them: a host thread runs the plug-in and stays in a
+// dialog's modal loop, while the test's own thread finds the window and drives it by messages and by moving the
+// pointer.
 //
-// Each session loads the library anew and frees it while its host is alive, since the plug-in keeps one of the host's
-// suites until it is unloaded. The host belongs to the thread whose turn it is: the test may touch it before Open,
-// after Close, and while a dialog is open and at rest, that is after Settle or any call that ends with it.
+// Each session loads the library again and frees it while its host exists, since the plug-in keeps one of the host's
+// suites until it is unloaded. The threads take turns with the host: the test may use it before Open, after Close, and
+// while an open dialog is idle, that is after Settle or any call that ends with it.
 //
-// Nothing here waits for ever. What doesn't happen within kPatience fails the test, and the dialog is cancelled.
+// No wait is endless: after kPatience the test fails and the dialog is cancelled.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -22,7 +23,7 @@ namespace stairmelt {
 
 constexpr DWORD kPatience = 20000;  // milliseconds
 
-// A parameter's controls and numbers, as a user knows them.
+// A parameter's controls, and the numbers that a user knows.
 struct ParameterRow {
     const char* name;
     int slider, edit, max, reset;
@@ -37,29 +38,30 @@ constexpr ParameterRow kRows[] = {
 // The middle of the preview pane, in the dialog's client coordinates, and a place outside it.
 constexpr POINT kPaneMiddle = {250, 190}, kBesidePane = {600, 300};
 
-// What the sliders answer to, by number.
+// The sliders' messages, by number.
 constexpr UINT kGetPos = 1024, kGetRangeMin = 1025, kGetRangeMax = 1026, kSetPos = 1029, kSetRange = 1030,
                kSetTicFreq = 1044, kSetPageSize = 1045, kSetLineSize = 1047, kSetBuddy = 2024, kRedrawThumb = 2025;
 
 struct DialogSession : PluginRun {
     DialogSession();  // with a small RGB picture open
     void SetUp() override;
-    void TearDown() override;  // closes what is open; nothing may be out of place or still held
+    void TearDown() override;  // closes an open dialog; fails on stray writes and on anything still held
 
-    // As the host does before the first run and, in these tests, after the last.
+    // The library, which a host loads before the first run; these tests free it after the last.
     void Load();
     void Unload();
 
-    // Runs the filter from the menu, up to its dialog at rest, which is returned; null if the run has ended without.
+    // Runs the filter from the menu until its dialog is idle, and returns the dialog; null if the run ended without
+    // one.
     HWND Open() { return Show(RunKind::kFromMenu); }
     HWND Show(RunKind kind);
 
-    // Gives the dialog a command and waits for the end of the run; returns the run's result.
+    // Sends the dialog a command and waits for the end of the run; returns the run's result.
     int16_t Close(WPARAM command);
     int16_t WaitForEnd();
     bool HasEnded() const { return WaitForSingleObject(ended, 0) == WAIT_OBJECT_0; }
 
-    // Waits until the dialog has worked off all messages and input, repaints included.
+    // Waits until the dialog has handled all messages and input, including repaints.
     void Settle();
 
     // Both settle. A message to null does nothing.
@@ -68,8 +70,10 @@ struct DialogSession : PluginRun {
 
     HWND Item(int id) const { return GetDlgItem(dialog, id); }
     RECT WindowRect() const;
+    // The dialog's rectangle when it was shown, before a window manager had a say.
+    static RECT OpenedAt();
     std::string Text(int id);
-    void SetText(int id, const std::string& text);  // as typing does: the dialog is told of the change
+    void SetText(int id, const std::string& text);  // notifies the dialog, as typing does
     int Position(int sliderId) { return static_cast<int>(Send(Item(sliderId), kGetPos)); }
     void SetPosition(int sliderId, int position) { Send(Item(sliderId), kSetPos, 1, position); }
     std::vector<int> Positions();
@@ -79,7 +83,7 @@ struct DialogSession : PluginRun {
     void SetFocusTo(int id) { Send(WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(Item(id)), TRUE); }
     std::string Selected(int editId);  // the selected part of its text
 
-    // A key down and up where the keyboard focus is, by way of the dialog's message loop. Not while Alt is held.
+    // Presses and releases a key at the keyboard focus, through the dialog's message loop. Not while Alt is held.
     void Key(WPARAM key);
     void Alt(bool isDown);
 

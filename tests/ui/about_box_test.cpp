@@ -91,7 +91,7 @@ TEST_F(AboutBox, StandsOverItsParentButOnTheScreen) {
         withHostWindow = row.parent.right != 0;
         hostWindowRect = row.parent;
         ASSERT_NE(OpenAbout(), nullptr);
-        const RECT place = WindowRect();
+        const RECT place = OpenedAt();
         const LONG width = place.right - place.left, height = place.bottom - place.top;
         EXPECT_EQ(place.left, std::clamp(row.middleX - width / 2, 0L, screenWidth - width)) << row.parent.left;
         EXPECT_EQ(place.top, std::clamp(row.middleY - height / 2, 0L, screenHeight - height)) << row.parent.left;

@@ -56,11 +56,13 @@ TEST_F(ParameterDialog, OkKeepsThePositionsAndTheWindowsPlace) {
     SetText(IDC_SOFTNESS_EDIT, " \t-7");
     SetText(IDC_BIAS_EDIT, "+42.9 %");
     EXPECT_EQ(Texts(), (Lines{"999", " \t-7", "+42.9 %"}));
-    SetWindowPos(dialog, nullptr, 33, 44, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
-    Settle();
+    SetWindowPos(dialog, nullptr, 0, 44, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
+    const auto isThere = [&] { return WindowRect().left == 0 && WindowRect().top == 44; };
+    for (DWORD waited = 0; !isThere() && waited < kPatience; waited += 10) Sleep(10);
+    ASSERT_TRUE(isThere());
     ClickOn(IDOK);
     EXPECT_EQ(WaitForEnd(), kNoErr);
-    EXPECT_EQ(Stored(), (Values{255, 0, 42, 33, 44}));
+    EXPECT_EQ(Stored(), (Values{255, 0, 42, 0, 44}));
     EXPECT_TRUE(host.document.result == Smoothed(255, 0, 42));
 
     // Enter presses OK.
@@ -68,7 +70,7 @@ TEST_F(ParameterDialog, OkKeepsThePositionsAndTheWindowsPlace) {
     SetText(IDC_THRESHOLD_EDIT, "no number");
     PostMessageA(Item(IDC_BIAS_EDIT), WM_KEYDOWN, VK_RETURN, 1);
     EXPECT_EQ(WaitForEnd(), kNoErr);
-    EXPECT_EQ(Stored(), (Values{0, 0, 42, 33, 44}));
+    EXPECT_EQ(Stored(), (Values{0, 0, 42, 0, 44}));
 }
 
 TEST_F(ParameterDialog, CancelLeavesEverythingAsItWas) {
@@ -117,7 +119,7 @@ TEST_F(ParameterDialog, OpensWhereItWasLeftButOnTheScreen) {
     for (const auto& [storedX, storedY] : {std::pair{-1, 5}, {0, 60}, {40, 0}, {5000, 5000}}) {
         Store(10, 70, 0, storedX, storedY);
         ASSERT_NE(Open(), nullptr);
-        const RECT place = WindowRect();
+        const RECT place = OpenedAt();
         const int width = place.right - place.left, height = place.bottom - place.top;
         const bool isCentred = storedX < 0;
         EXPECT_EQ(place.left, isCentred ? screenWidth / 2 - width / 2 : std::min(storedX, screenWidth - width));

@@ -49,7 +49,7 @@ TEST(PreviewView, CropHoldsTheViewAndItsMargin) {
     EXPECT_EQ(CropSize(480, 490), 490);
     EXPECT_EQ(CropSize(1e300, 490), 0) << "out of integer range";
     EXPECT_EQ(CropOrigin(500, 500, 1000), 250);
-    EXPECT_EQ(CropOrigin(250.5, 501, 1000), 0) << "rounded: 250.5 - 250.5 + 0.5";
+    EXPECT_EQ(CropOrigin(251.25, 501, 1000), 1) << "rounded: 251.25 - 250.5 + 0.5";
     EXPECT_EQ(CropOrigin(10, 500, 1000), 0);
     EXPECT_EQ(CropOrigin(999, 500, 1000), 500);
 

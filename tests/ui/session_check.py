@@ -53,8 +53,13 @@ class Session(unittest.TestCase):
     def open_dialog(self):
         self.tool = self.start("--dialog", "in.png", "out.png")
         self.addCleanup(self.tool.kill)
-        window = self.xdo("search", "--sync", "--onlyvisible", "--name", "^NORVA stairmelt$").split()[0]
-        self.xdo("mousemove", "--window", window, 0, 0)
+        windows = []
+
+        def is_open():
+            windows[:] = self.xdo("search", "--onlyvisible", "--name", "^NORVA stairmelt$", check=False).split()
+            return windows != []
+        self.assertTrue(eventually(is_open, True))
+        self.xdo("mousemove", "--window", windows[0], 0, 0)
         place = self.xdo("getmouselocation", "--shell")
         self.left, self.top = (int(re.search(axis + r"=(\d+)", place)[1]) for axis in "XY")
         self.assert_shown(240, 180, (350, 300))
@@ -65,9 +70,9 @@ class Session(unittest.TestCase):
 
     # ---- Mouse and keyboard ----
 
-    def xdo(self, *words):
+    def xdo(self, *words, check=True):
         done = subprocess.run(["xdotool", *map(str, words)], env=self.display.environment, stdout=subprocess.PIPE,
-                              timeout=PATIENCE, check=True)
+                              timeout=PATIENCE, check=check)
         time.sleep(0.03)  # a hand isn't quicker
         return done.stdout.decode()
 

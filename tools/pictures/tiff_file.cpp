@@ -164,7 +164,7 @@ void RequireSupported(const TiffFile& file, TiffPixels& pixels, Picture& picture
     const bool isKnown = isPalette ? isFew || pixels.bits == 8
                                    : isWhole || (isFloat && pixels.photometric != PHOTOMETRIC_MINISWHITE) ||
                                          (isFew && picture.colors == 1 && pixels.samples == 1);
-    if (!isKnown) throw ToolError("this kind of TIFF samples isn't supported");
+    if (!isKnown) throw ToolError("this sample format of TIFF isn't supported");
     if (pixels.samples < picture.colors) ThrowDamaged("it lacks channels");
     if (pixels.samples > picture.colors + (isPalette ? 0 : 1))
         throw ToolError("the picture has several extra channels");

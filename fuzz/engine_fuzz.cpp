@@ -1,8 +1,6 @@
 // Fuzzes the kernels: any format, size, stride, alignment, parameters and samples. Every form of the kernel has to give
 // the plain form's result, to write nothing but the destination's pixels, and to answer as its header says.
-#include <cstring>
 #include <iterator>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -10,8 +8,9 @@
 #include "fuzz/byte_source.h"
 #include "fuzz/drawn_picture.h"
 #include "fuzz/report.h"
-#include "fuzz/same_samples.h"
+#include "tests/support/guarded_image.h"
 #include "tests/support/kernel_list.h"
+#include "tests/support/same_pixels.h"
 
 // Lets an edge map that doesn't fit into memory be refused, as the allocator does, and sooner than it does.
 extern "C" const char* __asan_default_options() { return "allocator_may_return_null=1:max_allocation_size_mb=1024"; }
@@ -47,68 +46,26 @@ Size ReadSize(ByteSource& bytes) {
     return {1 + a % 70, 1 + b % 40};
 }
 
-// An image in a block that ends with its last pixel, so that the address sanitizer sees a read or write behind it.
-class ExactImage {
-public:
-    ExactImage(const KernelCase& format, Size imageSize, ByteSource& bytes) : size_(imageSize) {
-        if (imageSize.HasPixels()) {
-            rowBytes_ = static_cast<size_t>(imageSize.width) * static_cast<size_t>(format.PixelBytes());
-            rows_ = static_cast<size_t>(imageSize.height);
-        }
-        const uint8_t form = bytes.Byte();
-        fill_ = bytes.Byte();
-        lead_ = form % 16;
-        const int padding = form / 16 % 4 == 3 ? bytes.Below(4096) : form / 16;
-        stride_ = static_cast<int32_t>(rowBytes_) + padding;
-        const size_t length = rows_ == 0 ? 0 : (rows_ - 1) * static_cast<size_t>(stride_) + rowBytes_;
-        memory_ = std::vector<uint8_t>(lead_ + length, fill_);
-        memory_.shrink_to_fit();
-        // Nobody steps from a lone row to the next.
-        if (rows_ <= 1) stride_ = bytes.Wild();
-        isBottomUp_ = rows_ > 1 && form >= 224;
-        hasBase_ = rows_ > 0 || form % 2 != 0;
-    }
-    ExactImage(const ExactImage&) = delete;
-    ExactImage& operator=(const ExactImage&) = delete;
+// Without a tail, so that the address sanitizer reports an access beyond the last pixel.
+ImageLayout ReadLayout(ByteSource& bytes) {
+    const uint8_t form = bytes.Byte();
+    ImageLayout layout;
+    layout.fill = bytes.Byte();
+    layout.lead = form % 16;
+    layout.tail = 0;
+    layout.padding = form / 16 % 4 == 3 ? bytes.Below(4096) : form / 16;
+    layout.isBottomUp = form >= 224;
+    return layout;
+}
 
-    ImageView View() {
-        uint8_t* const base = !hasBase_ ? nullptr : rows_ == 0 ? memory_.data() + lead_ : Row(memory_, 0);
-        return {size_.width, size_.height, base, isBottomUp_ ? -stride_ : stride_};
-    }
-
-    // Takes tightly packed pixels.
-    void SetPixels(const std::vector<uint8_t>& pixels) {
-        for (size_t y = 0; y < rows_; ++y) std::memcpy(Row(memory_, y), pixels.data() + y * rowBytes_, rowBytes_);
-        atFirst_ = memory_;
-    }
-
-    std::vector<uint8_t> Pixels() {
-        std::vector<uint8_t> pixels(rows_ * rowBytes_);
-        for (size_t y = 0; y < rows_; ++y) std::memcpy(pixels.data() + y * rowBytes_, Row(memory_, y), rowBytes_);
-        return pixels;
-    }
-
-    bool IsUntouched() const { return memory_ == atFirst_; }
-
-    bool IsPaddingUntouched() {
-        std::vector<uint8_t> expected = atFirst_;
-        for (size_t y = 0; y < rows_; ++y) std::memcpy(Row(expected, y), Row(memory_, y), rowBytes_);
-        return memory_ == expected;
-    }
-
-private:
-    uint8_t* Row(std::vector<uint8_t>& memory, size_t y) const {
-        return memory.data() + lead_ + (isBottomUp_ ? rows_ - 1 - y : y) * static_cast<size_t>(stride_);
-    }
-
-    Size size_;
-    size_t rowBytes_ = 0, rows_ = 0;
-    size_t lead_ = 0;  // bytes before the first row
-    int32_t stride_ = 0;
-    uint8_t fill_ = 0;  // of what isn't pixels
-    bool isBottomUp_ = false, hasBase_ = true;
-    std::vector<uint8_t> memory_, atFirst_;
-};
+// The image as a host may describe it: nobody steps from a lone row to the next, or reads an image without rows.
+ImageView ViewOf(const GuardedImage& image, ByteSource& bytes) {
+    ImageView view = image.view;
+    const int32_t rows = view.width > 0 ? view.height : 0;
+    if (rows <= 1) view.rowStride = bytes.Wild();
+    if (rows <= 0 && bytes.OneIn(2)) view.base = nullptr;
+    return view;
+}
 
 KernelJob ReadParameters(const KernelCase& format, ByteSource& bytes) {
     KernelJob job{};
@@ -126,15 +83,14 @@ std::vector<uint8_t> Run(const char* name, Kernel kernel, const KernelCase& form
                          const std::vector<uint8_t>& pixels, ByteSource& bytes) {
     const std::string where =
         std::string(name) + " " + format.name + ", " + std::to_string(size.width) + "x" + std::to_string(size.height);
-    ExactImage source(format, size, bytes), destination(format, size, bytes);
-    source.SetPixels(pixels);
-    destination.SetPixels(pixels);
-    const ImageView from = source.View(), to = destination.View();
+    GuardedImage source(format, size.width, size.height, pixels, ReadLayout(bytes));
+    GuardedImage destination(format, size.width, size.height, pixels, ReadLayout(bytes));
+    const ImageView from = ViewOf(source, bytes), to = ViewOf(destination, bytes);
     job.source = &from;
     job.destination = &to;
     const int32_t result = kernel(job);
     Require(source.IsUntouched(), where + ": write into the source");
-    Require(destination.IsPaddingUntouched(), where + ": write into the padding");
+    Require(destination.AreGuardsUntouched(), where + ": write beside the pixels");
     if (size.HasPixels() && size.width < INT32_MAX / 2)
         Require(result == kKernelDone, where + ": result " + std::to_string(result));
     else
@@ -154,14 +110,11 @@ void CheckRefusal(const KernelCase& format, KernelJob job, ByteSource& bytes) {
 
 void Compare(const char* name, const KernelCase& format, const KernelJob& job, Size size,
              const std::vector<uint8_t>& wanted, const std::vector<uint8_t>& got) {
-    const size_t at = FirstDifference(format.depth, wanted, got);
-    if (at == kNoDifference) return;
-    const size_t width = static_cast<size_t>(size.width), pixelBytes = static_cast<size_t>(format.PixelBytes());
-    const size_t pixel = at / pixelBytes, sample = at % pixelBytes / static_cast<size_t>(format.SampleBytes());
+    const std::string difference = FirstDifference(format, size.width, wanted, got);
+    if (difference.empty()) return;
     Fail(std::string(name) + " " + format.name + " differs from plain: " + std::to_string(size.width) + "x" +
          std::to_string(size.height) + ", threshold " + std::to_string(job.colorThreshold) + ", softness " +
-         std::to_string(job.softness) + ", bias " + std::to_string(job.bias) + ", pixel (" +
-         std::to_string(pixel % width) + ", " + std::to_string(pixel / width) + ") sample " + std::to_string(sample));
+         std::to_string(job.softness) + ", bias " + std::to_string(job.bias) + ", " + difference);
 }
 
 void RunCase(ByteSource bytes) {

@@ -12,13 +12,13 @@
 #include "fuzz/byte_source.h"
 #include "fuzz/drawn_picture.h"
 #include "fuzz/report.h"
-#include "fuzz/same_samples.h"
 #include "host/image_class.h"
 #include "host/parameters.h"
 #include "host/plugin_entry.h"
 #include "hostkit/fake_host.h"
 #include "resources/plugin_ids.h"
 #include "tests/support/kernel_list.h"
+#include "tests/support/same_pixels.h"
 #include "tests/support/stub_dialogs.h"
 
 // An edge map that doesn't fit into memory is refused, as by the allocator, but earlier.
@@ -104,7 +104,7 @@ bool IsSmoothed(const KernelCase& format, int32_t width, int32_t height, const P
     const ImageView from = {width, height, source.data(), stride}, to = {width, height, wanted.data(), stride};
     kPlainKernels.Get(format.channels, format.depth, format.extra)(
         {block.colorThreshold, block.softness, block.bias, nullptr, format.Key(), &from, &to, 0, 0, 0, 0});
-    return FirstDifference(format.depth, wanted, got) == kNoDifference;
+    return FirstDifference(format, width, wanted, got).empty();
 }
 
 // One case: a session of the host.

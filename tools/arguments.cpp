@@ -21,7 +21,7 @@ int32_t ParseCount(const std::string& option, const std::string& word, int32_t m
     return count;
 }
 
-// What goes with one picture only, and with many only.
+// Options for a single picture only, and for batches only.
 void TakeFiles(std::vector<std::string> files, bool isForMany, Arguments& arguments) {
     if (!arguments.outDirectory) {
         if (isForMany) throw UsageError("--jobs, --skip-existing and --files need a directory given with --out");

@@ -19,7 +19,7 @@ inline constexpr char kUsage[] =
     "       runfilter --help | --version\n"
     "options: [--plugin FILE] [--settings FILE] [--threshold N] [--softness N] [--bias N]";
 
-// What --help says behind the usage.
+// The text of --help after the usage.
 inline constexpr char kHelp[] =
     "Smooths the jagged edges in pictures with the filter plug-in stairmelt.\n"
     "\n"
@@ -56,7 +56,7 @@ inline constexpr char kHelp[] =
 constexpr int32_t kMostRuns = 10000;
 constexpr int32_t kMostJobs = 64;
 
-// A command line that isn't understood; the usage line follows it.
+// An invalid command line; the usage line follows the message.
 struct UsageError : ToolError {
     using ToolError::ToolError;
 };
@@ -64,7 +64,7 @@ struct UsageError : ToolError {
 struct Arguments {
     std::optional<std::filesystem::path> plugin;    // stairmelt.8bf beside the program when not given
     std::optional<std::filesystem::path> settings;  // in the user's application data when not given
-    // Any 32-bit value goes through to the plug-in; what isn't given comes from the settings.
+    // Any 32-bit value is passed to the plug-in; omitted ones come from the settings.
     std::optional<int32_t> threshold, softness, bias;
     std::optional<int32_t> repeat;  // runs to be timed, 1..kMostRuns; never with a dialog
     bool dialog = false;
@@ -72,7 +72,7 @@ struct Arguments {
     bool help = false, version = false;  // nothing else counts then
     std::filesystem::path in, out;
 
-    // Many pictures at once, where a directory for the results is given. `in` and `out` are empty then.
+    // A batch, if an output directory is given; `in` and `out` are then empty.
     std::optional<std::filesystem::path> outDirectory;
     std::vector<std::string> files;            // names and patterns
     std::vector<std::filesystem::path> lists;  // text files with more of them, one in a line; "-" is the input
@@ -83,8 +83,8 @@ struct Arguments {
     FilterRequest Request() const { return {threshold, softness, bias, dialog, repeat}; }
 };
 
-// Takes the words behind the program's name, in UTF-8. Options stand anywhere, the last of several equal ones counts,
-// and "--" ends them. An option's value is the next word, which doesn't begin with "--", or stands behind an equals
+// Parses the words after the program's name, in UTF-8. Options may stand anywhere, the last of several equal ones
+// counts, and "--" ends them. An option's value is the next word, unless that begins with "--", or follows an equals
 // sign. Throws UsageError.
 Arguments ParseArguments(const std::vector<std::string>& words);
 

@@ -9,7 +9,7 @@
 #include <fstream>
 #include <system_error>
 
-#include "tools/in_a_moment.h"
+#include "tools/retry.h"
 #include "tools/unfinished_file.h"
 
 namespace stairmelt {
@@ -22,7 +22,7 @@ std::string PathText(const fs::path& path) {
         const std::u8string text = path.u8string();
         readable.assign(text.begin(), text.end());
     } catch (const std::system_error&) {
-        // Windows allows half a character in a name.
+        // Windows allows unpaired surrogates in a name.
         for (const auto character : path.native())
             readable += static_cast<uint32_t>(character) < 0x80 ? static_cast<char>(character) : '?';
     }
@@ -41,7 +41,7 @@ bool IsDeviceName(std::string name) {
     return name.size() == 4 && (name.starts_with("COM") || name.starts_with("LPT")) && name[3] >= '1' && name[3] <= '9';
 }
 
-// Windows would say that there is no such file, or take another one. Under Wine there are files with such names.
+// Windows would report such a file as missing or open another one. Under Wine, files with such names exist.
 void RequireWindowsName(const fs::path& path) {
     for (const fs::path& part : path.relative_path()) {
         const std::string name = PathText(part);
@@ -54,7 +54,7 @@ void RequireWindowsName(const fs::path& path) {
     }
 }
 
-// Whether a file isn't found because its folder can't be searched. The runtime's own error doesn't tell on Windows.
+// True if a file isn't found because its folder can't be searched. On Windows, the runtime's error doesn't say so.
 bool IsDenied([[maybe_unused]] const fs::path& path, [[maybe_unused]] const std::error_code& error) {
 #ifdef _WIN32
     return GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES && GetLastError() == ERROR_ACCESS_DENIED;
@@ -78,7 +78,7 @@ Bytes LoadFile(const fs::path& path) {
         file.open(path, std::ios::binary);
         return file.is_open();
     };
-    if (!SucceedsInAMoment(opens)) throw ToolError("can't be opened: no permission, or in use");
+    if (!RetryBriefly(opens)) throw ToolError("can't be opened: no permission, or in use");
     const uintmax_t size = fs::file_size(path, error);
     if (error) throw ToolError("can't be read");
     Bytes bytes(static_cast<size_t>(size));

@@ -1,5 +1,5 @@
-// Whole files in and out. A file is written beside its place and renamed, so that it is there as before or complete,
-// never in part, even where the tool is killed. Functions throw ToolError.
+// Reads and writes whole files. A file is written under a temporary name and then renamed, so that it is never
+// half-written, even if the tool is killed. Functions throw ToolError.
 #pragma once
 
 #include <filesystem>
@@ -11,11 +11,11 @@
 
 namespace stairmelt {
 
-// A path for the user to read, in UTF-8, and from UTF-8.
+// Converts a path to and from UTF-8.
 std::string PathText(const std::filesystem::path& path);
 std::filesystem::path PathFromText(const std::string& text);
 
-// Runs a step that has to do with one file, whose name goes before the message of a failure.
+// Runs a step on one file. The file's name is put before the message of a failure.
 template <class Step>
 auto With(const std::filesystem::path& file, Step step) {
     try {
@@ -27,10 +27,10 @@ auto With(const std::filesystem::path& file, Step step) {
 
 Bytes LoadFile(const std::filesystem::path& path);
 
-// Throws when there is a file that mustn't be replaced; to be asked before any work is done.
+// Throws if the file exists and must not be replaced; call it before any other work.
 void RequireReplaceable(const std::filesystem::path& path);
 
-// Creates the file or takes its place. On failure the file is as it was and nothing is left beside it.
+// Creates or replaces the file. On failure it is unchanged, and no temporary file remains.
 void StoreFile(const std::filesystem::path& path, std::span<const uint8_t> bytes);
 
 }  // namespace stairmelt

@@ -12,13 +12,13 @@ enum class Attitude { kEnd, kRemember, kIgnore };
 std::atomic<Attitude> gAttitude = Attitude::kEnd;
 std::atomic<bool> gIsInterrupted = false;
 
-// Called on a thread of the system's.
+// Called on a system thread.
 BOOL WINAPI OnConsoleEvent(DWORD event) {
     if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) return FALSE;
     const bool isFirst = !gIsInterrupted.exchange(true);
     const Attitude attitude = gAttitude;
     if (attitude == Attitude::kEnd || (attitude == Attitude::kRemember && !isFirst)) {
-        // At once: an orderly end could wait for what another thread holds.
+        // End at once: a regular exit could wait for a lock that another thread holds.
         TerminateProcess(GetCurrentProcess(), kInterruptedStatus);
     }
     return TRUE;

@@ -5,14 +5,14 @@ namespace stairmelt {
 
 constexpr int kInterruptedStatus = 130;  // as shells have it
 
-// From now on it ends the program with kInterruptedStatus, where the system's own way may leave 0.
+// From now on, it ends the program with kInterruptedStatus; by default the status might be 0.
 void EndOnInterrupt();
 
-// The first one is only remembered, and the next one ends the program. After EndOnInterrupt.
+// The first one is only recorded, the next one ends the program. Call it after EndOnInterrupt.
 void RememberFirstInterrupt();
 bool IsInterrupted();
 
-// It doesn't concern this process. After EndOnInterrupt.
+// This process ignores it. Call it after EndOnInterrupt.
 void IgnoreInterrupts();
 
 }  // namespace stairmelt

@@ -21,7 +21,7 @@ void Print(FILE* stream, const std::string& text) {
 void PrepareMessages() {
     for (FILE* const stream : {stdout, stderr}) {
         std::setvbuf(stream, nullptr, _IOFBF, 1 << 12);
-        // A script's readers are used to lines that end with a line feed alone.
+        // Scripts on Linux expect lines to end with a line feed alone.
         if (std::getenv(kCommand) != nullptr) _setmode(_fileno(stream), _O_BINARY);
     }
 }

@@ -1,20 +1,20 @@
-// What the program says, in whole lines: a console shows what it is given piece by piece.
+// The program's messages, written in whole lines: a console would show parts as they arrive.
 #pragma once
 
 #include <string>
 
 namespace stairmelt {
 
-// At the program's start, before anything is said.
+// Call it at the program's start, before the first message.
 void PrepareMessages();
 
 // "runfilter", or the name of the script that runs the tool: STAIRMELT_COMMAND in the environment.
 std::string ProgramName();
 
-// A line, or several, on the output.
+// Prints one or more lines on the output.
 void PrintLine(const std::string& text);
 
-// A line on the error output, behind the program's name.
+// Prints a line on the error output, after the program's name.
 void PrintError(const std::string& text);
 
 }  // namespace stairmelt

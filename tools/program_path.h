@@ -1,4 +1,4 @@
-// Where this program itself lies.
+// The location of this program.
 #pragma once
 
 #include <filesystem>

@@ -1,5 +1,5 @@
-// runfilter: loads a filter plug-in as the host does and filters an image file, or many. What it can't do it says in
-// one line on the error output; the output file is then as it was before.
+// runfilter: loads a filter plug-in the way the host does and filters one or more image files. Failures are reported in
+// one line on the error output; the output file is then unchanged.
 #include <windows.h>
 // After windows.h, whose types it uses.
 #include <shellapi.h>
@@ -14,7 +14,7 @@
 #include "tools/arguments.h"
 #include "tools/batch/batch.h"
 #include "tools/batch/batch_worker.h"
-#include "tools/failure_words.h"
+#include "tools/describe_exception.h"
 #include "tools/file_bytes.h"
 #include "tools/filter/picture_filter.h"
 #include "tools/interrupt.h"
@@ -40,7 +40,7 @@ std::vector<std::string> CommandLineWords() {
 
 fs::path BesideProgram(const char* name) { return ProgramPath().parent_path() / name; }
 
-// Where every user may write, wherever the program lies.
+// A folder that every user may write to, wherever the program is installed.
 fs::path DefaultSettings() {
     const wchar_t* const folder = _wgetenv(L"APPDATA");
     return folder != nullptr ? fs::path(folder) / "stairmelt" / "runfilter.settings"
@@ -77,7 +77,7 @@ void PrintTimes(const FilterTimes& times, int32_t runs, const Picture& picture) 
     if (times.copy > 0) PrintLine(Printed("ratio   %.2f", times.kernel / times.copy));
 }
 
-// Without a display the plug-in's dialog would fail without a word, and the picture be filtered with other values.
+// Without a display, the dialog would fail silently and the picture would be filtered with other values.
 void RequireDisplay() {
     const HWND window = CreateWindowExA(0, "Static", "", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
     if (window == nullptr) throw ToolError("a dialog needs a display, and there is none");
@@ -129,7 +129,7 @@ ExitStatus Run(Arguments arguments) {
     return kDone;
 }
 
-// The usage of whatever the user has started.
+// The usage of the command that the user started.
 std::string InItsName(std::string text) {
     constexpr std::string_view kName = "runfilter ";
     const std::string name = ProgramName() + ' ';
@@ -153,7 +153,7 @@ ExitStatus RunCommandLine() {
         PrintError(error.what() + ("\n" + InItsName(kUsage)));
         return kMisused;
     } catch (...) {
-        PrintError(FailureWords());
+        PrintError(DescribeException());
         return kFailed;
     }
 }
@@ -164,7 +164,7 @@ ExitStatus RunCommandLine() {
 int main() {
     stairmelt::EndOnInterrupt();
     stairmelt::PrepareMessages();
-    // A plug-in that can't be loaded is told in a line, not in a box.
+    // Report a plug-in that can't be loaded in a line, not in a message box.
     SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
     const UINT codePage = GetConsoleOutputCP();
     SetConsoleOutputCP(CP_UTF8);

@@ -1,4 +1,4 @@
-// Reading texts.
+// Parsing text.
 #pragma once
 
 #include <algorithm>
@@ -9,7 +9,7 @@
 
 namespace stairmelt {
 
-// The whole of the text as a number; hexadecimal without a prefix. Nothing where it isn't one, or doesn't fit.
+// The whole text as a number; hexadecimal has no prefix. Empty if it isn't one or doesn't fit.
 template <class Number>
 std::optional<Number> ParseNumber(std::string_view text, int base = 10) {
     Number value = 0;
@@ -18,7 +18,8 @@ std::optional<Number> ParseNumber(std::string_view text, int base = 10) {
     return error == std::errc() && stopped == end ? std::optional(value) : std::nullopt;
 }
 
-// Takes the part in front of the first `end` off the text, and the end with it. All of it where there is none.
+// Removes the part before the first `end`, and that `end`, from the text and returns the part; all of it if there is
+// none.
 inline std::string_view TakeUntil(std::string_view& text, char end) {
     const std::string_view part = text.substr(0, text.find(end));
     text.remove_prefix(std::min(part.size() + 1, text.size()));

@@ -1,5 +1,4 @@
-// What ends a run of the tool early: one line of UTF-8 for the user, without the program's name and without a full
-// stop.
+// An error that ends the run: one line of UTF-8 for the user, without the program's name and without a full stop.
 #pragma once
 
 #include <stdexcept>

@@ -1,6 +1,6 @@
-// A file that is written next to its place and moved there once it is finished. Until then it is deleted however the
-// program ends: on Windows the system does it. A symbolic link stays a link, and its target is replaced. Functions throw
-// ToolError.
+// A file that is written under a temporary name and renamed once it is finished. If the program ends before, even by
+// being killed, the file is deleted: on Windows, the system does so. A symbolic link stays a link, and its target is
+// replaced. Functions throw ToolError.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-// For tests on other systems: a file that the program itself takes away.
+// For tests on other systems: the program itself deletes the file.
 #include <fstream>
 #include <system_error>
 

@@ -1,5 +1,5 @@
-// A file on its way to be deleted, until it is finished: the system takes it away when its handle goes, be it because
-// the program was killed.
+// Until it is finished, the file is marked for deletion: Windows removes it when its handle is closed, even if the
+// program is killed.
 #include <windows.h>
 
 #include <algorithm>
@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/in_a_moment.h"
+#include "tools/retry.h"
 #include "tools/tool_error.h"
 #include "tools/unfinished_file.h"
 
@@ -26,7 +26,7 @@ struct UnfinishedFile::Handle {
 
 namespace {
 
-// The full path of the file, with links followed. Wine shows no links, but does say where they lead.
+// The full path of the file, with links resolved. Wine doesn't show links, but does report their targets.
 fs::path FollowLinks(const fs::path& place) {
     constexpr DWORD kMaxPath = 32768;  // characters
     std::wstring target(kMaxPath, L'\0');
@@ -55,7 +55,7 @@ UnfinishedFile::UnfinishedFile(const fs::path& place) : place_(FollowLinks(place
             handle_->SetToBeDeleted(true);
             return;
         }
-        // Perhaps another process writes to the same place at the same time.
+        // Another process may be writing to the same file.
         constexpr int kMostAtATime = 8;
         const DWORD error = GetLastError();
         if ((error != ERROR_SHARING_VIOLATION && error != ERROR_ACCESS_DENIED) || i == kMostAtATime)
@@ -93,7 +93,7 @@ void UnfinishedFile::Finish() {
         handle_->SetToBeDeleted(true);
         return false;
     };
-    if (!SucceedsInAMoment(renames)) throw ToolError("can't be replaced: it is in use or protected");
+    if (!RetryBriefly(renames)) throw ToolError("can't be replaced: it is in use or protected");
     CloseHandle(handle_->handle);
     handle_.reset();
 }

@@ -14,7 +14,7 @@
 
 #include "tools/batch/batch_list.h"
 #include "tools/batch/batch_worker.h"
-#include "tools/failure_words.h"
+#include "tools/describe_exception.h"
 #include "tools/file_bytes.h"
 #include "tools/interrupt.h"
 #include "tools/messages.h"
@@ -24,7 +24,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// What the user sees. Several threads tell it how their pictures end.
+// The output for the user. Several threads report their pictures to it.
 class BatchScreen {
 public:
     explicit BatchScreen(size_t total) {
@@ -95,7 +95,7 @@ private:
 
     void DrawBar(bool isLast) {
         if (!isTerminal_) return;
-        // Terminals are slow, and eyes are slower.
+        // Terminals are slow, and nobody reads faster.
         constexpr std::chrono::milliseconds kBetweenBars(100);
         const Clock::time_point now = Clock::now();
         if (!isLast && now - lastDrawn_ < kBetweenBars) return;
@@ -114,13 +114,13 @@ private:
     Clock::time_point lastDrawn_ = {};
 };
 
-// The pictures that are still to be filtered, for several threads.
+// The remaining pictures, shared by several threads.
 class WorkList {
 public:
     explicit WorkList(std::vector<BatchItem> items) : items_(std::move(items)) {}
 
     size_t size() const { return items_.size(); }
-    // Null when there is no more, or the user has had enough.
+    // Null if none remains, or after an interrupt.
     const BatchItem* Next() {
         if (IsInterrupted()) return nullptr;
         const size_t index = next_++;
@@ -132,8 +132,8 @@ private:
     std::atomic<size_t> next_ = 0;
 };
 
-// What a process makes of a picture. It is started when there is something to do, and a new one where the plug-in has
-// ended it. Nothing where the user's interrupt has, before it was ready for one.
+// Filters a picture in a worker process, which is started on demand and again after a crash. Empty if an interrupt
+// ended the process before it was ready to handle one.
 std::optional<BatchAnswer> Ask(std::unique_ptr<BatchWorker>& worker, const BatchItem& item,
                                const Arguments& arguments) {
     try {
@@ -142,11 +142,11 @@ std::optional<BatchAnswer> Ask(std::unique_ptr<BatchWorker>& worker, const Batch
         if (worker->HasEnded() && IsInterrupted()) return std::nullopt;
         return answer;
     } catch (...) {
-        return Failed(item.in, FailureWords());
+        return Failed(item.in, DescribeException());
     }
 }
 
-// The work of one process.
+// The thread that feeds one process.
 void FilterByWorker(WorkList& work, BatchScreen& screen, const Arguments& arguments) {
     std::unique_ptr<BatchWorker> worker;
     while (const BatchItem* item = work.Next()) {
@@ -178,7 +178,7 @@ std::vector<std::string> WordsOf(const Arguments& arguments) {
     return words;
 }
 
-// Plug-in or settings that can't be read fail here, once, and not for each picture.
+// Reports an unreadable plug-in or settings file once, and not for each picture.
 void RequireFilter(const Arguments& arguments) {
     const PictureFilter filter(*arguments.plugin, *arguments.settings, arguments.Request());
 }
@@ -189,7 +189,7 @@ void RunWorkers(WorkList& work, BatchScreen& screen, const Arguments& arguments)
         for (int32_t i = 0; i < arguments.jobs; ++i)
             threads.emplace_back([&] { FilterByWorker(work, screen, arguments); });
     } catch (const std::system_error&) {
-        // The system has no more threads; those that there are do the work.
+        // The system is out of threads; continue with those that were started.
         if (threads.empty()) throw ToolError("there can't be more processes");
     }
 }

@@ -1,5 +1,5 @@
-// Many pictures, filtered by one or more processes, each of which loads the plug-in once. A picture that fails is told
-// on the error output, and the others go on, be it that the plug-in crashes on it.
+// Filters many pictures in one or more processes, each of which loads the plug-in once. A picture that fails, even by
+// crashing the plug-in, is reported on the error output, and the remaining ones are still processed.
 #pragma once
 
 #include "tools/arguments.h"
@@ -12,8 +12,8 @@ struct BatchResult {
     bool isInterrupted = false;  // by the user; what was in work then is finished, and the rest left
 };
 
-// `arguments` has all files by name. Prints a bar on a terminal and a line for each picture elsewhere, and a summary.
-// Throws ToolError where nothing can be done at all.
+// `arguments` lists all files. Prints a progress bar on a terminal, or else a line for each picture, and then a
+// summary. Throws ToolError if no picture can be processed at all.
 BatchResult RunBatch(const Arguments& arguments);
 
 }  // namespace stairmelt

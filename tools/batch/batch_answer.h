@@ -1,4 +1,4 @@
-// What became of one picture of a batch. Between processes it travels as a line.
+// The outcome of one picture of a batch, which processes send as a line of text.
 #pragma once
 
 #include <filesystem>
@@ -15,13 +15,13 @@ struct BatchAnswer {
     std::string words;         // why it isn't; where it is, what the user should know of it, as a rule nothing
 };
 
-// That of a file that something is wrong with.
+// The outcome for a file that failed.
 BatchAnswer Failed(const std::filesystem::path& file, const std::string& why);
 
-// "smoothed\tvalues\t123\twords" or "failed\t\t\twords", without a line's end: what would end one becomes "; ".
+// "smoothed\tvalues\t123\twords" or "failed\t\t\twords", without a line break: line breaks within become "; ".
 std::string AnswerLine(const BatchAnswer& answer);
 
-// Nothing where the line isn't an answer.
+// Empty if the line isn't an answer.
 std::optional<BatchAnswer> ParseAnswer(std::string_view line);
 
 }  // namespace stairmelt

@@ -21,7 +21,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Names that the file system takes for the same are equal in it.
+// Gives equal results for names that the file system treats as the same.
 fs::path::string_type Folded(fs::path::string_type text) {
 #ifdef _WIN32
     CharUpperBuffW(text.data(), static_cast<DWORD>(text.size()));
@@ -37,7 +37,7 @@ fs::path::string_type PlaceOf(const fs::path& path) {
     return Folded((error ? fs::absolute(path, error).lexically_normal() : full).native());
 }
 
-// Both folded.
+// Both arguments are case-folded.
 bool Matches(fs::path::string_type name, fs::path::string_type pattern) {
     size_t n = 0, p = 0;
     size_t star = fs::path::string_type::npos, resume = 0;  // the last star, and where what it stands for ends so far
@@ -60,7 +60,7 @@ bool Matches(fs::path::string_type name, fs::path::string_type pattern) {
 
 std::vector<fs::path> FilesThatMatch(const fs::path& pattern) {
     const fs::path::string_type last = pattern.filename().native(), wanted = Folded(last);
-    // As the user has written it, slashes and all.
+    // As the user typed it, including its slashes.
     const fs::path::string_type before = pattern.native().substr(0, pattern.native().size() - last.size());
     std::vector<fs::path> found;
     std::error_code error;

@@ -14,9 +14,9 @@ struct BatchItem {
 };
 
 // The words are files and patterns, whose last part has * for any characters or ? for one, whatever their case. Each
-// picture comes once, in the order of the words, what a pattern finds by name. Its result gets its name in `directory`,
-// JPEG files, which aren't written, become PNG, or TIFF where they have four inks. A result never takes the place of a
-// picture of the list or of another result.
+// picture is listed once, in the order of the words; the matches of a pattern are sorted by name. Results keep their
+// names and go to `directory`. JPEG files, which can't be written, become PNG, or TIFF if they have four inks. A result
+// never replaces a picture of the list or another result.
 std::vector<BatchItem> ListBatch(const std::vector<std::string>& words, const std::filesystem::path& directory);
 
 // The lines of a text file that aren't empty, without a byte order mark, the blanks at their ends, and the quotation

@@ -8,14 +8,15 @@
 #include <mutex>
 #include <string_view>
 
-#include "tools/failure_words.h"
+#include "tools/describe_exception.h"
 #include "tools/file_bytes.h"
 #include "tools/program_path.h"
 
 namespace stairmelt {
 namespace {
 
-// A word as the receiving program's runtime takes it apart: a backslash counts twice before a quotation mark only.
+// Quotes a word the way the receiving program's runtime parses it: backslashes are doubled only before a quotation
+// mark.
 std::wstring Quoted(const std::wstring& word) {
     std::wstring text = L"\"";
     size_t backslashes = 0;
@@ -40,7 +41,7 @@ std::wstring WorkerCommand(const Arguments& arguments) {
     return command;
 }
 
-// One whose handle has to be closed.
+// Closes its handle at the end.
 class Owned {
 public:
     explicit Owned(HANDLE handle = nullptr) : handle_(handle) {}
@@ -59,7 +60,7 @@ private:
     HANDLE handle_;
 };
 
-// Everything in it ends when this process does. Its handle is left to the system for that.
+// All processes in this job end together with this one. For that, its handle is left for the system to close.
 HANDLE JobThatEndsWithUs() {
     static const HANDLE job = [] {
         const HANDLE created = CreateJobObjectW(nullptr, nullptr);
@@ -76,13 +77,13 @@ LONG WINAPI EndAtOnce(EXCEPTION_POINTERS* crash) {
     return EXCEPTION_EXECUTE_HANDLER;
 }
 
-// Without a box that waits for somebody, or a debugger: the process that has started this one tells what happened.
+// Shows no error box and starts no debugger: the parent process reports what happened.
 void EndOnCrash() {
     SetErrorMode(GetErrorMode() | SEM_NOGPFAULTERRORBOX);
     SetUnhandledExceptionFilter(EndAtOnce);
 }
 
-// A failure is an answer, which names the picture or its result in any case.
+// A failure is an answer, too; it always names the picture or its result.
 BatchAnswer FilterItem(PictureFilter& filter, const BatchItem& item) {
     try {
         const FilterReport report = filter.Filter(item.in, item.out);
@@ -93,7 +94,7 @@ BatchAnswer FilterItem(PictureFilter& filter, const BatchItem& item) {
         if (!report.faults.empty()) answer.words += "the plug-in breaks the host's rules: " + report.faults;
         return answer;
     } catch (...) {
-        const std::string words = FailureWords();
+        const std::string words = DescribeException();
         const bool isNamed = words.starts_with(PathText(item.in)) || words.starts_with(PathText(item.out));
         return isNamed ? BatchAnswer{false, {}, 0, words} : Failed(item.in, words);
     }
@@ -107,8 +108,8 @@ struct BatchWorker::Process {
 };
 
 BatchWorker::BatchWorker(const Arguments& arguments) : process_(std::make_unique<Process>()) {
-    // A process inherits what is inheritable at the time, so that another worker started just then would keep this
-    // one's input open for ever.
+    // A process inherits every handle that is inheritable at the time. Another worker started just then would keep this
+    // one's input open forever.
     static std::mutex gOneAtATime;
     const std::lock_guard lock(gOneAtATime);
 
@@ -127,7 +128,7 @@ BatchWorker::BatchWorker(const Arguments& arguments) : process_(std::make_unique
     startup.hStdOutput = theirOutput;
     startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
     PROCESS_INFORMATION made = {};
-    // In a group of its own, Ctrl+C doesn't reach it before it can say that it doesn't concern it.
+    // In a process group of its own, it isn't reached by Ctrl+C before it can ignore it.
     std::wstring command = WorkerCommand(arguments);
     if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, CREATE_NEW_PROCESS_GROUP, nullptr, nullptr,
                         &startup, &made))
@@ -151,7 +152,7 @@ BatchAnswer BatchWorker::Ask(const BatchItem& item) {
             std::string line = process_->unread.substr(0, end);
             process_->unread.erase(0, end + 1);
             if (line.ends_with('\r')) line.pop_back();
-            // What a plug-in prints itself is no answer.
+            // Ignores what the plug-in itself prints.
             if (const std::optional<BatchAnswer> answer = ParseAnswer(line)) return *answer;
             continue;
         }

@@ -1,6 +1,6 @@
 // The processes of a batch. Each is this program again, with a plug-in of its own: it reads a line for each picture,
-// "IN\tOUT", and answers with a line (batch_answer.h), until its input ends. When the process that has started it ends,
-// however that comes, the system ends it, too.
+// "IN\tOUT", and answers with a line (batch_answer.h), until its input ends. When the process that started it ends
+// for any reason, the system ends it, too.
 #pragma once
 
 #include <memory>
@@ -13,7 +13,7 @@
 
 namespace stairmelt {
 
-// A worker as the process sees it that has started it.
+// A worker, as seen by the process that started it.
 class BatchWorker {
 public:
     // Starts the process, which gets the values and the files' names of `arguments`. Throws ToolError. May be called by
@@ -23,7 +23,7 @@ public:
     BatchWorker(const BatchWorker&) = delete;
     BatchWorker& operator=(const BatchWorker&) = delete;
 
-    // Has the picture filtered and waits for it.
+    // Filters the picture in the worker and waits for the outcome.
     BatchAnswer Ask(const BatchItem& item);
 
     bool HasEnded() const { return hasEnded_; }  // it is of no more use: the plug-in has crashed, as a rule
@@ -34,8 +34,8 @@ private:
     bool hasEnded_ = false;
 };
 
-// The worker's own part. Each remembers the values at its end: they are the same for all, and any may have had no
-// success.
+// The worker's own part. Each stores the values at its end: they are the same for all workers, and any of them may have
+// failed on all its pictures.
 void RunWorker(PictureFilter& filter);
 
 }  // namespace stairmelt

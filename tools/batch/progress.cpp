@@ -13,7 +13,7 @@ std::string Rounded(double value) {
     return text;
 }
 
-// 0 where none has been smoothed in a time that the clock can see.
+// 0 if none has been smoothed in a measurable time.
 double PicturesPerSecond(const BatchCounts& counts, double seconds) {
     return seconds > 0 ? static_cast<double>(counts.smoothed) / seconds : 0;
 }

@@ -1,4 +1,4 @@
-// How far a batch is, in words and as a bar.
+// The progress of a batch, in words and as a bar.
 #pragma once
 
 #include <cstddef>
@@ -13,8 +13,9 @@ struct BatchCounts {
     size_t Ended() const { return smoothed + skipped + failed; }
 };
 
-// "[#####-----] 412 of 1000, 37.2 per second, 0:16 left" in at most `columns` characters, at least 40: the bar gives
-// way first. `seconds` have passed; rate and rest go by the smoothed pictures, and aren't told before there is one.
+// "[#####-----] 412 of 1000, 37.2 per second, 0:16 left" in at most `columns` characters, at least 40: the bar is
+// shortened first. `seconds` is the elapsed time. Rate and remaining time are based on the smoothed pictures and are
+// omitted until there is one.
 std::string ProgressBar(const BatchCounts& counts, double seconds, size_t columns);
 
 // "1000 pictures: 997 smoothed, 1 there already, 2 failed; 27.1 seconds, 36.8 per second"

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "resources/plugin_ids.h"
+#include "tools/filter/describe_result.h"
 #include "tools/filter/host_samples.h"
-#include "tools/filter/result_words.h"
 #include "tools/tool_error.h"
 
 namespace stairmelt {
@@ -18,7 +18,7 @@ using Clock = std::chrono::steady_clock;
 
 double SecondsSince(Clock::time_point start) { return std::chrono::duration<double>(Clock::now() - start).count(); }
 
-// The upper one of the two in the middle, where their number is even.
+// The upper of the two middle values if their number is even.
 double Median(std::vector<double> values) {
     const auto middle = values.begin() + static_cast<ptrdiff_t>(values.size() / 2);
     std::nth_element(values.begin(), middle, values.end());
@@ -69,11 +69,11 @@ std::optional<int32_t> Recorded(const FakeScript& script, DescriptorKeyID key) {
 double RunSilently(FakeHost& host, PluginMainProc pluginMain) {
     const Clock::time_point start = Clock::now();
     const int16_t result = host.RunFilter(pluginMain, RunKind::kRepeat);
-    if (result != kNoErr) throw ToolError(ResultWords(result));
+    if (result != kNoErr) throw ToolError(DescribeResult(result));
     return SecondsSince(start);
 }
 
-// One run with the dialog. The time that it is open doesn't count: the filter asks for the whole picture after it.
+// One run with the dialog. The time for which it is open doesn't count: the filter requests the picture afterwards.
 double RunWithDialog(FakeHost& host, PluginMainProc pluginMain) {
     Clock::time_point start = Clock::now();
     host.onAdvance = [&] {
@@ -83,12 +83,11 @@ double RunWithDialog(FakeHost& host, PluginMainProc pluginMain) {
     const int16_t result = host.RunFilter(pluginMain, RunKind::kFromMenu);
     host.onAdvance = nullptr;
     if (result == kUserCanceledErr) throw CancelledError("cancelled");
-    if (result != kNoErr) throw ToolError(ResultWords(result));
+    if (result != kNoErr) throw ToolError(DescribeResult(result));
     return SecondsSince(start);
 }
 
-// Runs that are timed. What the host does for the filter, the delivery of pixels above all, doesn't count: the clock
-// starts anew when they have been delivered.
+// Timed runs. The host's own work doesn't count, above all the delivery of pixels: the clock is restarted after it.
 class TimedRuns {
 public:
     explicit TimedRuns(FakeHost& host) : host_(host), copy_(host.document.source) {
@@ -157,7 +156,7 @@ FilterReport RunFilterOn(FakeHost& host, PluginMainProc pluginMain, const Filter
     host.checksPixels = false;
     host.registry.persistent = settings;
     host.script.played = ValuesToPlay(request);
-    // A filter that meets no script thinks that the user has chosen it from the menu, and shows its dialog.
+    // Without a script, a filter shows its dialog, as if the user had chosen it from the menu.
     host.script.playsWithoutValues = !request.dialog;
     host.script.playInfo = request.dialog ? kPlugInDialogDisplay : kPlugInDialogDontDisplay;
 
@@ -181,7 +180,7 @@ FilterReport RunFilterOn(FakeHost& host, PluginMainProc pluginMain, const Filter
     report.bias = Recorded(host.script, KEY_BIAS);
     report.faults = host.Faults();
     report.changedPixels = TakeSamples(document.source, document.result, picture);
-    // The next picture may be large, and so may be what this one becomes in its file.
+    // Free the memory: the next picture and this one's file may be large.
     document.source = Bytes();
     document.result = Bytes();
     settings = host.registry.persistent;

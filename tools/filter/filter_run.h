@@ -37,18 +37,17 @@ struct FilterReport {
 // "threshold 20, softness 100, bias 0"; empty where the filter has recorded less.
 std::string ValueText(const FilterReport& report);
 
-// Which of the values the filter's dialog wouldn't take, in words; empty as a rule.
+// Describes values outside the range of the filter's dialog; usually empty.
 std::string RangeText(const FilterReport& report);
 
-// The user has closed the dialog by Cancel. No failure of the filter's, so its file isn't named.
+// The user cancelled the dialog. The filter didn't fail, so messages don't mention its file.
 struct CancelledError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// Filters the picture in place, in a host of its own, which has to outlive the filter's library: that may hold the
+// Filters the picture in place, in a host of its own, which must outlive the filter's library: the library may hold the
 // host's services until it is unloaded. The settings are what the host keeps for plug-ins; the filter reads and changes
-// them. Throws ToolError, with picture and settings as they were, when the filter refuses, and
-// CancelledError likewise.
+// them. Throws ToolError if the filter refuses, and CancelledError; picture and settings are then unchanged.
 FilterReport RunFilterOn(FakeHost& host, PluginMainProc pluginMain, const FilterRequest& request, Picture& picture,
                          Settings& settings);
 

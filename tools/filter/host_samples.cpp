@@ -5,7 +5,7 @@
 namespace stairmelt {
 namespace {
 
-// Calls visit(at) for the place of each sample that counts ink.
+// Calls visit(at) for the address of each ink sample.
 template <class Visit>
 void VisitInks(const Picture& picture, size_t size, Visit visit) {
     if (picture.colors != 4) return;
@@ -26,7 +26,7 @@ uint16_t SampleAt(const Bytes& samples, size_t at) {
 
 void PutSample(Bytes& samples, size_t at, uint16_t sample) { std::memcpy(&samples[at], &sample, 2); }
 
-// Of the host's range; what oversteps it becomes 0.
+// Within the host's range; values above it become 0.
 void TurnOver16(const Picture& picture, Bytes& samples) {
     VisitInks(picture, samples.size(), [&](size_t at) {
         const uint16_t sample = SampleAt(samples, at);

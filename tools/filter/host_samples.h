@@ -1,5 +1,5 @@
-// Samples as files have them and as the host has them. They differ at 16 bits, 0..65535 in files and 0..32768 in the
-// host, and in CMYK: files count ink, and the host what is left of white, 0 for full ink.
+// Converts samples between files and the host. They differ at 16 bits (0..65535 in files, 0..32768 in the host) and in
+// CMYK, which the host inverts: 0 is full ink.
 #pragma once
 
 #include <cstddef>
@@ -11,19 +11,18 @@ namespace stairmelt {
 
 constexpr uint16_t ToHostSample(uint16_t sample) { return static_cast<uint16_t>((sample * 32768U + 32767) / 65535); }
 
-// A plug-in that oversteps the host's white gets white.
+// Values above the host's white become white.
 constexpr uint16_t FromHostSample(uint16_t sample) {
     return sample >= 32768 ? 65535 : static_cast<uint16_t>((sample * 65535U + 16384) / 32768);
 }
 
-// Hands the samples over to the host, laid out as in the picture. The picture keeps its own at 16 bits only; elsewhere
-// there is one copy of them, which is the host's until TakeSamples.
+// Moves the samples to the host, laid out as in the picture. Only at 16 bits does the picture keep its own; otherwise
+// there is a single copy, which belongs to the host until TakeSamples.
 Bytes GiveSamples(Picture& picture);
 
-// Takes the samples back. The host's range has half as many values, so two of a file's values meet in one of the
-// host's; a sample that the plug-in left alone therefore keeps what the file had. `given` is what GiveSamples gave, and
-// `returned`, of its size, is what has become of it, and is used up. The result is the number of pixels with a changed
-// sample.
+// Takes the samples back. The host's range has half as many values as the file's, so a sample that the plug-in didn't
+// change keeps the file's value. `given` is the result of GiveSamples; `returned` has the same size, holds the filtered
+// samples and is consumed. Returns the number of pixels with a changed sample.
 size_t TakeSamples(const Bytes& given, Bytes& returned, Picture& picture);
 
 }  // namespace stairmelt

@@ -25,13 +25,13 @@ FilterReport PictureFilter::Filter(const fs::path& in, const fs::path& out,
         if (fs::equivalent(in, out, error)) throw ToolError("is the picture itself, which would be lost");
         RequireReplaceable(out);
     });
-    // First the picture: in a batch the result is named after it, and shouldn't be blamed for a kind that can't be
-    // read.
+    // Read the picture first: in a batch, the result is named after it and shouldn't be blamed for an unreadable
+    // format.
     Picture picture = With(in, [&] { return ReadPicture(in); });
     const FileKind kind = With(out, [&] { return KindToWrite(out); });
     With(out, [&] { RequireWritable(picture, kind); });
     if (onRead) onRead(picture);
-    // What the run before has written down concerns this one no more.
+    // Discard the previous run's recorded values.
     host_.log.clear();
     host_.faults.clear();
     FilterReport report =

@@ -19,13 +19,12 @@ public:
                   const FilterRequest& request);
 
     // Reads the picture `in`, filters it and writes the result to `out`. `onRead` is called between the first two.
-    // Throws ToolError, or what tells of missing memory; `out` is then as it was.
+    // Throws ToolError or std::bad_alloc; `out` is then unchanged.
     FilterReport Filter(const std::filesystem::path& in, const std::filesystem::path& out,
                         const std::function<void(const Picture&)>& onRead = {});
 
-    // Stores the settings as the runs have left them, where they differ from those that were loaded and the values are
-    // such that the dialog could have left them. That they can't be
-    // stored is only told on the error output: the pictures are there, and the next run just won't remember the values.
+    // Stores the settings of the last run if they have changed and are within the dialog's range. A failure is only
+    // reported on the error output: the pictures are complete, and the next run just won't remember the values.
     void Remember();
 
 private:

@@ -1,10 +1,10 @@
-// What plug-ins leave with the host from one run to the next, kept in a text file:
+// The values that plug-ins store with the host between runs, in a text file:
 //
 //   [name under which a plug-in registered its values]
 //   Thsh=10
 //
-// A key is four letters or digits, or 0x and eight hexadecimal digits. Lines that make no sense are passed over, and
-// the sound ones around them still count.
+// A key is four letters or digits, or 0x and eight hexadecimal digits. Invalid lines are skipped; the
+// others are still read.
 #pragma once
 
 #include <filesystem>
@@ -20,13 +20,13 @@ using Settings = std::map<std::string, StoredValues>;  // by the name that the p
 
 Settings ParseSettings(std::string_view text);
 
-// Names that don't fit into a line of their own are left out.
+// Names that don't fit on one line are omitted.
 std::string FormatSettings(const Settings& settings);
 
-// No file, or one that isn't text, gives no settings. Throws ToolError when there is one that can't be read.
+// A missing file, or one that isn't text, gives no settings. Throws ToolError if the file can't be read.
 Settings LoadSettings(const std::filesystem::path& path);
 
-// Throws ToolError, with the file as it was.
+// Throws ToolError; the file is then unchanged.
 void StoreSettings(const std::filesystem::path& path, const Settings& settings);
 
 }  // namespace stairmelt

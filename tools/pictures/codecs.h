@@ -1,4 +1,4 @@
-// One library each, for picture_file.cpp. Functions throw ToolError.
+// One function for each library and direction, for picture_file.cpp. They throw ToolError.
 #pragma once
 
 #include <csetjmp>
@@ -15,10 +15,10 @@ void ReadJpeg(std::span<const uint8_t> bytes, size_t maxSamples, Picture& pictur
 Bytes WritePng(const Picture& picture);
 Bytes WriteTiff(const Picture& picture);
 
-// Makes room for the samples once the other fields are set and plausible for a file of that size.
+// Allocates the samples once the other fields are set, if they are plausible for a file of that size.
 void AllocateSamples(size_t fileSize, size_t maxSamples, Picture& picture);
 
-// What isn't an orientation or an EXIF block is ignored.
+// Ignores anything that isn't an orientation or an EXIF block.
 void SetOrientation(uint32_t orientation, Picture& picture);
 void SetExif(std::span<const uint8_t> block, Picture& picture);
 
@@ -28,11 +28,11 @@ void SetExif(std::span<const uint8_t> block, Picture& picture);
 #pragma warning(disable : 4611)  // setjmp and destructors: see below
 #endif
 
-// Calls body(). Returns false when a C library has jumped to `jump` out of it. Neither body nor what it calls may have
-// anything to be destroyed at that time.
+// Calls body(). Returns false if a C library left it by a longjmp to `jump`. At that time, neither body nor its callees
+// may have objects that need to be destroyed.
 template <class Body>
 bool Completes(std::jmp_buf& jump, const Body& body) {
-    // NOLINTNEXTLINE(cert-err52-cpp): the libraries' only way out
+    // NOLINTNEXTLINE(cert-err52-cpp): the libraries' only way to report errors
     if (setjmp(jump) != 0) return false;
     body();
     return true;

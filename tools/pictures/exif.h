@@ -13,8 +13,8 @@ namespace stairmelt {
 
 constexpr uint16_t kOrientationTag = 274, kExifTag = 34665, kGpsTag = 34853;
 
-// Reads a block or a TIFF file, which has to outlive the reader. BigTIFF and anything else counts as empty, and values
-// that aren't within the bytes are skipped.
+// Reads a block or a TIFF file, which must outlive the reader. BigTIFF and anything else counts as empty; values
+// outside the bytes are skipped.
 class ExifReader {
 public:
     explicit ExifReader(std::span<const uint8_t> bytes);
@@ -26,7 +26,7 @@ public:
     uint32_t Number(uint16_t tag) const;
     std::string Text(uint16_t tag) const;
 
-    // A block with the orientation and the EXIF and GPS directories. Empty where there are none of them.
+    // A block with the orientation and the EXIF and GPS directories. Empty if there are none.
     Bytes MakeBlock() const;
 
 private:

@@ -1,4 +1,4 @@
-// JPEG files, by libjpeg-turbo. They are only read.
+// Reads JPEG files with libjpeg-turbo.
 #include <cstdio>
 // After cstdio, whose types they use.
 #include <jerror.h>
@@ -52,7 +52,7 @@ struct JpegFile {
         jpeg->err->format_message(jpeg, file->message.data());
         std::longjmp(file->jump, 1);  // NOLINT(cert-err52-cpp)
     }
-    // Where pixels are missing, the library makes some up and only warns.
+    // For missing pixels, the library invents some and only warns.
     static void OnWarning(j_common_ptr jpeg, int level) {
         constexpr int kFatal[] = {JWRN_HIT_MARKER, JWRN_HUFF_BAD_CODE, JWRN_JPEG_EOF, JWRN_MUST_RESYNC};
         if (level < 0 && std::ranges::find(kFatal, jpeg->err->msg_code) != std::end(kFatal)) OnError(jpeg);
@@ -110,7 +110,7 @@ void ReadJpeg(std::span<const uint8_t> bytes, size_t maxSamples, Picture& pictur
         }
         jpeg_finish_decompress(&jpeg);
     });
-    // With this marker, four inks are stored as what is left of white.
+    // With this marker, the four inks are stored inverted.
     if (picture.colors == 4 && jpeg.saw_Adobe_marker)
         for (uint8_t& sample : picture.samples) sample = static_cast<uint8_t>(255 - sample);
 }

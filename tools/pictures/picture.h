@@ -1,4 +1,4 @@
-// A picture as the tool holds it between reading and writing, with what the file says about it. Samples have the file's
+// A picture and its metadata between reading and writing. Samples have the file's
 // full range here (16 bits: 0..65535), and CMYK counts ink; host_samples.h converts them for the host.
 #pragma once
 

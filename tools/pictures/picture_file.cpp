@@ -17,7 +17,7 @@ using namespace std::string_view_literals;
 void ThrowDamaged(const std::string& why) { throw ToolError("the file is damaged: " + why); }
 
 void AllocateSamples(size_t fileSize, size_t maxSamples, Picture& picture) {
-    // Of a picture as large as this no compression makes less; smaller ones may be blank.
+    // No compression makes less of a picture this large; smaller ones may be blank.
     constexpr size_t kLarge = size_t{1} << 30, kMaxRatio = 4096;
     const auto rows = static_cast<size_t>(picture.height);
     if (picture.RowBytes() > maxSamples / rows) throw std::bad_alloc();

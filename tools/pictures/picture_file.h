@@ -13,19 +13,19 @@ namespace stairmelt {
 
 enum class FileKind { kPng, kTiff };  // those that are written
 
-// The picture in a file's bytes, whose kind is told by the first of them. A picture with more than `maxSamples` bytes
-// of samples is refused.
+// Reads a picture from a file's bytes, of which the first identify the format. Refuses pictures with more than
+// `maxSamples` bytes of samples.
 Picture DecodePicture(std::span<const uint8_t> file, size_t maxSamples = std::numeric_limits<size_t>::max());
 
 Picture ReadPicture(const std::filesystem::path& path);
 
-// Whether the file is a JPEG of four inks, which PNG can't hold. False for what can't be read.
+// True if the file is a JPEG with four inks, which PNG can't hold. False if it can't be read.
 bool IsCmykJpeg(const std::filesystem::path& path);
 
-// The kind of file that a name asks for, by its extension.
+// The file format for a name's extension.
 FileKind KindToWrite(const std::filesystem::path& path);
 
-// Throws when files of that kind can't hold such a picture; to be asked before any work is done.
+// Throws if the format can't hold the picture; call it before any other work.
 void RequireWritable(const Picture& picture, FileKind kind);
 
 // The whole file.

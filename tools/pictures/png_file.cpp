@@ -1,4 +1,5 @@
-// PNG files, by libpng. Chunks about colours are copied as they are, since the library would convert or refuse some.
+// Reads and writes PNG files with libpng. Colour chunks are copied unchanged, since the library would convert or refuse
+// some.
 #include <png.h>
 #include <zlib.h>
 
@@ -23,7 +24,7 @@ using namespace std::string_view_literals;
 constexpr char kKeptChunks[] = "iCCP\0sRGB\0gAMA\0cHRM\0cICP\0mDCV\0cLLI\0sBIT\0acTL";
 constexpr int kKeptCount = sizeof(kKeptChunks) / 5;
 
-// What the library's callbacks get, and the library's records, freed at the end.
+// The state for the library's callbacks, and the library's records, which are freed at the end.
 struct PngFile {
     png_structp png = nullptr;
     png_infop info = nullptr;
@@ -161,7 +162,7 @@ void ReadMetadata(const PngFile& file, Picture& picture) {
     png_get_text(file.png, file.info, &texts, &count);
     for (const png_text& text : std::span(texts, static_cast<size_t>(count))) {
         const bool isUtf8 = text.compression >= PNG_ITXT_COMPRESSION_NONE;
-        // The library writes none that it would have to leave blank.
+        // The library doesn't write empty ones.
         if (std::ranges::all_of(std::string_view(text.key), [](char c) { return c <= ' '; })) continue;
         picture.texts.push_back({text.key, isUtf8 ? text.text : Utf8FromLatin1(text.text)});
     }
@@ -198,7 +199,7 @@ std::vector<png_text> TextRows(const Picture& picture) {
 }  // namespace
 
 void ReadPng(std::span<const uint8_t> bytes, size_t maxSamples, Picture& picture) {
-    // The library would make room for a chunk before it found that the file is shorter.
+    // The library would allocate memory for a chunk before noticing that the file is shorter.
     constexpr size_t kSignature = 8, kHead = 8, kSum = 4;  // length and name before a chunk's data, checksum after it
     for (size_t at = kSignature; bytes.size() - at >= kHead && std::memcmp(&bytes[at + 4], "IEND", 4) != 0;) {
         const size_t length = GetNumber<uint32_t>(&bytes[at], true);
@@ -234,7 +235,7 @@ Bytes WritePng(const Picture& picture) {
     }
     const int colors = (picture.colors == 3 ? PNG_COLOR_MASK_COLOR : 0) | (picture.hasAlpha ? PNG_COLOR_MASK_ALPHA : 0);
     const auto perMetre = [](double dpi) { return static_cast<png_uint_32>(std::lround(dpi * kInchesPerMetre)); };
-    // Higher levels take several times as long for files that are hardly smaller.
+    // Higher levels take several times as long and make files hardly smaller.
     constexpr int kCompressionLevel = 4;
     png_set_compression_level(png, kCompressionLevel);
     file.Do([&] {

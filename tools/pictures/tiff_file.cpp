@@ -1,4 +1,4 @@
-// TIFF files, by libtiff, in memory.
+// Reads and writes TIFF files in memory with libtiff.
 #include <tiffio.h>
 
 #include <algorithm>
@@ -18,7 +18,7 @@ namespace {
 
 constexpr double kCentimetresPerInch = 2.54;
 
-// Texts that TIFF has tags for, and their keywords in PNG. Of two that share a tag the first is used.
+// The texts for which TIFF has tags, and their PNG keywords. If two share a tag, the first is used.
 constexpr std::pair<uint16_t, const char*> kTextTags[] = {
     {TIFFTAG_DOCUMENTNAME, "Title"},
     {TIFFTAG_IMAGEDESCRIPTION, "Description"},
@@ -38,11 +38,11 @@ constexpr Kind kPhotometrics[] = {
     {PHOTOMETRIC_MINISWHITE, 1}, {PHOTOMETRIC_PALETTE, 1},
 };
 
-// What the library's callbacks get, and the library's handle, which is closed at the end.
+// The state for the library's callbacks, and the library's handle, which is closed at the end.
 class TiffFile {
 public:
     explicit TiffFile(std::span<const uint8_t> read) : read_(read) { Open("r"); }
-    // For writing, behind what the bytes hold already; the library replaces the first eight of them.
+    // For writing after the bytes that are there already; the library replaces the first eight of them.
     TiffFile(const char* mode, Bytes begin) : written_(std::move(begin)) { Open(mode); }
     ~TiffFile() { Close(); }
     TiffFile(const TiffFile&) = delete;
@@ -55,7 +55,7 @@ public:
         return std::move(written_);
     }
 
-    // Throws what the library has said, unless the step has succeeded.
+    // Throws the library's message unless the step succeeded.
     void Require(bool hasSucceeded) const {
         if (hasSucceeded) return;
         if (isMemoryShort_) throw std::bad_alloc();
@@ -110,7 +110,7 @@ private:
     }
 
     void Open(const char* mode) {
-        // What a damaged file asks for in one piece has to have some relation to its size.
+        // A damaged file may request a huge block: allow only what is plausible for its size.
         constexpr size_t kMaxPiece = size_t{1} << 26;
         const std::unique_ptr<TIFFOpenOptions, void (*)(TIFFOpenOptions*)> options(TIFFOpenOptionsAlloc(),
                                                                                    TIFFOpenOptionsFree);
@@ -159,7 +159,7 @@ void RequireSupported(const TiffFile& file, TiffPixels& pixels, Picture& picture
     const bool isPalette = pixels.photometric == PHOTOMETRIC_PALETTE;
     const bool isFew = pixels.bits == 1 || pixels.bits == 2 || pixels.bits == 4;
     const bool isWhole = (pixels.bits == 8 || pixels.bits == 16) && format == SAMPLEFORMAT_UINT;
-    // Floats that count ink have no full scale to be inverted with.
+    // Float inks have no full scale against which to invert them.
     const bool isFloat = pixels.bits == 32 && format == SAMPLEFORMAT_IEEEFP;
     const bool isKnown = isPalette ? isFew || pixels.bits == 8
                                    : isWhole || (isFloat && pixels.photometric != PHOTOMETRIC_MINISWHITE) ||
@@ -190,7 +190,7 @@ void ReadIndexed(const TiffFile& file, size_t fileSize, size_t maxSamples, Pictu
     constexpr size_t kRasterBytes = 4;  // of a pixel: red, green, blue, opacity
     picture.colors = kRasterBytes;
     AllocateSamples(fileSize, maxSamples, picture);
-    // In the orientation that the file has, so that nothing is turned.
+    // Keeps the file's orientation, so that nothing is rotated.
     const auto orientation = file.Field<uint16_t>(TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
     auto* const raster = reinterpret_cast<uint32_t*>(picture.samples.data());
     file.Require(TIFFReadRGBAImageOriented(file, static_cast<uint32_t>(picture.width),
@@ -326,7 +326,7 @@ void ReadTiff(std::span<const uint8_t> bytes, size_t maxSamples, Picture& pictur
     const TiffFile file(bytes);
     TiffPixels pixels;
     RequireSupported(file, pixels, picture);
-    // Where it finds no whole palette, the library takes the indices for grays.
+    // Without a complete palette, the library would treat the indices as grays.
     if (ExifReader(bytes).Number(TIFFTAG_PHOTOMETRIC) == PHOTOMETRIC_PALETTE &&
         pixels.photometric != PHOTOMETRIC_PALETTE)
         ThrowDamaged("its palette is missing or too short");
@@ -340,10 +340,10 @@ void ReadTiff(std::span<const uint8_t> bytes, size_t maxSamples, Picture& pictur
 }
 
 Bytes WriteTiff(const Picture& picture) {
-    // Beyond 4 GB the format has another form, in which places have more bytes than in an EXIF block.
+    // Files beyond 4 GB are BigTIFF, whose offsets are wider than those in an EXIF block.
     constexpr size_t kMaxSize = 0xF0000000;
     const bool isLarge = picture.samples.size() > kMaxSize;
-    // A block begins as the file does, so its places hold in the file, too.
+    // A block begins like the file, so its offsets are valid in the file, too.
     const ExifReader exif(isLarge ? std::span<const uint8_t>() : picture.exif);
     TiffFile file(isLarge ? "w8" : exif.IsBigEndian() ? "wb" : "wl", isLarge ? Bytes() : picture.exif);
     WriteTags(file, picture, exif);

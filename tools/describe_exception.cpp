@@ -1,4 +1,4 @@
-#include "tools/failure_words.h"
+#include "tools/describe_exception.h"
 
 #include <exception>
 #include <new>
@@ -6,7 +6,7 @@
 
 namespace stairmelt {
 
-std::string FailureWords() {
+std::string DescribeException() {
     constexpr char kNoMemory[] = "there isn't enough memory for the picture";
     try {
         std::rethrow_exception(std::current_exception());

@@ -1,5 +1,5 @@
-// For what another program may be in the way of for an instant: several of these tools at once remember their values in
-// one file, and Windows refuses a file that somebody else has open at that time.
+// For steps that another program may block for an instant: several of these tools may store their values in one file at
+// once, and Windows refuses access to a file that is open elsewhere.
 #pragma once
 
 #include <chrono>
@@ -9,7 +9,7 @@ namespace stairmelt {
 
 // Calls attempt() until it returns true, for half a second at most; returns whether it did.
 template <class Attempt>
-bool SucceedsInAMoment(Attempt attempt) {
+bool RetryBriefly(Attempt attempt) {
     constexpr int kMostTries = 25;
     constexpr std::chrono::milliseconds kBetween(20);
     for (int tries = 1;; ++tries) {

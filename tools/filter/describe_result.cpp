@@ -1,4 +1,4 @@
-#include "tools/filter/result_words.h"
+#include "tools/filter/describe_result.h"
 
 #include <algorithm>
 #include <iterator>
@@ -33,7 +33,7 @@ constexpr Row kRows[] = {
 
 }  // namespace
 
-std::string ResultWords(int16_t result) {
+std::string DescribeResult(int16_t result) {
     const std::string number = " (result " + std::to_string(result) + ")";
     const auto row = std::ranges::find(kRows, result, &Row::result);
     if (row != std::end(kRows)) return row->words + number;

@@ -25,7 +25,9 @@ std::vector<ExifReader::Entry> ExifReader::Directory(size_t at) const {
     if (at > bytes_.size() || bytes_.size() - at < 2) return entries;
     size_t count = GetNumber<uint16_t>(&bytes_[at], bigEndian_);
     for (at += 2; count > 0 && bytes_.size() - at >= kEntrySize; --count, at += kEntrySize) {
-        const auto number = [&]<class T>(size_t from, T) { return GetNumber<T>(&bytes_[at + from], bigEndian_); };
+        const auto number = [&](size_t from, auto type) {
+            return GetNumber<decltype(type)>(&bytes_[at + from], bigEndian_);
+        };
         Entry entry = {number(0, uint16_t{}), number(2, uint16_t{}), number(4, uint32_t{}), {}};
         const uint64_t size = entry.type < std::size(kSizes) ? uint64_t{entry.count} * kSizes[entry.type] : 0;
         const size_t from = size <= 4 ? at + 8 : number(8, uint32_t{});

@@ -180,15 +180,16 @@ void ReadMetadata(const PngFile& file, Picture& picture) {
     }
 }
 
-std::vector<png_text> TextRows(const Picture& picture) {
+// The rows point into the texts, which the library only reads, though its types aren't const.
+std::vector<png_text> TextRows(std::vector<Picture::Text>& texts) {
     std::vector<png_text> rows;
-    for (const Picture::Text& text : picture.texts) {
+    for (Picture::Text& text : texts) {
         constexpr size_t kLong = 1000;  // where compression begins to pay
         const bool isAscii =
             std::ranges::all_of(text.text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
         png_text& row = rows.emplace_back();
-        row.key = const_cast<char*>(text.keyword.c_str());  // only read, in spite of the types
-        row.text = const_cast<char*>(text.text.c_str());
+        row.key = text.keyword.data();
+        row.text = text.text.data();
         row.compression = !isAscii || text.keyword == kXmpKeyword ? PNG_ITXT_COMPRESSION_NONE
                           : text.text.size() > kLong              ? PNG_TEXT_COMPRESSION_zTXt
                                                                   : PNG_TEXT_COMPRESSION_NONE;
@@ -226,7 +227,8 @@ Bytes WritePng(const Picture& picture) {
         row.size = chunk.size() - 4;
         row.location = PNG_HAVE_IHDR;
     }
-    const std::vector<png_text> texts = TextRows(picture);
+    std::vector<Picture::Text> copies = picture.texts;
+    const std::vector<png_text> texts = TextRows(copies);
     Bytes exif = picture.exif;
     if (exif.empty() && picture.orientation != 1) {
         const auto orientation = static_cast<uint8_t>(picture.orientation);

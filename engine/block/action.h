@@ -2,6 +2,7 @@
 // (block_planner.h) writes these records from the flags alone; the painter (painter.h) carries them out in one format.
 #pragma once
 
+#include <algorithm>
 #include <cassert>
 #include <cstddef>
 #include <cstdint>
@@ -55,6 +56,13 @@ constexpr const Diagonal& DiagonalOf(int kind) {
 constexpr bool IsRestoringFade(int kind) {
     return IsFade(kind) && (kind - (kind < kTreadFade ? kRiserFade : kTreadFade)) % 2 != 0;
 }
+
+// A fade's blends and restores lie on different diagonals, so that they can be made one after the other.
+constexpr bool IsBesideStaircase(const Diagonal& diagonal) {
+    return diagonal.sourceX * diagonal.stepY != diagonal.sourceY * diagonal.stepX;
+}
+static_assert(std::all_of(kRiserDiagonals, kRiserDiagonals + 4, IsBesideStaircase) &&
+              std::all_of(kTreadDiagonals, kTreadDiagonals + 4, IsBesideStaircase));
 
 // What the decisions know about runs of one and two cells: three bits for each direction, in the order left, right, up,
 // down. They are also the number of the run's ramp.

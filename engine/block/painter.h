@@ -89,6 +89,8 @@ public:
 private:
     using Weights = typename Format::Weights;
     using OwnStroke = typename SetsStroke<Format, Format::kMixesRows>::Type;
+    // The farthest pixel below a visit that a cached ramp changes: a fade begins one row below it.
+    static_assert(kRowsAhead > kMaxCached + 1 && kMargin > kMaxCached + 1);
 
     // An edge is softened from both sides, and each side moves toward the one sample that lay across it in the source:
     // walks to the right and down begin beyond the edge.
@@ -101,7 +103,8 @@ private:
         strokes[kind + 1] = strokes[kind];  // the tail
     }
 
-    // The two parts of a fade never change the same pixel, so their order makes no difference.
+    // The two parts of a fade lie on parallel diagonals and never change the same pixel: their order makes no
+    // difference.
     void SetFade(int kind, const Diagonal& diagonal) {
         const int fromX = diagonal.pixelX + diagonal.sourceX, fromY = diagonal.pixelY + diagonal.sourceY;
         strokes[kind] = {IsRestoringFade(kind) ? Offset(*job.destination, fromX, fromY)

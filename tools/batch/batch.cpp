@@ -1,7 +1,5 @@
 #include "tools/batch/batch.h"
 
-#include <windows.h>
-
 #include <algorithm>
 #include <atomic>
 #include <chrono>
@@ -14,10 +12,9 @@
 
 #include "tools/batch/batch_list.h"
 #include "tools/batch/batch_worker.h"
-#include "tools/describe_exception.h"
 #include "tools/file_bytes.h"
-#include "tools/interrupt.h"
 #include "tools/messages.h"
+#include "tools/system.h"
 
 namespace stairmelt {
 namespace {
@@ -29,12 +26,11 @@ class BatchScreen {
 public:
     explicit BatchScreen(size_t total) {
         counts_.total = total;
-        CONSOLE_SCREEN_BUFFER_INFO info;
-        isTerminal_ = GetConsoleScreenBufferInfo(GetStdHandle(STD_OUTPUT_HANDLE), &info) != 0;
         // In the last column a terminal may begin a new line.
         constexpr size_t kLeast = 40;
-        if (isTerminal_ && info.dwSize.X > 0)
-            columns_ = std::max<size_t>(static_cast<size_t>(info.dwSize.X), kLeast) - 1;
+        const size_t columns = TerminalColumns();
+        isTerminal_ = columns != 0;
+        columns_ = std::max(columns, kLeast) - 1;
     }
 
     void Tell(const BatchItem& item, const BatchAnswer& answer) {
@@ -66,7 +62,7 @@ public:
     BatchCounts Close() {
         DrawBar(true);
         if (isTerminal_) std::printf("\n");
-        std::printf("%s\n", BatchSummary(counts_, Seconds()).c_str());
+        stairmelt::PrintLine(BatchSummary(counts_, Seconds()));
         return counts_;
     }
 
@@ -109,7 +105,7 @@ private:
     std::mutex mutex_;
     BatchCounts counts_;
     bool isTerminal_ = false, hasValues_ = false;
-    size_t columns_ = 79;
+    size_t columns_ = 0;
     const Clock::time_point start_ = Clock::now();
     Clock::time_point lastDrawn_ = {};
 };

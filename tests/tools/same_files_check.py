@@ -18,6 +18,8 @@ def run(*words):
         log.seek(0)
         told = re.sub(r"[0-9.]+ (per )?second", "", log.read())
     files = {path.name: path.read_bytes() for path in pathlib.Path("out").iterdir()}
+    files["settings"] = pathlib.Path("settings").read_bytes()
+    os.remove("settings")
     shutil.rmtree("out")
     return status, told, files
 
@@ -36,3 +38,4 @@ with tempfile.TemporaryDirectory() as folder:
 assert here[2].keys() == there[2].keys() and len(here[2]) > len(pictures), there
 assert not [name for name in here[2] if here[2][name] != there[2][name]]
 assert here[:2] == there[:2], (here[:2], there[:2])
+assert subprocess.run([native, "--dialog", *pictures[:1], "out.png"], check=False, stderr=subprocess.DEVNULL).returncode == 2

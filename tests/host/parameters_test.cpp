@@ -41,6 +41,7 @@ protected:
     int16_t resultAtAdvance = 1;
 };
 
+constexpr FailingCall kCoerced = {1, kCoercedParamErr};
 constexpr Values kDefaults = {10, 70, 0, -1, -1};
 const StoredValues kStored = {{kThsh, 1}, {kSftn, 2}, {kBias, 3}, {kPdpx, 4}, {kPdpy, 5}};
 
@@ -126,15 +127,13 @@ TEST_F(Parameters, ScriptsSetThreeKeys) {
          {{kThsh, 11}, {kSftn, 22}},
          {11, 2, 3, 4, 5},
          kReadErr,
-         [](Failures& f) {
-             f.calls["getIntegerProc"] = {1, kCoercedParamErr};
-         }},
+         [](Failures& f) { f.calls["getIntegerProc"] = kCoerced; }},
         {"the same, but closing hides it",
          {{kThsh, 11}, {kSftn, 22}},
          {11, 2, 3, 4, 5},
          kNoErr,
          [](Failures& f) {
-             f.calls["getIntegerProc"] = {1, kCoercedParamErr};
+             f.calls["getIntegerProc"] = kCoerced;
              f.closeReadCode = kNoErr;
          }},
     };

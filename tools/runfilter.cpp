@@ -22,14 +22,6 @@ namespace fs = std::filesystem;
 // For a batch, failed means that one of its pictures did.
 enum ExitStatus { kDone = 0, kFailed = 1, kMisused = 2, kInterrupted = kInterruptedStatus };
 
-fs::path BesideProgram(const char* name) { return ProgramPath().parent_path() / name; }
-
-// A folder that every user may write to, wherever the program is installed.
-fs::path DefaultSettings() {
-    const fs::path folder = SettingsFolder();
-    return folder.empty() ? BesideProgram("runfilter.settings") : folder / "stairmelt" / "runfilter.settings";
-}
-
 std::string Printed(const char* format, auto... values) {
     char text[512];
     std::snprintf(text, sizeof(text), format, values...);
@@ -87,8 +79,8 @@ void RunOnPicture(const Arguments& arguments) {
 
 ExitStatus Run(Arguments arguments) {
     RequireSupported(arguments);
-    if (!arguments.plugin) arguments.plugin = BesideProgram("stairmelt.8bf");
-    if (!arguments.settings) arguments.settings = DefaultSettings();
+    if (!arguments.plugin) arguments.plugin = ProgramPath().parent_path() / "stairmelt.8bf";
+    if (!arguments.settings) arguments.settings = SettingsFolder() / "runfilter.settings";
     if (arguments.about) {
         ShowAbout(*arguments.plugin);
     } else if (arguments.isWorker) {

@@ -28,7 +28,7 @@ std::vector<std::string> CommandLineWords(int count, char** words);
 
 std::filesystem::path ProgramPath();
 
-// The user's folder for settings, empty if there is none.
+// A folder that every user may write to, wherever the program is installed; if there is none, the program's own.
 std::filesystem::path SettingsFolder();
 
 // Width of the output if it is a terminal, else 0.

@@ -28,7 +28,7 @@ std::filesystem::path ProgramPath() { return std::filesystem::read_symlink("/pro
 
 std::filesystem::path SettingsFolder() {
     const char* const home = std::getenv("HOME");
-    return home != nullptr ? std::filesystem::path(home) / ".config" : "";
+    return home != nullptr ? std::filesystem::path(home) / ".config/stairmelt" : ProgramPath().parent_path();
 }
 
 size_t TerminalColumns() { return 0; }  // a farm keeps what is printed

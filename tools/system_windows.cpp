@@ -78,7 +78,7 @@ std::filesystem::path ProgramPath() {
 
 std::filesystem::path SettingsFolder() {
     const wchar_t* const folder = _wgetenv(L"APPDATA");
-    return folder != nullptr ? folder : L"";
+    return folder != nullptr ? std::filesystem::path(folder) / "stairmelt" : ProgramPath().parent_path();
 }
 
 size_t TerminalColumns() {

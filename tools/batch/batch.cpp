@@ -24,14 +24,7 @@ namespace fs = std::filesystem;
 // The output for the user. Several threads report their pictures to it.
 class BatchScreen {
 public:
-    explicit BatchScreen(size_t total) {
-        counts_.total = total;
-        // In the last column a terminal may begin a new line.
-        constexpr size_t kLeast = 40;
-        const size_t columns = TerminalColumns();
-        isTerminal_ = columns != 0;
-        columns_ = std::max(columns, kLeast) - 1;
-    }
+    explicit BatchScreen(size_t total) { counts_.total = total; }
 
     void Tell(const BatchItem& item, const BatchAnswer& answer) {
         const std::lock_guard lock(mutex_);
@@ -104,8 +97,10 @@ private:
 
     std::mutex mutex_;
     BatchCounts counts_;
-    bool isTerminal_ = false, hasValues_ = false;
-    size_t columns_ = 0;
+    bool hasValues_ = false;
+    const bool isTerminal_ = TerminalColumns() != 0;
+    // In the last column a terminal may begin a new line.
+    const size_t columns_ = std::max<size_t>(TerminalColumns(), 41) - 1;
     const Clock::time_point start_ = Clock::now();
     Clock::time_point lastDrawn_ = {};
 };

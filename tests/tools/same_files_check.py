@@ -45,6 +45,7 @@ with tempfile.TemporaryDirectory() as folder:
     for option, status in (("--repeat=2", 0), ("--dialog", 2)):
         assert start(native, option, "in/png-L.png", "link.png").wait() == status, option
     assert os.path.islink("link.png") and start(native, "--jobs=2", "--out=out", "link.png").wait() == 2
+    assert "[--jobs N]" not in pathlib.Path("log").read_text("utf-8"), "not among the options"
     batch = start(native, "--out=out", "in/*.*")
     while batch.poll() is None and not list(pathlib.Path().glob("out/*.png")):
         pass

@@ -15,7 +15,7 @@
 #include "host/image_class.h"
 #include "host/parameters.h"
 #include "host/plugin_entry.h"
-#include "hostkit/fake_host.h"
+#include "hostkit/probe/probed_host.h"
 #include "resources/plugin_ids.h"
 #include "tests/support/kernel_list.h"
 #include "tests/support/same_pixels.h"
@@ -83,9 +83,9 @@ void ReadFailures(Failures& failures, ByteSource& bytes) {
     failures = {};
     for (int count = bytes.Below(5); count > 0; --count) failures.failingCalls.insert(bytes.Between(1, 60));
     constexpr OSErr kCodes[] = {kUserCanceledErr, kMemFullErr, kFilterBadParameters, kReadErr, 1};
-    failures.advanceStateCode = kCodes[bytes.Byte() % std::size(kCodes)];
+    failures.calls["advanceState"].code = kCodes[bytes.Byte() % std::size(kCodes)];
     if (bytes.OneIn(8)) failures.closeReadCode = static_cast<OSErr>(bytes.Wild());
-    if (bytes.OneIn(4)) failures.refusedSuites.insert(kDescriptorRegistrySuite);
+    if (bytes.OneIn(4)) failures.calls[std::string("AcquireSuite ") + kDescriptorRegistrySuite] = {kEveryCall};
     if (bytes.OneIn(4)) failures.emptySuites.insert(kActionDescriptorSuite);
     bool* const lacks[] = {
         &failures.noHandleProcs, &failures.noProgressProc,  &failures.noAdvanceState, &failures.noDescriptorParameters,
@@ -192,8 +192,8 @@ private:
                                  kFilterBadParameters,
                                  kFilterBadMode,
                                  kUserCanceledErr,
-                                 host_.failures.advanceStateCode,
-                                 host_.failures.resultOnEntry,
+                                 host_.failures.calls["advanceState"].code,
+                                 host_.resultOnEntry,
                                  kKernelMemoryResult};
         Require(std::ranges::find(known, result) != std::end(known), name + ": result " + std::to_string(result));
         if (selector == kFilterSelectorStart && result == kNoErr) {
@@ -238,8 +238,8 @@ private:
 
     // A silent run with a script, on a picture of a supported format.
     void RunNormally() {
-        BeginRun();
         host_.failures = {};
+        BeginRun();
         const KernelCase& format = kAllKernels[4];
         host_.document = {.width = 40, .height = 9};
         uint8_t strokes[64];
@@ -258,7 +258,7 @@ private:
     }
 
     ByteSource& bytes_;
-    FakeHost host_;
+    ProbedHost host_;
     int lost_ = 0;             // handles that the host forgot
     Handle played_ = nullptr;  // the played values' handle, disposed of or not
 };

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <utility>
 
-#include "hostkit/call_log.h"
+#include "hostkit/calls.h"
 
 namespace stairmelt {
 namespace {

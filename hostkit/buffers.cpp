@@ -3,7 +3,7 @@
 #include <new>
 #include <string>
 
-#include "hostkit/call_log.h"
+#include "hostkit/calls.h"
 #include "hostkit/fake_host.h"
 #include "hostkit/slots.h"
 
@@ -13,11 +13,10 @@ namespace {
 BlockStore& BufferBlocks() { return CurrentHost().buffers.blocks; }
 
 OSErr AllocateBuffer(int32_t size, BufferID* id) {
-    Failures& failures = CurrentHost().failures;
-    const bool fails = LogFallible("buffer.allocateProc " + std::to_string(size), &failures.bufferAllocate);
+    const OSErr failure = FailureOf("buffer.allocateProc " + std::to_string(size), kMemFullErr);
     if (!id || size < 0) return kParamErr;
-    if (!failures.failedAllocateKeepsId) *id = nullptr;
-    if (fails) return kMemFullErr;
+    if (failure) return failure;
+    *id = nullptr;
     try {
         *id = reinterpret_cast<BufferID>(&BufferBlocks().Make(nullptr, static_cast<size_t>(size)).inner);
         return kNoErr;
@@ -28,18 +27,18 @@ OSErr AllocateBuffer(int32_t size, BufferID* id) {
 
 Ptr LockBuffer(BufferID id, Boolean moveHigh) {
     const std::string line = "buffer.lockProc " + BufferBlocks().NameOf(id) + (moveHigh ? "" : " low");
-    if (LogFallible(line, &CurrentHost().failures.bufferLock)) return nullptr;
+    if (FailureOf(line)) return nullptr;
     MovableBlock* block = BufferBlocks().Find(id, "buffer.lockProc");
     return block ? BufferBlocks().Lock(*block) : nullptr;
 }
 
 void UnlockBuffer(BufferID id) {
-    LogCall("buffer.unlockProc " + BufferBlocks().NameOf(id));
+    NoteCall("buffer.unlockProc " + BufferBlocks().NameOf(id));
     if (MovableBlock* block = BufferBlocks().Find(id, "buffer.unlockProc")) BufferBlocks().Unlock(*block);
 }
 
 void FreeBuffer(BufferID id) {
-    LogCall("buffer.freeProc " + BufferBlocks().NameOf(id));
+    NoteCall("buffer.freeProc " + BufferBlocks().NameOf(id));
     if (MovableBlock* block = BufferBlocks().Find(id, "buffer.freeProc")) BufferBlocks().Dispose(*block);
 }
 

@@ -139,31 +139,29 @@ void FakeHost::BeginRun() {
     record.imageVRes = kScreenResolution;
     record.maxSpace = kSpaceForFilter;
     record.maxSpace64 = kSpaceForFilter;
-    record.hostSig = failures.hostSig;
+    record.hostSig = kPhotoshopSignature;
     record.errorString = &errorString;
     record.plugInRef = this;
 
-    record.progressProc = failures.noProgressProc ? nullptr : ShowProgress;
+    record.progressProc = ShowProgress;
     record.abortProc = Uncalled<TestAbortProc>();
     record.hostProc = Uncalled<HostProc>();
     record.processEvent = Uncalled<ProcessEventProc>();
-    record.advanceState = failures.noAdvanceState ? nullptr : AdvanceState;
-    record.displayPixels = failures.noDisplayPixels ? nullptr : DisplayPixels;
-    record.handleProcs = failures.noHandleProcs ? nullptr : &handles.procs;
-    record.bufferProcs = failures.noBufferProcs ? nullptr : &buffers.procs;
-    record.platformData = failures.noPlatformData ? nullptr : &platform;
-    record.sSPBasic = failures.noBasicSuite ? nullptr : &suites.basic;
-    record.bigDocumentData = failures.noBigDocument ? nullptr : &big;
+    record.advanceState = AdvanceState;
+    record.displayPixels = DisplayPixels;
+    record.handleProcs = &handles.procs;
+    record.bufferProcs = &buffers.procs;
+    record.platformData = &platform;
+    record.sSPBasic = &suites.basic;
+    record.bigDocumentData = &big;
 
     script.BeginRun();
-    record.descriptorParameters = failures.noDescriptorParameters ? nullptr : &script.parameters;
-    if (onBegin) onBegin();
+    record.descriptorParameters = &script.parameters;
 }
 
 int16_t FakeHost::Call(PluginMainProc pluginMain, int16_t selector) {
-    LogCall("PluginMain " + std::to_string(selector));
-    int16_t result =
-        failures.resultStaysForFinish && selector == kFilterSelectorFinish ? lastResult : failures.resultOnEntry;
+    NoteCall("PluginMain " + std::to_string(selector));
+    int16_t result = resultOnEntry;
     FilterRecord before;
     std::memcpy(&before, &record, sizeof(before));
     const std::vector<Region> regions = SaveRegions(*this);
@@ -171,8 +169,8 @@ int16_t FakeHost::Call(PluginMainProc pluginMain, int16_t selector) {
     runningResult = &result;
     if (selector == kFilterSelectorAbout) {
         about = {};
-        about.platformData = failures.noPlatformData ? nullptr : &platform;
-        about.sSPBasic = failures.noBasicSuite ? nullptr : &suites.basic;
+        about.platformData = record.platformData;
+        about.sSPBasic = record.sSPBasic;
         about.plugInRef = this;
         pluginMain(selector, &about, &data, &result);
     } else {

@@ -1,12 +1,12 @@
 // An imitation of the host, which runs a filter plug-in on a document: a plain record that owns a real FilterRecord and
-// the services behind it. Serves tests and command-line tools.
+// the services behind it. Tools use it as it is, tests through probe/probed_host.h.
 //
 // The usual course:
 //     FakeHost host;
 //     host.document = ...;                  size, format, samples; perhaps a selection
-//     host.script.played = ...;             perhaps values from a script, stored values, switches in host.failures
+//     host.script.played = ...;             perhaps values from a script, stored values
 //     host.RunFilter(PluginMain, RunKind::kFromMenu);
-//     host.document.result, host.log, host.Faults(), host.StillHeld() ...
+//     host.document.result, host.Faults(), host.StillHeld() ...
 // or, for single steps: BeginRun, changes to host.record, Call for each selector, EndRun.
 //
 // The host's callbacks have no argument that says whose they are, so there is one current host: the constructor makes
@@ -21,9 +21,8 @@
 
 #include "host/filter_api.h"
 #include "hostkit/buffers.h"
-#include "hostkit/call_log.h"
+#include "hostkit/calls.h"
 #include "hostkit/document.h"
-#include "hostkit/failures.h"
 #include "hostkit/handles.h"
 #include "hostkit/pixels.h"
 #include "hostkit/registry.h"
@@ -48,15 +47,12 @@ struct GuardedRecord {
 
 struct FakeHost {
     FakeHost();
-    ~FakeHost();
+    virtual ~FakeHost();
     FakeHost(const FakeHost&) = delete;
     FakeHost& operator=(const FakeHost&) = delete;
 
     FakeDocument document;
-    Failures failures;
-    std::vector<std::string> log;     // calls of the plug-in and of the services, in order
     std::vector<std::string> faults;  // breaches of the rules found so far; Faults() looks for more
-    int fallibleCalls = 0;            // calls of the plug-in so far that could report a failure
 
     FakeHandles handles;
     FakeBuffers buffers;
@@ -77,12 +73,11 @@ struct FakeHost {
     int16_t lastResult = 0;                  // of the last selector
     const int16_t* runningResult = nullptr;  // what the running selector has stored so far; null between selectors
 
-    // Whether pixels are delivered in guarded copies, which show what a filter does beside them. It takes twice the
-    // memory, so tools do without.
-    bool checksPixels = true;
+    int16_t resultOnEntry = kNoErr;  // what each selector finds in its result
 
-    // Where set, called when a run's record has been made, which it may spoil.
-    std::function<void()> onBegin;
+    // Whether pixels are delivered in guarded copies, which show what a filter does beside them. It takes twice the
+    // memory.
+    bool checksPixels = false;
 
     // Where set, what the plug-in's advances do in place of pixels.Deliver(), which it may call.
     std::function<OSErr()> onAdvance;
@@ -92,7 +87,7 @@ struct FakeHost {
 
     // Makes the record anew for the document: filled with a pattern, zeroed and set, with nothing asked for. The
     // document's result becomes a copy of its source, which is brought to the size that the document's fields say.
-    void BeginRun();
+    virtual void BeginRun();
 
     // Sends one selector and returns its result. kFilterSelectorAbout comes with the about record. A change of a record
     // field that this host doesn't honour, of the host's own 32-bit coordinates or of a table of routines is a fault.
@@ -101,6 +96,9 @@ struct FakeHost {
     // Takes the pixel buffers back. Only with `isGood` is the output committed; otherwise the document's result is the
     // source again.
     void EndRun(bool isGood);
+
+    // Called by the services, see calls.h; the code is kNoErr for calls that can't fail.
+    virtual OSErr OnCall(const std::string&, OSErr) { return kNoErr; }
 
     // A whole run, BeginRun and EndRun included. Returns the first result that isn't 0, or 0.
     int16_t RunFilter(PluginMainProc pluginMain, RunKind kind);

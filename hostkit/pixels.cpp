@@ -7,7 +7,7 @@
 #include <string>
 #include <utility>
 
-#include "hostkit/call_log.h"
+#include "hostkit/calls.h"
 #include "hostkit/fake_host.h"
 
 namespace stairmelt {
@@ -144,7 +144,7 @@ void CheckInput(const FakeDocument& document, const Delivery& input) {
 }
 
 OSErr Advance(FakeHost& host) {
-    if (LogFallible("advanceState", &host.failures.advanceState)) return host.failures.advanceStateCode;
+    if (const OSErr failure = FailureOf("advanceState", kUserCanceledErr)) return failure;
     return host.onAdvance ? host.onAdvance() : host.pixels.Deliver();
 }
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "hostkit/call_log.h"
+#include "hostkit/calls.h"
 #include "hostkit/fake_host.h"
 #include "hostkit/slots.h"
 
@@ -25,24 +25,24 @@ StoredValues::iterator FindKey(StoredValues& values, DescriptorKeyID key) {
 }
 
 OSErr Make(PIActionDescriptor* descriptor) {
-    const bool fails = LogFallible("Make", &CurrentHost().failures.makeDescriptor);
+    const OSErr failure = FailureOf("Make", kMemFullErr);
     CurrentHost().suites.RequireAcquired(kActionDescriptorSuite, "Make");
     if (!descriptor) return kParamErr;
-    if (fails) return kMemFullErr;
+    if (failure) return failure;
     *descriptor = &Registry().descriptors.emplace_back();
     return kNoErr;
 }
 
 OSErr Free(PIActionDescriptor descriptor) {
-    const bool fails = LogFallible("Free");
+    const OSErr failure = FailureOf("Free");
     HostActionDescriptor* live = Live(descriptor, "Free");
     if (!live) return kParamErr;
     live->isLive = false;
-    return fails ? kParamErr : kNoErr;
+    return failure;
 }
 
 OSErr HasKey(PIActionDescriptor descriptor, DescriptorKeyID key, Boolean* hasKey) {
-    const bool fails = LogFallible("HasKey " + CodeText(key));
+    const bool fails = FailureOf("HasKey " + CodeText(key));
     HostActionDescriptor* live = Live(descriptor, "HasKey");
     if (!live || !hasKey || fails) return kParamErr;
     *hasKey = FindKey(live->values, key) != live->values.end();
@@ -50,7 +50,7 @@ OSErr HasKey(PIActionDescriptor descriptor, DescriptorKeyID key, Boolean* hasKey
 }
 
 OSErr GetCount(PIActionDescriptor descriptor, uint32_t* count) {
-    const bool fails = LogFallible("GetCount");
+    const bool fails = FailureOf("GetCount");
     HostActionDescriptor* live = Live(descriptor, "GetCount");
     if (!live || !count || fails) return kParamErr;
     *count = static_cast<uint32_t>(live->values.size());
@@ -58,9 +58,9 @@ OSErr GetCount(PIActionDescriptor descriptor, uint32_t* count) {
 }
 
 OSErr PutInteger(PIActionDescriptor descriptor, DescriptorKeyID key, int32_t value) {
-    const bool fails = LogFallible("PutInteger " + CodeText(key) + " " + std::to_string(value));
+    const bool fails = FailureOf("PutInteger " + CodeText(key) + " " + std::to_string(value));
     HostActionDescriptor* live = Live(descriptor, "PutInteger");
-    if (!live || fails || key == CurrentHost().failures.putIntegerKey) return kParamErr;
+    if (!live || fails) return kParamErr;
     const auto found = FindKey(live->values, key);
     if (found == live->values.end())
         live->values.emplace_back(key, value);
@@ -70,9 +70,9 @@ OSErr PutInteger(PIActionDescriptor descriptor, DescriptorKeyID key, int32_t val
 }
 
 OSErr GetInteger(PIActionDescriptor descriptor, DescriptorKeyID key, int32_t* value) {
-    const bool fails = LogFallible("GetInteger " + CodeText(key));
+    const bool fails = FailureOf("GetInteger " + CodeText(key));
     HostActionDescriptor* live = Live(descriptor, "GetInteger");
-    if (!live || !value || fails || key == CurrentHost().failures.getIntegerKey) return kParamErr;
+    if (!live || !value || fails) return kParamErr;
     const auto found = FindKey(live->values, key);
     if (found == live->values.end()) return kErrMissingParameter;
     *value = found->second;
@@ -80,8 +80,7 @@ OSErr GetInteger(PIActionDescriptor descriptor, DescriptorKeyID key, int32_t* va
 }
 
 OSErr Register(const char* key, PIActionDescriptor descriptor, Boolean isPersistent) {
-    const bool fails = LogFallible(std::string("Register ") + key + (isPersistent ? " persistent" : ""),
-                                   &CurrentHost().failures.registryRegister);
+    const bool fails = FailureOf(std::string("Register ") + key + (isPersistent ? " persistent" : ""));
     CurrentHost().suites.RequireAcquired(kDescriptorRegistrySuite, "Register");
     const HostActionDescriptor* live = Live(descriptor, "Register");
     if (!live || fails) return kParamErr;
@@ -91,7 +90,7 @@ OSErr Register(const char* key, PIActionDescriptor descriptor, Boolean isPersist
 }
 
 OSErr Get(const char* key, PIActionDescriptor* descriptor) {
-    const bool fails = LogFallible(std::string("Get ") + key, &CurrentHost().failures.registryGet);
+    const bool fails = FailureOf(std::string("Get ") + key);
     CurrentHost().suites.RequireAcquired(kDescriptorRegistrySuite, "Get");
     if (!descriptor || fails) return kParamErr;
     *descriptor = nullptr;

@@ -6,7 +6,7 @@
 #include <string>
 #include <utility>
 
-#include "hostkit/call_log.h"
+#include "hostkit/calls.h"
 #include "hostkit/fake_host.h"
 #include "hostkit/slots.h"
 
@@ -50,7 +50,7 @@ void NoteResult(HostReadDescriptor& token, OSErr result) {
 
 PIReadDescriptor OpenRead(PIDescriptorHandle descriptor, DescriptorKeyID* keys) {
     FakeHost& host = CurrentHost();
-    if (LogFallible("openReadDescriptorProc " + host.handles.blocks.NameOf(descriptor), &host.failures.openRead)) {
+    if (FailureOf("openReadDescriptorProc " + host.handles.blocks.NameOf(descriptor))) {
         host.script.isUnreadable = true;
         return nullptr;
     }
@@ -62,11 +62,11 @@ PIReadDescriptor OpenRead(PIDescriptorHandle descriptor, DescriptorKeyID* keys) 
 Boolean GetKey(PIReadDescriptor token, DescriptorKeyID* key, DescriptorTypeID* type, int32_t* flags) {
     HostReadDescriptor* reading = Reading(token, "getKeyProc");
     if (!reading || reading->next == reading->values.size()) {
-        LogFallible("getKeyProc end");
+        FailureOf("getKeyProc end");
         return 0;
     }
     const ScriptValue& value = reading->values[reading->next];
-    if (LogFallible("getKeyProc " + CodeText(value.key))) return 0;
+    if (FailureOf("getKeyProc " + CodeText(value.key))) return 0;
     ++reading->next;
     *key = value.key;
     *type = value.type;
@@ -77,17 +77,15 @@ Boolean GetKey(PIReadDescriptor token, DescriptorKeyID* key, DescriptorTypeID* t
 }
 
 OSErr GetInteger(PIReadDescriptor token, int32_t* result) {
-    Failures& failures = CurrentHost().failures;
     HostReadDescriptor* reading = Reading(token, "getIntegerProc");
     if (!reading) return kParamErr;
     if (reading->next == 0) {
-        LogCall("getIntegerProc before any key");
+        NoteCall("getIntegerProc before any key");
         return kErrMissingParameter;
     }
     const ScriptValue& value = reading->values[reading->next - 1];
-    const bool fails = LogFallible("getIntegerProc " + CodeText(value.key));
-    OSErr code = Fires(failures.getInteger) ? kCoercedParamErr : kNoErr;
-    if (value.type == kTypeInteger && !fails)
+    OSErr code = FailureOf("getIntegerProc " + CodeText(value.key));
+    if (value.type == kTypeInteger && (code == kNoErr || code == kCoercedParamErr))
         *result = value.value;
     else
         code = kParamErr;
@@ -96,24 +94,21 @@ OSErr GetInteger(PIReadDescriptor token, int32_t* result) {
 }
 
 OSErr CloseRead(PIReadDescriptor token) {
-    const Failures& failures = CurrentHost().failures;
-    const bool fails = LogFallible("closeReadDescriptorProc");
+    const OSErr failure = FailureOf("closeReadDescriptorProc", kMemFullErr);
     HostReadDescriptor* reading = Reading(token, "closeReadDescriptorProc");
     if (!reading) return kParamErr;
     reading->isOpen = false;
-    if (fails) NoteResult(*reading, kMemFullErr);
-    return failures.closeReadCode.value_or(reading->worst);
+    NoteResult(*reading, failure);
+    return reading->worst;
 }
 
 PIWriteDescriptor OpenWrite() {
-    FakeHost& host = CurrentHost();
-    if (LogFallible("openWriteDescriptorProc", &host.failures.openWrite)) return nullptr;
-    return &host.script.writeTokens.emplace_back();
+    if (FailureOf("openWriteDescriptorProc")) return nullptr;
+    return &CurrentHost().script.writeTokens.emplace_back();
 }
 
 OSErr PutInteger(PIWriteDescriptor token, DescriptorKeyID key, int32_t value) {
-    const bool fails = LogFallible("putIntegerProc " + CodeText(key) + " " + std::to_string(value),
-                                   &CurrentHost().failures.putInteger);
+    const bool fails = FailureOf("putIntegerProc " + CodeText(key) + " " + std::to_string(value));
     HostWriteDescriptor* writing = Writing(token, "putIntegerProc");
     if (!writing || fails) return kParamErr;
     writing->values.push_back({key, value});
@@ -121,11 +116,11 @@ OSErr PutInteger(PIWriteDescriptor token, DescriptorKeyID key, int32_t value) {
 }
 
 OSErr CloseWrite(PIWriteDescriptor token, PIDescriptorHandle* descriptor) {
-    const bool fails = LogFallible("closeWriteDescriptorProc");
+    const OSErr failure = FailureOf("closeWriteDescriptorProc", kMemFullErr);
     HostWriteDescriptor* writing = Writing(token, "closeWriteDescriptorProc");
     if (!writing) return kParamErr;
     writing->isOpen = false;
-    if (fails) return kMemFullErr;
+    if (failure) return failure;
     try {
         *descriptor = HandleOf(writing->values);
         return kNoErr;
@@ -160,16 +155,15 @@ FakeScript::FakeScript() {
 }
 
 void FakeScript::BeginRun() {
-    const Failures& failures = CurrentHost().failures;
     DisposeOf(parameters.descriptor);
-    isUnreadable = failures.noReadProcs || failures.noDescriptorParameters;
+    isUnreadable = false;
     handedOver_ = played.empty() && !playsWithoutValues ? nullptr : HandleOf(played);
     parameters = {};
     parameters.playInfo = playInfo;
     parameters.recordInfo = -1;  // none of the values, so that a filter that doesn't write it shows
     parameters.descriptor = handedOver_;
-    parameters.readDescriptorProcs = failures.noReadProcs ? nullptr : &readProcs;
-    parameters.writeDescriptorProcs = failures.noWriteProcs ? nullptr : &writeProcs;
+    parameters.readDescriptorProcs = &readProcs;
+    parameters.writeDescriptorProcs = &writeProcs;
     hasRecorded = false;
     recorded.clear();
 }

@@ -7,7 +7,7 @@
 #include <type_traits>
 
 #include "host/filter_api.h"
-#include "hostkit/call_log.h"
+#include "hostkit/calls.h"
 
 namespace stairmelt {
 

@@ -1,6 +1,6 @@
 #include "hostkit/suites.h"
 
-#include "hostkit/call_log.h"
+#include "hostkit/calls.h"
 #include "hostkit/fake_host.h"
 #include "hostkit/slots.h"
 
@@ -20,19 +20,15 @@ const void* FindSuite(const std::string& name, int32_t version) {
         {kUIHooksSuite, kUIHooksSuiteVersion, &host.ui.hooks},
     };
     for (const auto& row : suites)
-        if (name == row.name && version == row.version && !host.failures.refusedSuites.contains(name)) return row.suite;
+        if (name == row.name && version == row.version) return row.suite;
     return nullptr;
 }
 
 SPErr AcquireSuite(const char* name, int32_t version, const void** suite) {
     if (!name || !suite) return kSPBadParameter;
-    if (LogFallible(std::string("AcquireSuite ") + name + " " + std::to_string(version))) return kSPSuiteNotFound;
+    if (FailureOf(std::string("AcquireSuite ") + name + " " + std::to_string(version))) return kSPSuiteNotFound;
     const void* found = FindSuite(name, version);
     if (!found) return kSPSuiteNotFound;
-    if (CurrentHost().failures.emptySuites.contains(name)) {
-        *suite = nullptr;
-        return kSPNoError;
-    }
     *suite = found;
     ++CurrentHost().suites.held[name];
     return kSPNoError;
@@ -40,7 +36,7 @@ SPErr AcquireSuite(const char* name, int32_t version, const void** suite) {
 
 SPErr ReleaseSuite(const char* name, int32_t version) {
     if (!name) return kSPBadParameter;
-    const bool fails = LogFallible(std::string("ReleaseSuite ") + name + " " + std::to_string(version));
+    const bool fails = FailureOf(std::string("ReleaseSuite ") + name + " " + std::to_string(version));
     std::map<std::string, int>& held = CurrentHost().suites.held;
     const auto found = held.find(name);
     if (found == held.end() || found->second == 0) {

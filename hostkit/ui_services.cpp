@@ -1,6 +1,9 @@
 #include "hostkit/ui_services.h"
 
-#include "hostkit/call_log.h"
+#include <cstddef>
+#include <cstring>
+
+#include "hostkit/calls.h"
 #include "hostkit/fake_host.h"
 #include "hostkit/map_colors.h"
 #include "hostkit/pixels.h"
@@ -22,7 +25,7 @@ std::vector<uint8_t> CopySamples(const PSPixelMap& map, const VRect& part) {
 }
 
 SPErr SetCursorByName(const char* name) {
-    const bool fails = LogFallible(std::string("SetCursor ") + (name ? name : "none"));
+    const bool fails = FailureOf(std::string("SetCursor ") + (name ? name : "none"));
     static const char* const kKnown[] = {kCursorArrow, kCursorHand};
     bool isKnown = !name;
     for (const char* known : kKnown) isKnown = isKnown || std::string(known) == name;
@@ -43,24 +46,14 @@ FakeUi::FakeUi() {
 OSErr DisplayPixels(const PSPixelMap* map, const VRect* part, int32_t row, int32_t column, void* context) {
     FakeHost& host = CurrentHost();
     const std::string line = "displayPixels " + std::to_string(row) + " " + std::to_string(column);
-    if (LogFallible(line, &host.failures.displayPixels)) return host.failures.displayPixelsCode;
+    if (const OSErr failure = FailureOf(line, kMemFullErr)) return failure;
     if (!map || !part || !map->baseAddr || MapPlanes(map->imageMode) == 0 || !IsWithin(*part, map->bounds) ||
         part->top > part->bottom || part->left > part->right)
         return kParamErr;
 
     DisplayedMap display;
     // A version 1 map ends before the overlays: nothing is read from there on.
-    display.map.version = map->version;
-    display.map.bounds = map->bounds;
-    display.map.imageMode = map->imageMode;
-    display.map.rowBytes = map->rowBytes;
-    display.map.colBytes = map->colBytes;
-    display.map.planeBytes = map->planeBytes;
-    display.map.baseAddr = map->baseAddr;
-    display.map.mat = map->mat;
-    display.map.masks = map->masks;
-    display.map.maskPhaseRow = map->maskPhaseRow;
-    display.map.maskPhaseCol = map->maskPhaseCol;
+    std::memcpy(&display.map, map, offsetof(PSPixelMap, pixelOverlays));
     for (const PSPixelMask* mask = map->masks; mask; mask = mask->next) display.masks.push_back(*mask);
     display.part = *part;
     display.row = row;
@@ -75,7 +68,7 @@ OSErr DisplayPixels(const PSPixelMap* map, const VRect* part, int32_t row, int32
 }
 
 void ShowProgress(int32_t done, int32_t total) {
-    LogCall("progressProc " + std::to_string(done) + " " + std::to_string(total));
+    NoteCall("progressProc " + std::to_string(done) + " " + std::to_string(total));
 }
 
 }  // namespace stairmelt

@@ -115,6 +115,10 @@ set_dialog_font() {
         quietly "$root/build/wine.log" "${at_rest[@]}" wine reg add 'HKCU\Software\Wine\Fonts\Replacements' \
             /v "$name" /d "MS Sans Serif" /f </dev/null
     done
+    # It has no kana. Wine takes them from fonts-noto-cjk where that is installed; elsewhere they are boxes.
+    quietly "$root/build/wine.log" "${at_rest[@]}" wine reg add \
+        'HKLM\Software\Microsoft\Windows NT\CurrentVersion\FontLink\SystemLink' \
+        /v "MS Sans Serif" /t REG_MULTI_SZ /d "NotoSansCJK-Regular.ttc,Noto Sans CJK JP" /f </dev/null
     cp "/usr/share/wine/fonts/$font" "$fonts"
     # It reads its fonts when its server starts.
     wineserver --kill || true

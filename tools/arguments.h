@@ -12,12 +12,19 @@
 
 namespace stairmelt {
 
+// Texts about options that only runfilter.exe supports: the other form has the plug-in linked in, without its dialogs.
+#ifdef _WIN32
+#define ON_WINDOWS(text) text
+#else
+#define ON_WINDOWS(text) ""
+#endif
+
 inline constexpr char kUsage[] =
-    "usage: runfilter [options] [--dialog | --repeat N] IN OUT\n"
-    "       runfilter [options] --out DIR [--jobs N] [--skip-existing] [--files LIST] [FILE|PATTERN...]\n"
-    "       runfilter [--plugin FILE] --about\n"
+    "usage: runfilter [options] [" ON_WINDOWS("--dialog | ") "--repeat N] IN OUT\n"
+    "       runfilter [options] --out DIR " ON_WINDOWS("[--jobs N] ") "[--skip-existing] [--files LIST] [FILE|PATTERN...]\n"
+    ON_WINDOWS("       runfilter [--plugin FILE] --about\n")
     "       runfilter --help | --version\n"
-    "options: [--plugin FILE] [--settings FILE] [--threshold N] [--softness N] [--bias N]";
+    "options: " ON_WINDOWS("[--plugin FILE] ") "[--settings FILE] [--threshold N] [--softness N] [--bias N]";
 
 // The text of --help after the usage.
 inline constexpr char kHelp[] =
@@ -29,17 +36,17 @@ inline constexpr char kHelp[] =
     "  --bias N         bias, 0 to 100; 0 at first\n"
     "  Values outside these ranges are used, but not remembered.\n"
     "One picture:\n"
-    "  --dialog         asks for the values in the plug-in's dialog\n"
+    ON_WINDOWS("  --dialog         asks for the values in the plug-in's dialog\n")
     "  --repeat N       times N runs, 1 to 10000, and prints the medians\n"
     "Many pictures:\n"
     "  --out DIR        folder for the results, created if it is missing\n"
     "  --files LIST     text file with one picture in each line; - reads the input\n"
-    "  --jobs N         processes, 1 to 64; default 1\n"
+    ON_WINDOWS("  --jobs N         processes, 1 to 64; default 1\n")
     "  --skip-existing  skips pictures whose result exists\n"
     "Other options:\n"
-    "  --plugin FILE    default: stairmelt.8bf beside this program\n"
+    ON_WINDOWS("  --plugin FILE    default: stairmelt.8bf beside this program\n")
     "  --settings FILE  where values are remembered; default: in the user's application data\n"
-    "  --about          shows the plug-in's about box\n"
+    ON_WINDOWS("  --about          shows the plug-in's about box\n")
     "  --help, -h       shows this text\n"
     "  --version        shows the version\n"
     "  --               ends the options, for names that begin with -\n"
@@ -51,7 +58,7 @@ inline constexpr char kHelp[] =
     "\n"
     "Examples:\n"
     "  runfilter --threshold 20 --softness 100 drawing.png smooth.png\n"
-    "  runfilter --out smoothed --jobs 4 frames/*.png";
+    "  runfilter --out smoothed " ON_WINDOWS("--jobs 4 ") "frames/*.png";
 
 constexpr int32_t kMostRuns = 10000;
 constexpr int32_t kMostJobs = 64;

@@ -1,15 +1,13 @@
 #include "tools/messages.h"
 
-#include <fcntl.h>
-#include <io.h>
-
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
+#include <new>
+#include <stdexcept>
 
 namespace stairmelt {
 namespace {
-
-constexpr char kCommand[] = "STAIRMELT_COMMAND";
 
 void Print(FILE* stream, const std::string& text) {
     std::fwrite(text.data(), 1, text.size(), stream);
@@ -18,16 +16,8 @@ void Print(FILE* stream, const std::string& text) {
 
 }  // namespace
 
-void PrepareMessages() {
-    for (FILE* const stream : {stdout, stderr}) {
-        std::setvbuf(stream, nullptr, _IOFBF, 1 << 12);
-        // Scripts on Linux expect lines to end with a line feed alone.
-        if (std::getenv(kCommand) != nullptr) _setmode(_fileno(stream), _O_BINARY);
-    }
-}
-
 std::string ProgramName() {
-    const char* const command = std::getenv(kCommand);
+    const char* const command = std::getenv("STAIRMELT_COMMAND");
     return command != nullptr ? command : "runfilter";
 }
 
@@ -36,6 +26,19 @@ void PrintLine(const std::string& text) { Print(stdout, text + '\n'); }
 void PrintError(const std::string& text) {
     std::fflush(stdout);
     Print(stderr, ProgramName() + ": " + text + '\n');
+}
+
+std::string DescribeException() {
+    constexpr char kNoMemory[] = "there isn't enough memory for the picture";
+    try {
+        std::rethrow_exception(std::current_exception());
+    } catch (const std::bad_alloc&) {
+        return kNoMemory;
+    } catch (const std::length_error&) {
+        return kNoMemory;  // beyond what a vector could ever hold
+    } catch (const std::exception& error) {
+        return error.what();
+    }
 }
 
 }  // namespace stairmelt

@@ -5,9 +5,6 @@
 
 namespace stairmelt {
 
-// Call it at the program's start, before the first message.
-void PrepareMessages();
-
 // "runfilter", or the name of the script that runs the tool: STAIRMELT_COMMAND in the environment.
 std::string ProgramName();
 
@@ -16,5 +13,8 @@ void PrintLine(const std::string& text);
 
 // Prints a line on the error output, after the program's name.
 void PrintError(const std::string& text);
+
+// Call it in a catch block: describes the caught exception in one line of UTF-8.
+std::string DescribeException();
 
 }  // namespace stairmelt

@@ -1,11 +1,6 @@
 // runfilter: loads a filter plug-in the way the host does and filters one or more image files. Failures are reported in
 // one line on the error output; the output file is then unchanged.
-#include <windows.h>
-// After windows.h, whose types it uses.
-#include <shellapi.h>
-
 #include <cstdio>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,12 +9,10 @@
 #include "tools/arguments.h"
 #include "tools/batch/batch.h"
 #include "tools/batch/batch_worker.h"
-#include "tools/describe_exception.h"
 #include "tools/file_bytes.h"
 #include "tools/filter/picture_filter.h"
-#include "tools/interrupt.h"
 #include "tools/messages.h"
-#include "tools/program_path.h"
+#include "tools/system.h"
 
 namespace stairmelt {
 namespace {
@@ -28,24 +21,6 @@ namespace fs = std::filesystem;
 
 // For a batch, failed means that one of its pictures did.
 enum ExitStatus { kDone = 0, kFailed = 1, kMisused = 2, kInterrupted = kInterruptedStatus };
-
-std::vector<std::string> CommandLineWords() {
-    int count = 0;
-    wchar_t** words = CommandLineToArgvW(GetCommandLineW(), &count);
-    std::vector<std::string> texts;
-    for (int i = 1; i < count; ++i) texts.push_back(PathText(words[i]));
-    LocalFree(words);
-    return texts;
-}
-
-fs::path BesideProgram(const char* name) { return ProgramPath().parent_path() / name; }
-
-// A folder that every user may write to, wherever the program is installed.
-fs::path DefaultSettings() {
-    const wchar_t* const folder = _wgetenv(L"APPDATA");
-    return folder != nullptr ? fs::path(folder) / "stairmelt" / "runfilter.settings"
-                             : BesideProgram("runfilter.settings");
-}
 
 std::string Printed(const char* format, auto... values) {
     char text[512];
@@ -77,13 +52,6 @@ void PrintTimes(const FilterTimes& times, int32_t runs, const Picture& picture) 
     if (times.copy > 0) PrintLine(Printed("ratio   %.2f", times.kernel / times.copy));
 }
 
-// Without a display, the dialog would fail silently and the picture would be filtered with other values.
-void RequireDisplay() {
-    const HWND window = CreateWindowExA(0, "Static", "", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
-    if (window == nullptr) throw ToolError("a dialog needs a display, and there is none");
-    DestroyWindow(window);
-}
-
 void ShowAbout(const fs::path& pluginPath) {
     FakeHost host;
     With(pluginPath, [&] {
@@ -110,13 +78,12 @@ void RunOnPicture(const Arguments& arguments) {
 }
 
 ExitStatus Run(Arguments arguments) {
-    if (!arguments.plugin) arguments.plugin = BesideProgram("stairmelt.8bf");
-    if (!arguments.settings) arguments.settings = DefaultSettings();
-    if (arguments.about || arguments.dialog) RequireDisplay();
+    RequireSupported(arguments);
+    if (!arguments.plugin) arguments.plugin = ProgramPath().parent_path() / "stairmelt.8bf";
+    if (!arguments.settings) arguments.settings = SettingsFolder() / "runfilter.settings";
     if (arguments.about) {
         ShowAbout(*arguments.plugin);
     } else if (arguments.isWorker) {
-        IgnoreInterrupts();  // they concern the process that started this one
         PictureFilter filter(*arguments.plugin, *arguments.settings, arguments.Request());
         RunWorker(filter);
     } else if (arguments.outDirectory) {
@@ -138,9 +105,9 @@ std::string InItsName(std::string text) {
     return text;
 }
 
-ExitStatus RunCommandLine() {
+ExitStatus RunCommandLine(const std::vector<std::string>& words) {
     try {
-        const Arguments arguments = ParseArguments(CommandLineWords());
+        const Arguments arguments = ParseArguments(words);
         if (arguments.help) {
             PrintLine(InItsName(kUsage) + "\n\n" + InItsName(kHelp));
         } else if (arguments.version) {
@@ -161,15 +128,8 @@ ExitStatus RunCommandLine() {
 }  // namespace
 }  // namespace stairmelt
 
-int main() {
-    stairmelt::EndOnInterrupt();
-    stairmelt::PrepareMessages();
-    // Report a plug-in that can't be loaded in a line, not in a message box.
-    SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
-    const UINT codePage = GetConsoleOutputCP();
-    SetConsoleOutputCP(CP_UTF8);
-    const int status = stairmelt::RunCommandLine();
-    std::fflush(stdout);
-    if (codePage != 0) SetConsoleOutputCP(codePage);
-    return status;
+int main(int count, char** words) {
+    stairmelt::PrepareSystem();
+    for (FILE* const stream : {stdout, stderr}) std::setvbuf(stream, nullptr, _IOFBF, 1 << 12);  // whole lines
+    return stairmelt::RunCommandLine(stairmelt::CommandLineWords(count, words));
 }

@@ -1,5 +1,6 @@
-// For tests on other systems: the program itself deletes the file.
+// The program itself deletes the file; one that is killed leaves it behind.
 #include <fstream>
+#include <random>
 #include <system_error>
 
 #include "tools/tool_error.h"
@@ -16,9 +17,11 @@ struct UnfinishedFile::Handle {
 
 UnfinishedFile::UnfinishedFile(const fs::path& place) : place_(place), handle_(std::make_unique<Handle>()) {
     std::error_code error;
-    if (const fs::path target = fs::canonical(place, error); !error) place_ = target;
+    for (int links = 0; links < 40 && fs::is_symlink(place_, error); ++links)
+        place_ = place_.parent_path() / fs::read_symlink(place_, error);  // also where its target is missing
     handle_->path = place_;
-    handle_->path += ".unfinished";
+    // Another node of a farm may be writing to the same place.
+    handle_->path += ".unfinished" + std::to_string(std::random_device()());
     handle_->stream.open(handle_->path, std::ios::binary | std::ios::trunc);
     if (!handle_->stream) throw ToolError("can't be written: its directory is missing or doesn't allow it");
 }

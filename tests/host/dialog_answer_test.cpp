@@ -58,7 +58,7 @@ TEST_F(DialogAnswer, IsAskedForByTheMenuAndByScripts) {
         gStubDialogs = {};
         host.script.played = row.script;
         host.script.playInfo = row.playInfo;
-        host.failures.openRead = row.isRefused ? kEveryCall : 0;
+        host.failures.calls["openRead"] = {row.isRefused ? kEveryCall : 0};
         EXPECT_EQ(Run(row.kind), kNoErr) << row.name;
         EXPECT_EQ(gStubDialogs.shown, row.shown) << row.name;
     }
@@ -108,6 +108,7 @@ TEST_F(DialogAnswer, AboutTakesItsParentFromTheRecord) {
     EXPECT_EQ(gSPBasic, &host.suites.basic);
     host.failures.noPlatformData = true;
     host.failures.noBasicSuite = true;
+    host.BeginRun();
     EXPECT_EQ(Call(kFilterSelectorAbout), kNoErr);
     EXPECT_EQ(gStubDialogs.aboutParent, 0);
     EXPECT_EQ(gSPBasic, nullptr);

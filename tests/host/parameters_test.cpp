@@ -41,6 +41,7 @@ protected:
     int16_t resultAtAdvance = 1;
 };
 
+constexpr FailingCall kCoerced = {1, kCoercedParamErr};
 constexpr Values kDefaults = {10, 70, 0, -1, -1};
 const StoredValues kStored = {{kThsh, 1}, {kSftn, 2}, {kBias, 3}, {kPdpx, 4}, {kPdpy, 5}};
 
@@ -74,7 +75,7 @@ TEST_F(Parameters, TravelThroughTheStore) {
     EXPECT_TRUE(host.document.result == Smoothed(1, 2, 3));
 
     // What can be put is stored, even if a later value can't.
-    host.failures.putIntegerKey = kBias;
+    host.failures.calls["PutInteger Bias"] = {kEveryCall};
     BlockAfter({{kThsh, 50}});
     EXPECT_EQ(Stored(), (StoredValues{{kThsh, 50}, {kSftn, 2}}));
 }
@@ -126,13 +127,13 @@ TEST_F(Parameters, ScriptsSetThreeKeys) {
          {{kThsh, 11}, {kSftn, 22}},
          {11, 2, 3, 4, 5},
          kReadErr,
-         [](Failures& f) { f.getInteger = 1; }},
+         [](Failures& f) { f.calls["getIntegerProc"] = kCoerced; }},
         {"the same, but closing hides it",
          {{kThsh, 11}, {kSftn, 22}},
          {11, 2, 3, 4, 5},
          kNoErr,
          [](Failures& f) {
-             f.getInteger = 1;
+             f.calls["getIntegerProc"] = kCoerced;
              f.closeReadCode = kNoErr;
          }},
     };
@@ -160,11 +161,11 @@ TEST_F(Parameters, ScriptsAreDisposedOfAndRecorded) {
     EXPECT_NE(host.script.parameters.descriptor, nullptr);
 
     // What can be put is recorded, but nothing without a token.
-    host.failures.putInteger = 2;
+    host.failures.calls["putIntegerProc"] = {2};
     EXPECT_EQ(RunScript({{kThsh, 11}}), kNoErr);
     EXPECT_EQ(host.script.recorded, (std::vector<ScriptValue>{{kThsh, 11}, {kBias, 0}}));
     EXPECT_EQ(host.script.recordInfo, kPlugInDialogOptional);
-    host.failures.openWrite = 1;
+    host.failures.calls["openWrite"] = {1};
     EXPECT_EQ(RunScript({{kThsh, 11}}), kNoErr);
     EXPECT_FALSE(host.script.hasRecorded);
     EXPECT_EQ(host.script.recordInfo, -1) << "left as the host set it";

@@ -79,8 +79,7 @@ TEST_F(Render, OneFormOfCoordinatesIsUsedThroughout) {
 }
 
 TEST_F(Render, WithoutItsHandlesOrPixelsStartEndsEarly) {
-    host.failures.advanceState = 1;
-    host.failures.advanceStateCode = kUserCanceledErr;
+    host.failures.calls["advanceState"] = {1, kUserCanceledErr};
     EXPECT_EQ(Start(), kUserCanceledErr);
     EXPECT_EQ(Logged({"progressProc"}), Lines{});
     EXPECT_EQ(host.big.outRect32.right, 20) << "rectangles stay as requested";

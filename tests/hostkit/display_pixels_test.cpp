@@ -1,13 +1,13 @@
 // Drawing of preview maps by the fake host.
 #include <gtest/gtest.h>
 
-#include "hostkit/fake_host.h"
+#include "hostkit/probe/probed_host.h"
 
 namespace stairmelt {
 namespace {
 
 TEST(DisplayPixels, ShowsTheColoursOfEachMode) {
-    FakeHost host;
+    ProbedHost host;
     constexpr uint8_t kOpacity[] = {0, 255};
     const PSPixelMask mask{nullptr, kOpacity, 2, 1, kSimplePSMask};
     const struct {

@@ -5,7 +5,7 @@
 #include <functional>
 #include <numeric>
 
-#include "hostkit/fake_host.h"
+#include "hostkit/probe/probed_host.h"
 
 namespace stairmelt {
 namespace {
@@ -50,7 +50,7 @@ protected:
         EXPECT_EQ(host.RunFilter(SmallFilter, RunKind::kRepeat), kNoErr);
     }
 
-    FakeHost host;
+    ProbedHost host;
 };
 
 TEST_F(FakeHostRun, EachAdvanceMovesThePaddedBuffersAndCommitsTheOldOutput) {

@@ -1,7 +1,7 @@
 // What the fake host's services do to a plug-in that breaks their rules: they move its blocks, and report it.
 #include <gtest/gtest.h>
 
-#include "hostkit/fake_host.h"
+#include "hostkit/probe/probed_host.h"
 
 namespace stairmelt {
 namespace {
@@ -10,7 +10,7 @@ constexpr DescriptorKeyID kFirst = FourCharCode("Frst");
 constexpr DescriptorKeyID kSecond = FourCharCode("Scnd");
 
 TEST(FakeServices, BlocksMoveWhenUnlockedAndTellOfUseAfterDisposal) {
-    FakeHost host;
+    ProbedHost host;
     const HandleProcs& procs = host.handles.procs;
     const Handle handle = procs.newProc(20);
     EXPECT_EQ(static_cast<uint8_t>((*handle)[7]), kFillPattern) << "new blocks must not be zeroed";
@@ -42,7 +42,7 @@ TEST(FakeServices, BlocksMoveWhenUnlockedAndTellOfUseAfterDisposal) {
 }
 
 TEST(FakeServices, ScriptsOverwriteTheListedKeysAndTokensCloseOnce) {
-    FakeHost host;
+    ProbedHost host;
     host.script.played = {{kSecond, 22}, {kFirst, 11, FourCharCode("TEXT")}};
     host.BeginRun();
     const PIDescriptorParameters& parameters = *host.record.descriptorParameters;
@@ -69,7 +69,7 @@ TEST(FakeServices, ScriptsOverwriteTheListedKeysAndTokensCloseOnce) {
 }
 
 TEST(FakeServices, SuitesAreForThoseWhoHoldThemAndDescriptorsForTheirOwners) {
-    FakeHost host;
+    ProbedHost host;
     const SPBasicSuite& basic = host.suites.basic;
     const void* suite = &host;
     EXPECT_EQ(basic.AcquireSuite(kActionDescriptorSuite, 2, &suite), kSPSuiteNotFound);

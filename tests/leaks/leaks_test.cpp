@@ -138,7 +138,7 @@ TEST_F(Leaks, SilentRuns) {
         host.script.played.clear();
         if (isScript) host.script.played = {{kThsh, i % 256}, {kSftn, i % 101}, {kBias, i % 99}};
         host.script.playInfo = kPlugInDialogDontDisplay;
-        host.failures.advanceState = isCancelled ? 1 : 0;
+        host.failures.calls["advanceState"] = {isCancelled ? 1 : 0};
         EXPECT_EQ(RunSilently(isScript ? RunKind::kFromMenu : RunKind::kRepeat),
                   isCancelled ? kUserCanceledErr : kNoErr)
             << i;

@@ -59,7 +59,7 @@ struct Outcome {
     bool operator==(const Outcome&) const = default;
 };
 
-Outcome Observe(FakeHost& host, const std::function<int16_t()>& run) {
+Outcome Observe(ProbedHost& host, const std::function<int16_t()>& run) {
     Outcome outcome;
     host.registry.persistent[PLUGIN_GUID] = kStoredAtFirst;
     host.document.result = host.document.source;
@@ -111,7 +111,7 @@ void PluginRun::FailEachCall(const FailingRun& failing, const Drive& drive) {
             if (failing.isFirst) ForgetHandles();
             host.failures.anyCall = call;
             host.failures.failureLasts = failureLasts;
-            host.failures.advanceStateCode = kHostCode;
+            host.failures.calls["advanceState"].code = kHostCode;
             const Outcome bad = Observe(host, run);
             const bool hasFailed = host.failures.anyCall <= 0;
             host.failures = {};

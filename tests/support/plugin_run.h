@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "hostkit/fake_host.h"
+#include "hostkit/probe/probed_host.h"
 #include "resources/plugin_ids.h"
 #include "tests/support/plugin_under_test.h"
 #include "tests/support/scenes.h"
@@ -114,7 +114,7 @@ protected:
         return Smoothed(kAllKernels[4], threshold, softness, bias);
     }
 
-    FakeHost host;
+    ProbedHost host;
 };
 
 }  // namespace stairmelt

@@ -245,7 +245,7 @@ TEST_F(PaneGestures, TheHandShowsWhatCanBeMoved) {
 }
 
 TEST_F(PaneGestures, HostsWithoutTheHooksGetTheSystemsCursors) {
-    host.failures.refusedSuites.insert(kUIHooksSuite);
+    host.failures.calls[std::string("AcquireSuite ") + kUIHooksSuite] = {kEveryCall};
     ASSERT_TRUE(OpenPicture(600, 500));
     const std::pair<POINT, const char*> rows[] = {{kPaneMiddle, IDC_HAND}, {kBesidePane, IDC_ARROW}};
     for (const auto& [place, wanted] : rows) {

@@ -226,11 +226,10 @@ TEST_F(Preview, DrawsFrameAndBandsWhateverTheHostProvides) {
         bool isDrawn;  // part of the picture can be shown when the dialog opens
     } rows[] = {
         {"nothing fails", [](Failures&) {}, true},
-        {"no buffers, and the id stays wild",
-         [](Failures& f) { f.bufferAllocate = kEveryCall, f.failedAllocateKeepsId = true; }, false},
-        {"no buffer to filter in", [](Failures& f) { f.bufferAllocate = 1; }, true},
-        {"no buffer to show", [](Failures& f) { f.bufferAllocate = 2; }, false},
-        {"no lock to show", [](Failures& f) { f.bufferLock = 2; }, false},
+        {"no buffers, and the id stays wild", [](Failures& f) { f.calls["buffer.allocate"] = {kEveryCall}; }, false},
+        {"no buffer to filter in", [](Failures& f) { f.calls["buffer.allocate"] = {1}; }, true},
+        {"no buffer to show", [](Failures& f) { f.calls["buffer.allocate"] = {2}; }, false},
+        {"no lock to show", [](Failures& f) { f.calls["buffer.lock"] = {2}; }, false},
         {"no buffer service", [](Failures& f) { f.noBufferProcs = true; }, false},
         {"no drawing service", [](Failures& f) { f.noDisplayPixels = true; }, false},
     };

@@ -1,7 +1,5 @@
 #include "tools/batch/batch.h"
 
-#include <windows.h>
-
 #include <algorithm>
 #include <atomic>
 #include <chrono>
@@ -14,10 +12,9 @@
 
 #include "tools/batch/batch_list.h"
 #include "tools/batch/batch_worker.h"
-#include "tools/describe_exception.h"
 #include "tools/file_bytes.h"
-#include "tools/interrupt.h"
 #include "tools/messages.h"
+#include "tools/system.h"
 
 namespace stairmelt {
 namespace {
@@ -27,15 +24,7 @@ namespace fs = std::filesystem;
 // The output for the user. Several threads report their pictures to it.
 class BatchScreen {
 public:
-    explicit BatchScreen(size_t total) {
-        counts_.total = total;
-        CONSOLE_SCREEN_BUFFER_INFO info;
-        isTerminal_ = GetConsoleScreenBufferInfo(GetStdHandle(STD_OUTPUT_HANDLE), &info) != 0;
-        // In the last column a terminal may begin a new line.
-        constexpr size_t kLeast = 40;
-        if (isTerminal_ && info.dwSize.X > 0)
-            columns_ = std::max<size_t>(static_cast<size_t>(info.dwSize.X), kLeast) - 1;
-    }
+    explicit BatchScreen(size_t total) { counts_.total = total; }
 
     void Tell(const BatchItem& item, const BatchAnswer& answer) {
         const std::lock_guard lock(mutex_);
@@ -66,7 +55,7 @@ public:
     BatchCounts Close() {
         DrawBar(true);
         if (isTerminal_) std::printf("\n");
-        std::printf("%s\n", BatchSummary(counts_, Seconds()).c_str());
+        stairmelt::PrintLine(BatchSummary(counts_, Seconds()));
         return counts_;
     }
 
@@ -108,8 +97,10 @@ private:
 
     std::mutex mutex_;
     BatchCounts counts_;
-    bool isTerminal_ = false, hasValues_ = false;
-    size_t columns_ = 79;
+    bool hasValues_ = false;
+    const bool isTerminal_ = TerminalColumns() != 0;
+    // In the last column a terminal may begin a new line.
+    const size_t columns_ = std::max<size_t>(TerminalColumns(), 41) - 1;
     const Clock::time_point start_ = Clock::now();
     Clock::time_point lastDrawn_ = {};
 };

@@ -1,89 +1,14 @@
 #include "tools/batch/batch_worker.h"
 
-#include <windows.h>
-
-#include <array>
 #include <cstdio>
 #include <iostream>
-#include <mutex>
-#include <string_view>
 
-#include "tools/describe_exception.h"
 #include "tools/file_bytes.h"
-#include "tools/program_path.h"
+#include "tools/messages.h"
+#include "tools/system.h"
 
 namespace stairmelt {
-namespace {
 
-// Quotes a word the way the receiving program's runtime parses it: backslashes are doubled only before a quotation
-// mark.
-std::wstring Quoted(const std::wstring& word) {
-    std::wstring text = L"\"";
-    size_t backslashes = 0;
-    for (const wchar_t character : word) {
-        if (character == L'"') text.append(backslashes + 1, L'\\');
-        backslashes = character == L'\\' ? backslashes + 1 : 0;
-        text += character;
-    }
-    return text.append(backslashes, L'\\') + L'"';
-}
-
-std::wstring WorkerCommand(const Arguments& arguments) {
-    std::wstring command = Quoted(ProgramPath().wstring()) + L" --worker";
-    const auto add = [&](const wchar_t* option, const std::wstring& value) {
-        command += L' ' + Quoted(option + (L'=' + value));
-    };
-    if (arguments.plugin) add(L"--plugin", arguments.plugin->wstring());
-    if (arguments.settings) add(L"--settings", arguments.settings->wstring());
-    if (arguments.threshold) add(L"--threshold", std::to_wstring(*arguments.threshold));
-    if (arguments.softness) add(L"--softness", std::to_wstring(*arguments.softness));
-    if (arguments.bias) add(L"--bias", std::to_wstring(*arguments.bias));
-    return command;
-}
-
-// Closes its handle at the end.
-class Owned {
-public:
-    explicit Owned(HANDLE handle = nullptr) : handle_(handle) {}
-    ~Owned() { Close(); }
-    Owned(const Owned&) = delete;
-    Owned& operator=(const Owned&) = delete;
-
-    void Close() {
-        if (handle_ != nullptr) CloseHandle(handle_);
-        handle_ = nullptr;
-    }
-    HANDLE* Place() { return &handle_; }
-    operator HANDLE() const { return handle_; }
-
-private:
-    HANDLE handle_;
-};
-
-// All processes in this job end together with this one. For that, its handle is left for the system to close.
-HANDLE JobThatEndsWithUs() {
-    static const HANDLE job = [] {
-        const HANDLE created = CreateJobObjectW(nullptr, nullptr);
-        JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits = {};
-        limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
-        SetInformationJobObject(created, JobObjectExtendedLimitInformation, &limits, sizeof(limits));
-        return created;
-    }();
-    return job;
-}
-
-LONG WINAPI EndAtOnce(EXCEPTION_POINTERS* crash) {
-    TerminateProcess(GetCurrentProcess(), crash->ExceptionRecord->ExceptionCode);
-    return EXCEPTION_EXECUTE_HANDLER;
-}
-
-// Shows no error box and starts no debugger: the parent process reports what happened.
-void EndOnCrash() {
-    SetErrorMode(GetErrorMode() | SEM_NOGPFAULTERRORBOX);
-    SetUnhandledExceptionFilter(EndAtOnce);
-}
-
-// A failure is an answer, too; it always names the picture or its result.
 BatchAnswer FilterItem(PictureFilter& filter, const BatchItem& item) {
     try {
         const FilterReport report = filter.Filter(item.in, item.out);
@@ -100,71 +25,25 @@ BatchAnswer FilterItem(PictureFilter& filter, const BatchItem& item) {
     }
 }
 
-}  // namespace
+#ifndef _WIN32  // where batch_process.cpp has it
 
 struct BatchWorker::Process {
-    Owned process, input, output;
-    std::string unread;  // output of the process behind the last line
+    PictureFilter filter;
 };
 
-BatchWorker::BatchWorker(const Arguments& arguments) : process_(std::make_unique<Process>()) {
-    // A process inherits every handle that is inheritable at the time. Another worker started just then would keep this
-    // one's input open forever.
-    static std::mutex gOneAtATime;
-    const std::lock_guard lock(gOneAtATime);
+BatchWorker::BatchWorker(const Arguments& arguments)
+    : process_(new Process{{*arguments.plugin, *arguments.settings, arguments.Request()}}) {}
+BatchWorker::~BatchWorker() { process_->filter.Remember(); }
 
-    Owned theirInput, theirOutput;
-    SECURITY_ATTRIBUTES inheritable = {sizeof(inheritable), nullptr, TRUE};
-    if (!CreatePipe(theirInput.Place(), process_->input.Place(), &inheritable, 0) ||
-        !CreatePipe(process_->output.Place(), theirOutput.Place(), &inheritable, 0))
-        throw ToolError("there can't be more processes");
-    SetHandleInformation(process_->input, HANDLE_FLAG_INHERIT, 0);
-    SetHandleInformation(process_->output, HANDLE_FLAG_INHERIT, 0);
-
-    STARTUPINFOW startup = {};
-    startup.cb = sizeof(startup);
-    startup.dwFlags = STARTF_USESTDHANDLES;
-    startup.hStdInput = theirInput;
-    startup.hStdOutput = theirOutput;
-    startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
-    PROCESS_INFORMATION made = {};
-    // In a process group of its own, it isn't reached by Ctrl+C before it can ignore it.
-    std::wstring command = WorkerCommand(arguments);
-    if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, CREATE_NEW_PROCESS_GROUP, nullptr, nullptr,
-                        &startup, &made))
-        throw ToolError("there can't be more processes");
-    CloseHandle(made.hThread);
-    *process_->process.Place() = made.hProcess;
-    AssignProcessToJobObject(JobThatEndsWithUs(), made.hProcess);
-}
-
-BatchWorker::~BatchWorker() {
-    process_->input.Close();
-    WaitForSingleObject(process_->process, INFINITE);
-}
-
+// By way of its line, so that the words are those of a process.
 BatchAnswer BatchWorker::Ask(const BatchItem& item) {
-    const std::string question = PathText(item.in) + '\t' + PathText(item.out) + '\n';
-    DWORD count = 0;
-    hasEnded_ = !WriteFile(process_->input, question.data(), static_cast<DWORD>(question.size()), &count, nullptr);
-    while (!hasEnded_) {
-        if (const size_t end = process_->unread.find('\n'); end != std::string::npos) {
-            std::string line = process_->unread.substr(0, end);
-            process_->unread.erase(0, end + 1);
-            if (line.ends_with('\r')) line.pop_back();
-            // Ignores what the plug-in itself prints.
-            if (const std::optional<BatchAnswer> answer = ParseAnswer(line)) return *answer;
-            continue;
-        }
-        std::array<char, 4096> piece;
-        hasEnded_ = !ReadFile(process_->output, piece.data(), piece.size(), &count, nullptr) || count == 0;
-        process_->unread.append(piece.data(), count);
-    }
-    return Failed(item.in, "the process that filtered it ended unexpectedly");
+    return *ParseAnswer(AnswerLine(FilterItem(process_->filter, item)));
 }
+
+#endif
 
 void RunWorker(PictureFilter& filter) {
-    EndOnCrash();
+    PrepareWorker();
     std::string line;
     while (std::getline(std::cin, line)) {
         const size_t tab = line.find('\t');

@@ -1,6 +1,6 @@
 // The processes of a batch. Each is this program again, with a plug-in of its own: it reads a line for each picture,
 // "IN\tOUT", and answers with a line (batch_answer.h), until its input ends. When the process that started it ends
-// for any reason, the system ends it, too.
+// for any reason, the system ends it, too. On other systems than Windows a worker is part of this process.
 #pragma once
 
 #include <memory>
@@ -34,7 +34,10 @@ private:
     bool hasEnded_ = false;
 };
 
-// The worker's own part. Each stores the values at its end: they are the same for all workers, and any of them may have
+// The worker's own parts. A failure is an answer, too; it always names the picture or its result.
+BatchAnswer FilterItem(PictureFilter& filter, const BatchItem& item);
+
+// Answers all questions. Each stores the values at its end: they are the same for all workers, and any of them may have
 // failed on all its pictures.
 void RunWorker(PictureFilter& filter);
 

@@ -153,7 +153,6 @@ std::string RangeText(const FilterReport& report) {
 FilterReport RunFilterOn(FakeHost& host, PluginMainProc pluginMain, const FilterRequest& request, Picture& picture,
                          Settings& settings) {
     OpenDocument(picture, host.document);
-    host.checksPixels = false;
     host.registry.persistent = settings;
     host.script.played = ValuesToPlay(request);
     // Without a script, a filter shows its dialog, as if the user had chosen it from the menu.

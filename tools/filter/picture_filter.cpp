@@ -31,9 +31,7 @@ FilterReport PictureFilter::Filter(const fs::path& in, const fs::path& out,
     const FileKind kind = With(out, [&] { return KindToWrite(out); });
     With(out, [&] { RequireWritable(picture, kind); });
     if (onRead) onRead(picture);
-    // Discard the previous run's recorded values.
-    host_.log.clear();
-    host_.faults.clear();
+    host_.faults.clear();  // of the previous picture
     FilterReport report =
         With(pluginPath_.filename(), [&] { return RunFilterOn(host_, plugin_.entry(), request_, picture, settings_); });
     isBeyondDialog_ = !RangeText(report).empty();

@@ -1,13 +1,21 @@
 #include "tools/filter/plugin_library.h"
 
+#ifdef _WIN32
 #include <windows.h>
+#endif
 
 #include <string>
 #include <system_error>
 
+#include "host/plugin_entry.h"
 #include "tools/tool_error.h"
+#include "ui/about_box.h"
+#include "ui/parameter_dialog.h"
 
 namespace stairmelt {
+
+#ifdef _WIN32
+
 PluginLibrary::PluginLibrary(const std::filesystem::path& path) {
     std::error_code error;
     if (!std::filesystem::exists(path, error)) throw ToolError("there is no such file");
@@ -24,5 +32,15 @@ PluginLibrary::PluginLibrary(const std::filesystem::path& path) {
 }
 
 PluginLibrary::~PluginLibrary() { FreeLibrary(static_cast<HMODULE>(module_)); }
+
+#else  // linked in, without its dialogs
+
+PluginLibrary::PluginLibrary(const std::filesystem::path&) : entry_(PluginMain) {}
+PluginLibrary::~PluginLibrary() = default;
+
+void ShowAboutBox(intptr_t) {}
+bool ShowParameterDialog() { return false; }
+
+#endif
 
 }  // namespace stairmelt

@@ -1,4 +1,4 @@
-// A plug-in's file, loaded.
+// A plug-in's file, loaded; other systems than Windows have stairmelt's code linked in instead.
 #pragma once
 
 #include <cstdint>
@@ -19,7 +19,7 @@ public:
     EntryPoint entry() const { return entry_; }
 
 private:
-    void* module_ = nullptr;
+    [[maybe_unused]] void* module_ = nullptr;
     EntryPoint entry_ = nullptr;
 };
 

@@ -52,6 +52,8 @@ TEST_F(BatchList, PatternsFindFilesByNameAndEachPictureComesOnce) {
     EXPECT_EQ(Listed({"none/*.png", "missing.png"}, "new"),
               (Lines{"none/*.png: no file matches", "missing.png > new/missing.png"}));
     EXPECT_EQ(Listed({"**a*b*"}, "new"), (Lines{"ab.tif > new/ab.tif"}));
+    EXPECT_EQ(Listed({"f.jpe", "g.JPEG", "h.jfif"}, "new"),
+              (Lines{"f.jpe > new/f.png", "g.JPEG > new/g.png", "h.jfif > new/h.png"}));
 }
 
 TEST_F(BatchList, NoResultTakesThePlaceOfAPictureOrAnotherResult) {

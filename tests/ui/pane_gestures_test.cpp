@@ -244,22 +244,26 @@ TEST_F(PaneGestures, TheHandShowsWhatCanBeMoved) {
     EXPECT_EQ(host.suites.held[kUIHooksSuite], 1);
 }
 
-TEST_F(PaneGestures, HostsWithoutTheHooksGetTheSystemsCursors) {
-    host.failures.refusedSuites.insert(kUIHooksSuite);
-    ASSERT_TRUE(OpenPicture(600, 500));
-    const std::pair<POINT, const char*> rows[] = {{kPaneMiddle, IDC_HAND}, {kBesidePane, IDC_ARROW}};
-    for (const auto& [place, wanted] : rows) {
-        PointAt(place);
-        Send(WM_MOUSEMOVE);
-        // The system reports the cursor of whichever window it takes to be in the foreground.
-        CURSORINFO info = {};
-        info.cbSize = sizeof info;
-        const auto isShown = [&] { return GetCursorInfo(&info) && info.hCursor == LoadCursorA(nullptr, wanted); };
-        for (DWORD waited = 0; !isShown() && waited < kPatience; waited += 10) Sleep(10);
-        EXPECT_TRUE(isShown()) << place.x;
+TEST_F(PaneGestures, HostsWithoutCursorsGetTheSystems) {
+    for (const bool hasHooks : {true, false}) {
+        if (!hasHooks) host.failures.refusedSuites.insert(kUIHooksSuite);
+        host.ui.hooks.SetCursor = [](const char*) { return kSPUnknownCursor; };
+        ASSERT_TRUE(OpenPicture(600, 500));
+        const std::pair<POINT, const char*> rows[] = {{kPaneMiddle, IDC_HAND}, {kBesidePane, IDC_ARROW}};
+        for (const auto& [place, wanted] : rows) {
+            PointAt(place);
+            Send(WM_MOUSEMOVE);
+            // The system reports the cursor of whichever window it takes to be in the foreground.
+            CURSORINFO info = {};
+            info.cbSize = sizeof info;
+            const auto isShown = [&] { return GetCursorInfo(&info) && info.hCursor == LoadCursorA(nullptr, wanted); };
+            for (DWORD waited = 0; !isShown() && waited < kPatience; waited += 10) Sleep(10);
+            EXPECT_TRUE(isShown()) << place.x << " " << hasHooks;
+        }
+        EXPECT_EQ(Close(IDOK), kNoErr);
+        Unload();  // it keeps the hooks
+        Load();
     }
-    EXPECT_TRUE(host.ui.cursors.empty());
-    EXPECT_EQ(Close(IDOK), kNoErr);
 }
 
 }  // namespace stairmelt

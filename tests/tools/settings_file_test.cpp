@@ -59,19 +59,19 @@ TEST(FileNames, AreThoseThatWindowsAllows) {
 TEST(SettingsFile, AnotherProgramMayHoldTheFileForAnInstant) {
     const std::filesystem::path path = std::filesystem::path(testing::TempDir()) / "stairmelt held.settings";
     StoreSettings(path, {});
-    // So may one that is about to replace it.
-    const HANDLE unfinished = CreateFileW((path.native() + L".unfinished").c_str(), GENERIC_WRITE, 0, nullptr,
-                                          CREATE_ALWAYS, FILE_FLAG_DELETE_ON_CLOSE, nullptr);
-    for (const bool isForGood : {false, true}) {
-        const HANDLE held = CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    const auto open = [](const std::filesystem::path& file, DWORD access, DWORD flags) {
+        return CreateFileW(file.c_str(), access, 0, nullptr, OPEN_ALWAYS, flags, nullptr);
+    };
+    const HANDLE held = open(path, GENERIC_READ, 0);
+    EXPECT_THROW(LoadSettings(path), ToolError);
+    // And another one that is about to replace it.
+    const HANDLE unfinished = open(path.native() + L".unfinished", GENERIC_WRITE, FILE_FLAG_DELETE_ON_CLOSE);
+    {
         const std::jthread holder([=] {
-            Sleep(isForGood ? 2000 : 100);
+            Sleep(50);
             CloseHandle(held);
         });
-        if (isForGood)
-            EXPECT_THROW(LoadSettings(path), ToolError);
-        else
-            StoreSettings(path, kSome);
+        StoreSettings(path, kSome);
     }
     CloseHandle(unfinished);
     EXPECT_EQ(LoadSettings(path), kSome);

@@ -109,8 +109,10 @@ class Batch(unittest.TestCase):
         self.assertRegex(out[-1], r"^6 pictures: 1 smoothed, 4 there already, 1 failed; ")
         self.assertEqual(self.results("out"), before)
 
-        for words, told in ((("--plugin", "none.8bf"), "no such file"), (("--out", names[0]), "can't be made")):
-            status, out, err = self.run_tool("--out", "new", *words, names[0])
+        (self.directory / "empty").write_bytes(b"\n")
+        for words, told in ((("--plugin", "none.8bf", names[0]), "no such file"), (("--files", "empty"), "list is empty"),
+                            (("--out", names[0], names[0]), "can't be made")):
+            status, out, err = self.run_tool("--out", "new", *words)
             self.assertEqual((status, out, len(err)), (1, [], 1), err)
             self.assertIn(told, err[0])
 
@@ -124,6 +126,21 @@ class Batch(unittest.TestCase):
         crashed = "the process that filtered it ended unexpectedly"
         self.assertEqual(sorted(err), [f"runfilter: in/{i:03}.png: {crashed if i == 2 else left}" for i in range(4)])
         self.assertEqual(sorted(self.results("out")), ["000.png", "001.png", "003.png"])
+
+    @unittest.skipIf(os.name == "nt", "needs a pseudo-terminal")
+    def test_a_terminal_shows_a_bar(self):
+        import termios
+        names = self.write(3)
+        reading, writing = os.openpty()
+        termios.tcsetwinsize(writing, (24, 80))
+        subprocess.run([*COMMAND, "--settings", "settings", "--out", "out", *names], cwd=self.directory, stdin=writing,
+                       stdout=writing, stderr=writing, check=True, timeout=120)
+        text = os.read(reading, 1 << 16).decode("utf-8")
+        for stream in (reading, writing):
+            os.close(stream)
+        self.assertRegex(text, r"\[#{30}\] 3 of 3, [0-9.]+ per second, 0:00 left")
+        self.assertIn("3 pictures: 3 smoothed; ", text)
+        self.assertNotIn("pixels changed", text)
 
     @unittest.skipIf(os.name == "nt", "needs signals")
     def test_broken_off_it_leaves_whole_files_and_goes_on_later(self):
@@ -141,7 +158,8 @@ class Batch(unittest.TestCase):
                 time.sleep(0.002)
             os.killpg(process.pid, kind)
             status, lines, err = self.end(process)
-            # The system deletes what killed processes were writing.
+            # The system deletes what killed processes were writing, unless they hadn't marked it yet.
+            limit = time.monotonic() + 5
             while any((self.directory / out).glob("*.unfinished")) and time.monotonic() < limit:
                 time.sleep(0.01)
             done = {name: data for name, data in self.results(out).items() if not name.endswith(".unfinished")}

@@ -177,6 +177,11 @@ TEST_F(PaneGestures, RightPressShowsThePlaceAtFullSize) {
     for (int i = 0; i < 4; ++i) ClickOn(IDC_ZOOM_OUT);
     Send(WM_RBUTTONDOWN);
     EXPECT_SHOWN(0, 0, 0, 0);
+    // At 6 percent the whole image is shown, wherever the view was before.
+    for (int i = 0; i < 4; ++i) ClickOn(IDC_ZOOM_OUT);
+    PointAt({250 + 30, 190 + 10});
+    Send(WM_RBUTTONDOWN);
+    EXPECT_SHOWN(240, 180, 1000 + 30 * 16, 750 + 10 * 16);
 }
 
 TEST_F(PaneGestures, DraggingMovesTheViewAndStopsAtTheEdges) {

@@ -173,6 +173,15 @@ class Batch(unittest.TestCase):
             self.assertIn(f"{len(done)} there already", lines[-1])
             self.assertEqual(self.results(out), whole, "and nothing besides")
 
+        # A run on one picture ends at once.
+        (self.directory / "large.png").write_bytes(noise(1, 640, 480))
+        process = self.start("--repeat", "10000", "large.png", "single.png")
+        while process.poll() is None and not os.pread(self.out.fileno(), 1, 0):
+            time.sleep(0.002)
+        os.killpg(process.pid, signal.SIGINT)
+        self.assertEqual(self.end(process)[0], 130)
+        self.assertFalse((self.directory / "single.png").exists())
+
 
 if __name__ == "__main__":
     *COMMAND, CRASHING_PLUGIN = sys.argv[1:]

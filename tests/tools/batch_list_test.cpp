@@ -66,8 +66,8 @@ TEST_F(BatchList, NoResultTakesThePlaceOfAPictureOrAnotherResult) {
 }
 
 TEST(BatchLines, AreTakenWithoutWhatSurroundsThem) {
-    EXPECT_EQ(LinesOf("\xEF\xBB\xBF a b.png \r\n\n\t\nc.png\n\"C:\\d e.png\"\n\""),
-              (Lines{" a b.png", "c.png", "C:\\d e.png", "\""}));
+    EXPECT_EQ(LinesOf("\xEF\xBB\xBF a b.png \r\n\n\t\nc.png\n\"C:\\d e.png\"\n\"\n\"\""),
+              (Lines{" a b.png", "c.png", "C:\\d e.png", "\"", "\"\""}));
     EXPECT_EQ(LinesOf(""), Lines{});
 }
 

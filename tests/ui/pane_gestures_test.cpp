@@ -131,6 +131,7 @@ TEST_F(PaneGestures, DoubleClickFitsTheImage) {
         const char *fitted, *in, *out;
     } rows[] = {
         {700, 600, "60 %", "100 %", "25 %"},    // the step below, plus a fraction
+        {480, 100, "100 %", "200 %", "50 %"},   // exactly a step
         {10, 10, "3600 %", "3600 %", "800 %"},  // beyond the top of the ladder
         {10000, 3, "5 %", "13 %", "6 %"},       // below its bottom: zooming out goes up to it
     };

@@ -126,6 +126,8 @@ class Batch(unittest.TestCase):
         crashed = "the process that filtered it ended unexpectedly"
         self.assertEqual(sorted(err), [f"runfilter: in/{i:03}.png: {crashed if i == 2 else left}" for i in range(4)])
         self.assertEqual(sorted(self.results("out")), ["000.png", "001.png", "003.png"])
+        err = self.run_tool("--plugin", CRASHING_PLUGIN, names[0], "single.png")[2]
+        self.assertEqual(" ".join(err).rstrip(), "runfilter: " + left)
 
     @unittest.skipIf(os.name == "nt", "needs a pseudo-terminal")
     def test_a_terminal_shows_a_bar(self):

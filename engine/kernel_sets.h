@@ -29,7 +29,8 @@ struct KernelSet {
     }
 };
 
-// The plain form supports every size, the others only sizes for which IsForBlocks returns true.
+// The plain form supports every size, the others every size from 1 by 1 up to the longest sides that IsForBlocks
+// allows.
 extern const KernelSet kPlainKernels, kBaselineKernels, kAvx2Kernels;
 
 // Narrow images use the plain form, since most of their flag bits would be guards. So do images whose sides are so long

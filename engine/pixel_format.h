@@ -16,8 +16,9 @@ namespace stairmelt::inline STAIRMELT_SET {
 struct IntegerWeights {
     using Weight = int32_t;
     static constexpr Weight kWhole = 65535;
-    static constexpr Weight kHalf = 32767;   // a stair ramp moves a pixel at most half-way
-    static constexpr Weight kThird = 21844;  // start and scale of a diagonal's fade
+    static constexpr Weight kHalf = 32767;  // a stair ramp moves a pixel at most half-way
+    static constexpr Weight kThird =
+        21844;  // start and scale of a diagonal's fade; not 65535 / 3, and results depend on it
     static constexpr Weight kThreeQuarters = 49151;
     static constexpr Weight kOneSixth = 10922;
     static constexpr Weight kContact = 6553;        // a tenth: the contact blend at full strength
@@ -60,6 +61,7 @@ struct Depth32 : FloatWeights {
 // code.
 template <class SampleDepth, int Channels, int Extra, class Set = Baseline>
 struct PixelFormat : SampleDepth {
+    static_assert(Extra == 0 || Extra == 1);
     using Depth = SampleDepth;
     using InstructionSet = Set;
     static constexpr int kChannels = Channels;           // colour samples, 1..4
@@ -72,7 +74,7 @@ struct PixelFormat : SampleDepth {
     static constexpr bool kMixesLanes = Set::kHasVectors && Channels > 1;
     static constexpr bool kComparesChunks =
         Set::kHasVectors && (Depth::kBits == 32 || (Depth::kBits == 8 && Extra == 0));
-    static constexpr bool kMixesRows = Set::kHasVectors && Depth::kBits == 8 && Extra == 0;
+    static constexpr bool kMixesStrokes = Set::kHasVectors && Depth::kBits == 8 && Extra == 0;
     using Pixel = std::array<typename Depth::Sample, static_cast<size_t>(kPixelSize)>;
 };
 

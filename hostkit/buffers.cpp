@@ -10,7 +10,7 @@
 namespace stairmelt {
 namespace {
 
-BlockStore& Blocks() { return CurrentHost().buffers.blocks; }
+BlockStore& BufferBlocks() { return CurrentHost().buffers.blocks; }
 
 OSErr AllocateBuffer(int32_t size, BufferID* id) {
     Failures& failures = CurrentHost().failures;
@@ -19,7 +19,7 @@ OSErr AllocateBuffer(int32_t size, BufferID* id) {
     if (!failures.failedAllocateKeepsId) *id = nullptr;
     if (fails) return kMemFullErr;
     try {
-        *id = reinterpret_cast<BufferID>(&Blocks().Make(nullptr, static_cast<size_t>(size)).inner);
+        *id = reinterpret_cast<BufferID>(&BufferBlocks().Make(nullptr, static_cast<size_t>(size)).inner);
         return kNoErr;
     } catch (const std::bad_alloc&) {
         return kMemFullErr;
@@ -27,20 +27,20 @@ OSErr AllocateBuffer(int32_t size, BufferID* id) {
 }
 
 Ptr LockBuffer(BufferID id, Boolean moveHigh) {
-    const std::string line = "buffer.lockProc " + Blocks().NameOf(id) + (moveHigh ? "" : " low");
+    const std::string line = "buffer.lockProc " + BufferBlocks().NameOf(id) + (moveHigh ? "" : " low");
     if (LogFallible(line, &CurrentHost().failures.bufferLock)) return nullptr;
-    MovableBlock* block = Blocks().Find(id, "buffer.lockProc");
-    return block ? Blocks().Lock(*block) : nullptr;
+    MovableBlock* block = BufferBlocks().Find(id, "buffer.lockProc");
+    return block ? BufferBlocks().Lock(*block) : nullptr;
 }
 
 void UnlockBuffer(BufferID id) {
-    LogCall("buffer.unlockProc " + Blocks().NameOf(id));
-    if (MovableBlock* block = Blocks().Find(id, "buffer.unlockProc")) Blocks().Unlock(*block);
+    LogCall("buffer.unlockProc " + BufferBlocks().NameOf(id));
+    if (MovableBlock* block = BufferBlocks().Find(id, "buffer.unlockProc")) BufferBlocks().Unlock(*block);
 }
 
 void FreeBuffer(BufferID id) {
-    LogCall("buffer.freeProc " + Blocks().NameOf(id));
-    if (MovableBlock* block = Blocks().Find(id, "buffer.freeProc")) Blocks().Dispose(*block);
+    LogCall("buffer.freeProc " + BufferBlocks().NameOf(id));
+    if (MovableBlock* block = BufferBlocks().Find(id, "buffer.freeProc")) BufferBlocks().Dispose(*block);
 }
 
 }  // namespace

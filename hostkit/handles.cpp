@@ -10,7 +10,7 @@
 namespace stairmelt {
 namespace {
 
-BlockStore& Blocks() { return CurrentHost().handles.blocks; }
+BlockStore& HandleBlocks() { return CurrentHost().handles.blocks; }
 
 Handle NewHandle(int32_t size) {
     const bool fails = LogFallible("newProc " + std::to_string(size), &CurrentHost().failures.newProc);
@@ -23,20 +23,20 @@ Handle NewHandle(int32_t size) {
 }
 
 void DisposeHandle(Handle handle) {
-    LogCall("disposeProc " + Blocks().NameOf(handle));
-    if (MovableBlock* block = Blocks().Find(handle, "disposeProc")) Blocks().Dispose(*block);
+    LogCall("disposeProc " + HandleBlocks().NameOf(handle));
+    if (MovableBlock* block = HandleBlocks().Find(handle, "disposeProc")) HandleBlocks().Dispose(*block);
 }
 
 Ptr LockHandle(Handle handle, Boolean moveHigh) {
-    const std::string line = "lockProc " + Blocks().NameOf(handle) + (moveHigh ? "" : " low");
+    const std::string line = "lockProc " + HandleBlocks().NameOf(handle) + (moveHigh ? "" : " low");
     if (LogFallible(line, &CurrentHost().failures.lockProc)) return nullptr;
-    MovableBlock* block = Blocks().Find(handle, "lockProc");
-    return block ? Blocks().Lock(*block) : nullptr;
+    MovableBlock* block = HandleBlocks().Find(handle, "lockProc");
+    return block ? HandleBlocks().Lock(*block) : nullptr;
 }
 
 void UnlockHandle(Handle handle) {
-    LogCall("unlockProc " + Blocks().NameOf(handle));
-    if (MovableBlock* block = Blocks().Find(handle, "unlockProc")) Blocks().Unlock(*block);
+    LogCall("unlockProc " + HandleBlocks().NameOf(handle));
+    if (MovableBlock* block = HandleBlocks().Find(handle, "unlockProc")) HandleBlocks().Unlock(*block);
 }
 
 }  // namespace

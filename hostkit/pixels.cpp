@@ -21,11 +21,6 @@ VRect Intersection(const VRect& a, const VRect& b) {
     return {std::max(a.top, b.top), std::max(a.left, b.left), std::min(a.bottom, b.bottom), std::min(a.right, b.right)};
 }
 
-bool IsWithin(const VRect& inner, const VRect& outer) {
-    return inner.top >= outer.top && inner.left >= outer.left && inner.bottom <= outer.bottom &&
-           inner.right <= outer.right;
-}
-
 VRect Widened(const Rect& rect) { return {rect.top, rect.left, rect.bottom, rect.right}; }
 
 struct Requests {

@@ -13,6 +13,11 @@
 
 namespace stairmelt {
 
+inline bool IsWithin(const VRect& inner, const VRect& outer) {
+    return inner.top >= outer.top && inner.left >= outer.left && inner.bottom <= outer.bottom &&
+           inner.right <= outer.right;
+}
+
 // One buffer handed to the filter. Nothing is held while `rect` is empty.
 struct Delivery {
     const char* name;  // "input", "output" or "mask", for texts

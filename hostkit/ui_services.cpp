@@ -3,16 +3,12 @@
 #include "hostkit/call_log.h"
 #include "hostkit/fake_host.h"
 #include "hostkit/map_colors.h"
+#include "hostkit/pixels.h"
 #include "hostkit/screen.h"
 #include "hostkit/slots.h"
 
 namespace stairmelt {
 namespace {
-
-bool IsWithin(const VRect& part, const VRect& bounds) {
-    return part.top >= bounds.top && part.left >= bounds.left && part.bottom <= bounds.bottom &&
-           part.right <= bounds.right && part.top <= part.bottom && part.left <= part.right;
-}
 
 std::vector<uint8_t> CopySamples(const PSPixelMap& map, const VRect& part) {
     std::vector<uint8_t> samples;
@@ -48,7 +44,8 @@ OSErr DisplayPixels(const PSPixelMap* map, const VRect* part, int32_t row, int32
     FakeHost& host = CurrentHost();
     const std::string line = "displayPixels " + std::to_string(row) + " " + std::to_string(column);
     if (LogFallible(line, &host.failures.displayPixels)) return host.failures.displayPixelsCode;
-    if (!map || !part || !map->baseAddr || MapPlanes(map->imageMode) == 0 || !IsWithin(*part, map->bounds))
+    if (!map || !part || !map->baseAddr || MapPlanes(map->imageMode) == 0 || !IsWithin(*part, map->bounds) ||
+        part->top > part->bottom || part->left > part->right)
         return kParamErr;
 
     DisplayedMap display;

@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 """Has clang-tidy and cppcheck read the sources: static_analysis.py NATIVE_BUILD WINDOWS_BUILD [FILE...].
 
-The two folders hold a compile_commands.json each. What the native build compiles is read as it is compiled there; the rest
-(the dialogs, what touches Windows) with clang aimed at Windows and the headers of mingw-w64. Of the files that hold the
-kernels, one of each form is read, each with another depth: they are the same templates, and take long. Tests aren't
-read: the library that they are written with fills them with what the checks object to.
+The two folders hold a compile_commands.json each. Most is read as it is compiled for Windows, with clang aimed at it and
+the headers of mingw-w64: several sources in one file, since reading the headers takes most of the time. What only the
+native build compiles is read as it is compiled there. Of the files that hold the kernels, one of each form is read, each
+with another depth: they are the same templates, and take long. Tests aren't read: the library that they are written with
+fills them with what the checks object to.
 
 Exit status 0 means that neither has found anything. What .clang-tidy leaves out, and what a NOLINT or a cppcheck-suppress
 lets pass, has its reason beside it.
@@ -22,11 +23,14 @@ import time
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 FOLDERS = ("engine", "host", "hostkit", "ui", "tools")
 KERNELS = re.compile(r"(plain|baseline|avx2)_(d\d+|planner)\.cpp$")
+INCLUDED = re.compile(r'^#include "(.*)"', re.MULTILINE)  # by a file that holds several sources
 KERNELS_READ = ("plain_d8.cpp", "baseline_d16.cpp", "avx2_d32.cpp", "baseline_planner.cpp", "avx2_planner.cpp")
 CROSS_COMPILER = "x86_64-w64-mingw32-g++-posix"
-# Paths through a function that clang's analyzer follows at most. Its own limit is ten times as high, and what it finds
-# beyond this one, in the string and map templates of the tools, isn't worth the minutes.
-NODES = ["--extra-arg=-Xclang", "--extra-arg=-analyzer-config", "--extra-arg=-Xclang", "--extra-arg=max-nodes=20000"]
+# For clang's analyzer. Paths through a function to follow at most: its own limit is ten times as high, and what it finds
+# beyond this one, in the string and map templates of the tools, isn't worth the minutes. And functions of included
+# files are read, too.
+ANALYZER = ["--extra-arg=-Xclang", "--extra-arg=-analyzer-config", "--extra-arg=-Xclang", "--extra-arg=max-nodes=20000",
+            "--extra-arg=-Xclang", "--extra-arg=-analyzer-opt-analyze-headers"]
 
 # The style checks would ask for const pointers where the system wants others. Of what cppcheck 2.10 finds it misreads two
 # things: a number made with braces within an index (constStatement), and a pointer to a container's new element
@@ -45,7 +49,7 @@ def cross_headers():
 
 
 # What only GCC knows, or what makes clang-tidy read the sources as for another system.
-NOT_FOR_CLANG = re.compile(r" -fno-(ipa-ra|threadsafe-statics)\b")
+NOT_FOR_CLANG = re.compile(r" -(fno-ipa-ra|fno-threadsafe-statics|Wno-subobject-linkage)\b")
 
 
 def commands_for_clang(build):
@@ -56,17 +60,24 @@ def commands_for_clang(build):
     (folder / "compile_commands.json").write_text(NOT_FOR_CLANG.sub("", text), encoding="utf-8")
 
 
-def sources(native, windows):
+def sources(native, windows, only):
     """(file, folder of its compile_commands.json, whether it is read as Windows') of all files to read."""
-    seen = {}
-    for build in (native, windows):
+    seen, files = set(), []
+    for build in (windows, native):
         for entry in json.loads((build / "compile_commands.json").read_text(encoding="utf-8")):
             path = pathlib.Path(entry["file"]).resolve()
-            if path.suffix != ".cpp" or ROOT not in path.parents or path.relative_to(ROOT).parts[0] not in FOLDERS:
+            home = build.resolve() if path.suffix == ".cxx" else ROOT
+            if path.suffix not in (".cpp", ".cxx") or home not in path.parents:
                 continue
-            if not KERNELS.match(path.name) or path.name in KERNELS_READ:
-                seen.setdefault(path, (path, build, build == windows))
-    return sorted(seen.values(), key=lambda s: -s[0].stat().st_size if not KERNELS.match(s[0].name) else -1e9)
+            if path.relative_to(home).parts[0] not in FOLDERS or (KERNELS.match(path.name) and path.name not in KERNELS_READ):
+                continue
+            held = {path}
+            if path.suffix == ".cxx":
+                held = {pathlib.Path(name) for name in INCLUDED.findall(path.read_text(encoding="utf-8"))}
+            if not held <= seen and (not only or any(str(name).endswith(only) for name in held)):
+                files.append((path, build, build == windows))
+            seen |= held
+    return sorted(files, key=lambda s: s[0].suffix, reverse=True)
 
 
 def run(command):
@@ -77,7 +88,7 @@ def run(command):
 
 def tidy(source, headers):
     path, build, is_windows = source
-    command = ["clang-tidy", "-p", build / "static-analysis", "--quiet", *NODES]
+    command = ["clang-tidy", "-p", build / "static-analysis", "--quiet", "--checks=-bugprone-suspicious-include", *ANALYZER]
     if is_windows:
         command += ["--extra-arg=--target=x86_64-w64-mingw32", "--extra-arg=-nostdinc++"]
         command += [f"--extra-arg=-isystem{folder}" for folder in headers]
@@ -91,15 +102,14 @@ def check(source):
 
 
 def main(native, windows, *only):
-    files = [s for s in sources(pathlib.Path(native), pathlib.Path(windows))
-             if not only or any(str(s[0]).endswith(name) for name in only)]
+    files = sources(pathlib.Path(native), pathlib.Path(windows), only)
     for build in (native, windows):
         commands_for_clang(pathlib.Path(build))
     headers = cross_headers()
     start = time.monotonic()
     findings, times, done = [], {}, 0
     if not sys.stderr.isatty():
-        print(f"reading {len(files)} files; about {len(files) * 3} seconds on two cores", file=sys.stderr, flush=True)
+        print(f"reading {len(files)} files; about {len(files) * 6} seconds on two cores", file=sys.stderr, flush=True)
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
         jobs = {pool.submit(tidy, s, headers): ("clang-tidy", s) for s in files}
         # It can't read the templates of lambdas in the kernels.

@@ -25,7 +25,7 @@ void PlaceAboutBox(HWND dialog) {
     MoveWindow(dialog, place.x, place.y, size.width, size.height, TRUE);
 }
 
-INT_PTR OnInitDialog(HWND dialog) {
+INT_PTR InitAboutBox(HWND dialog) {
     PlaceAboutBox(dialog);
     char build[32] = "";
     // Read once, while the box opens: pressing Shift later has no effect.
@@ -41,7 +41,7 @@ INT_PTR OnInitDialog(HWND dialog) {
 // The box has no button: Escape, Close and a left click anywhere close it.
 INT_PTR CALLBACK AboutDialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM) {
     switch (message) {
-        case WM_INITDIALOG: return OnInitDialog(dialog);
+        case WM_INITDIALOG: return InitAboutBox(dialog);
         case WM_COMMAND:
             if (LOWORD(wParam) == IDCANCEL) EndDialog(dialog, 0);
             return 1;

@@ -45,7 +45,7 @@ void PlaceDialog(HWND dialog) {
     MoveWindow(dialog, place.x, place.y, size.width, size.height, TRUE);
 }
 
-INT_PTR OnInitDialog(HWND dialog) {
+INT_PTR InitParameterDialog(HWND dialog) {
     if (StateOf(dialog) != nullptr) return 1;  // a stray message, not the system's
     PlaceDialog(dialog);
     const ViewParams values = {gParameterBlock->colorThreshold, gParameterBlock->softness, gParameterBlock->bias};
@@ -238,8 +238,8 @@ INT_PTR OnMouseWheel(HWND dialog, DialogState& state, int delta) {
 }
 
 INT_PTR CALLBACK ParameterDialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
-    if (message == WM_INITDIALOG) return OnInitDialog(dialog);
-    if (StateOf(dialog) == nullptr) return 0;  // until OnInitDialog has made it, and after WM_DESTROY
+    if (message == WM_INITDIALOG) return InitParameterDialog(dialog);
+    if (StateOf(dialog) == nullptr) return 0;  // until InitParameterDialog has made it, and after WM_DESTROY
     DialogState& state = *StateOf(dialog);
     switch (message) {
         case WM_DESTROY: DestroyDialogState(dialog); return 0;

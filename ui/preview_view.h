@@ -23,7 +23,7 @@ constexpr int kPaneCentreY = kPaneTop + kPaneHeight / 2;
 // Both ends are included.
 constexpr bool IsInPane(int x, int y) { return x >= kPaneLeft && x <= kPaneRight && y >= kPaneTop && y <= kPaneBottom; }
 
-// The zoom ladder, in steps of two: 6.25 percent at step 0, 1600 percent at step 8.
+// The zoom ladder, nine steps, each twice the one before: 6.25 percent at step 0, 1600 percent at step 8.
 constexpr int kZoomFullSize = 4;  // 100 percent
 constexpr int kZoomHighest = 8;
 constexpr int kZoomFiltered = 3;  // 50 percent: from here up the preview is filtered

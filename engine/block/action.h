@@ -36,7 +36,7 @@ enum ActionKind : uint8_t {
     // The corners.
     kAverage = kRestoreCorner + 2,
     kRestoreMostAbove,  // the first rule's pixel
-    kRestoreMostHere,   // the other rules'
+    kRestoreMostHere,   // that of the other rules, which share one blend
     kSixth,             // eight
     kActionKinds = kSixth + 8,
 };

@@ -8,13 +8,13 @@
 #include <cstring>
 
 #include "engine/block/byte_rows.h"
-#include "engine/block/chunk_row.h"
 #include "engine/block/lane_colors.h"
+#include "engine/block/part_row.h"
 #include "engine/block/words_avx2.h"
 
 namespace stairmelt::inline STAIRMELT_SET {
 
-// 64 pixels of bytes without opacity, and the one behind them, plane by plane.
+// 64 pixels of bytes without opacity, and the one after them, channel by channel.
 template <int kSamples>
 class ByteRow {
 public:
@@ -108,7 +108,7 @@ private:
     Planes here, right;
 };
 
-// 16 pixels of floats, and the one behind them, plane by plane.
+// 16 pixels of floats, and the one after them, channel by channel.
 template <class Format>
 class FloatRow {
 public:

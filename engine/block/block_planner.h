@@ -53,36 +53,37 @@ private:
     // Plans the blocks in `places`, in their order.
     void PlanBlocks() {
         const int count = placed;
-        while (placed < kBlocks) places[placed++] = places[0];
+        while (placed < kBlocks) places[placed++] = places[0];  // only `count` of them are used
         placed = 0;
         const FlagBlocks<Words> block(planes, places);
         Decisions<Words> decisions;
         Decide(block, LimitsOfBlocks(), decisions);
         if (IsZero(decisions.others | decisions.pixels[kAverage])) return;
         const TurnedWords<Words> byPixel(decisions.pixels);
-        if (!IsZero(decisions.touches[0] | decisions.touches[1] | decisions.touches[2] | decisions.touches[3])) {
+        if (!IsZero(decisions.mayTouchDot[0] | decisions.mayTouchDot[1] | decisions.mayTouchDot[2] |
+                    decisions.mayTouchDot[3])) {
             const Words isNearDot = IsNearDot(block);
             for (int direction = 0; direction < 4; ++direction) {
-                const Words touches = decisions.touches[direction] & isNearDot;
-                decisions.runs[direction] = decisions.runs[direction] | touches;
-                decisions.measured = decisions.measured | touches;
+                const Words mayTouchDot = decisions.mayTouchDot[direction] & isNearDot;
+                decisions.runs[direction] = decisions.runs[direction] | mayTouchDot;
+                decisions.measured = decisions.measured | mayTouchDot;
             }
         }
 
         for (int i = 0; i < count; ++i) {
             const int32_t y = places[i].y, firstX = places[i].x - kGuardColumns;  // of bit 0
-            const uint64_t others = BlockOf(decisions.others, i), average = BlockOf(decisions.pixels[kAverage], i);
+            const uint64_t others = WordOf(decisions.others, i), average = WordOf(decisions.pixels[kAverage], i);
             uint64_t acting = (others | average) & ColumnsBelow(width, places[i].x);
-            const uint64_t lone = average & ~others & acting;
+            const uint64_t onlyAveraged = average & ~others & acting;
             if (acting == 0) continue;
             const uint64_t inner = InnerColumns(places[i]);
             Prefetch(firstX + TrailingZeros(acting), firstX + 63 - LeadingZeros(acting), y);
-            if ((BlockOf(decisions.measured, i) & acting) != 0) MeasureBlock(decisions, {i, acting, firstX, y});
+            if ((WordOf(decisions.measured, i) & acting) != 0) MeasureBlock(decisions, {i, acting, firstX, y});
             while (acting != 0) {
                 const int32_t bit = TrailingZeros(acting);
                 if (queued > kBatch - kActionKinds) Flush();
-                if ((lone >> bit & 1) != 0) {
-                    const int32_t length = TrailingOnes(lone >> bit, kBlockColumns);
+                if ((onlyAveraged >> bit & 1) != 0) {
+                    const int32_t length = TrailingOnes(onlyAveraged >> bit, kBlockColumns);
                     actions[queued++] = {firstX + bit, y, kAverage, 0, static_cast<uint8_t>(length), false};
                     acting &= ~(((uint64_t{1} << length) - 1) << bit);
                     continue;
@@ -95,7 +96,7 @@ private:
                 do {
                     const int kind = TrailingZeros(kinds);
                     const KindRamp& known = kKindRamps.of[kind];
-                    // Without a branch: which runs are measured can't be predicted.
+                    // Without a branch: the processor couldn't predict which runs are measured.
                     uint8_t& measured = measuredRamps[known.slot][bit];
                     const int ofFacts = known.first + (facts >> known.factShift & (kShortRuns - 1));
                     const int ramp = measured | (ofFacts & -static_cast<int>(measured == 0));
@@ -160,7 +161,7 @@ private:
 
     template <class Measure>
     void ForEach(const Words& where, const ActingPixels& acting, Measure measure) {
-        for (uint64_t pixels = BlockOf(where, acting.block) & acting.bits; pixels != 0; pixels &= pixels - 1) {
+        for (uint64_t pixels = WordOf(where, acting.block) & acting.bits; pixels != 0; pixels &= pixels - 1) {
             const int bit = TrailingZeros(pixels);
             measure(bit, CursorAt(planes, acting.firstX + bit, acting.y));
         }
@@ -234,8 +235,9 @@ private:
     ActionSink& sink;
     BlockPlace places[kBlocks];  // of the flagged blocks that wait for a full vector
     int placed = 0;
-    uint8_t measuredRamps[kMeasuredKinds + 1][64] = {};  // of a block's pixels, by slot; 0 where not measured
-    RunPair longRuns[kMeasuredKinds][64];                // of those whose ramp is kLongRamp
+    uint8_t measuredRamps[kMeasuredKinds + 1][64] =
+        {};  // of a block's pixels, by slot; 0 where not measured: such ramps have higher numbers
+    RunPair longRuns[kMeasuredKinds][64];  // of those whose ramp is kLongRamp
     Action actions[kBatch];
     RunPair lengths[kBatch];
     int queued = 0, measuredLengths = 0;

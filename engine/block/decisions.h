@@ -16,17 +16,17 @@
 
 namespace stairmelt::inline STAIRMELT_SET {
 
-constexpr int kFacts = 48;  // the first of the facts behind the kinds
+constexpr int kFacts = 48;  // where the facts begin, after the kinds
 static_assert(kActionKinds <= kFacts && 4 * kRunFacts <= 16);
 
 // The pixels of each kind, one bit for each pixel. Bits beyond the image's last column are meaningless.
 template <class Words>
 struct Decisions {
-    Words pixels[64];       // by ActionKind; from kFacts on by direction and RunFact; zero in between
-    Words runs[4] = {};     // by direction: which have to be measured, since the facts don't describe them
-    Words touches[4] = {};  // and which may touch a dot of 2 by 2 pixels
-    Words others = {};      // at which anything but kAverage is done
-    Words measured = {};    // at which anything has to be measured
+    Words pixels[64];           // by ActionKind; from kFacts on by direction and RunFact; zero in between
+    Words runs[4] = {};         // by direction: which have to be measured, since the facts don't describe them
+    Words mayTouchDot[4] = {};  // and which may touch a dot of 2 by 2 pixels
+    Words others = {};          // at which anything but kAverage is done
+    Words measured = {};        // at which anything has to be measured
 
     void Set(int kind, Words where) {
         pixels[kind] = where;
@@ -80,7 +80,7 @@ struct Decisions {
         const Words isShort = mayBeShort & (found.isOne | found.isTwo);
         constexpr int direction = static_cast<int>(kDirection);
         runs[direction] = found.any & ~isShort;
-        touches[direction] = found.isOne & found.farIsOne;
+        mayTouchDot[direction] = found.isOne & found.farIsOne;
         measured = measured | tail | runs[direction];
         pixels[kFacts + kRunFacts * direction + kHasTwoCells] = found.isTwo;
         pixels[kFacts + kRunFacts * direction + kFarIsOne] = found.farIsOne;
@@ -109,9 +109,9 @@ void Decide(const FlagBlocks<Words>& block, const Limits<Words>& limits, Decisio
         const Words right = decisions.template SetRuns<RunDirection::kRight>(kRightRun, block, hasRight,
                                                                              limits.farEndIsInside, hasTail);
         const Words fade = decisions.template SetFades<kRiserDiagonals>(kRiserFade, block, StraightRiser::Where(block));
-        const Words mayTouch = hasRight & ~fade & ~IsRightEdgeCut(block);
-        decisions.Set(kContactRightBlend, mayTouch & ~right);
-        decisions.Set(kContactLeftBlend, mayTouch & ~left);
+        const Words mayContact = hasRight & ~fade & ~IsRightEdgeCut(block);
+        decisions.Set(kContactRightBlend, mayContact & ~right);
+        decisions.Set(kContactLeftBlend, mayContact & ~left);
         decisions.template SetFirst<RestoreRight1, RestoreRight2, RestoreRight3>(kRestoreRight, block, hasRight);
     } else {
         decisions.Clear(kLeftRun, kUpRun);
@@ -151,7 +151,7 @@ Words IsNearDot(const FlagBlocks<Words>& block) {
     return dots << 2 | dots << 1 | dots | dots >> 1;
 }
 
-// The transposed decisions: 64 bits for each pixel in place of one bit of each pixel for 64 kinds and facts. Four
+// The transposed decisions: one word for each pixel, in which bit k is kind or fact k. Four
 // rounds of interleaving bytes put the bytes of 16 kinds for the same eight pixels side by side; movemask then takes
 // one bit of each.
 template <class Words>

@@ -24,7 +24,7 @@ constexpr int kBlocksOf = sizeof(Words) / sizeof(uint64_t);
 
 // The word of one block.
 template <class Words>
-uint64_t BlockOf(const Words& words, int block) {
+uint64_t WordOf(const Words& words, int block) {
     return LoadWord(reinterpret_cast<const uint8_t*>(&words) + static_cast<size_t>(block) * sizeof(uint64_t));
 }
 

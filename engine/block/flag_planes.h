@@ -9,17 +9,17 @@
 // When rows are built. Flags are read from the destination while it still equals the source, and the flags of row y
 // depend on pixel rows y and y + 1. So a pixel row y may be changed only once Need(y) has been called. The planner
 // keeps kRowsAhead rows built beyond the visited one. That covers everything that is changed below it except by ramps
-// and diagonals that go farther down. For those, the planner calls Need for each row that a downward walk reads, and
+// and diagonals that go farther down. For those, CountCells calls Need for the rows that a downward walk reads, and
 // the painter for each row that a ramp too long for its cache will change.
 //
 // Units of columns:
 //   4    group: in its first three columns the definition tests some diagonals only after other flags (cell_builder.h)
 //   64   chunk: compared in all rows that are built together, and skipped where flat
-//   16   part of a chunk, compared at a time; bytes with AVX2 are compared as whole chunks
+//   16   part of a chunk, compared at a time; bytes without opacity are compared as whole chunks with AVX2
 //   56   block: decided at a time in one word of 64 bits, with kReachColumns = 4 neighbours on either side; a multiple
 //        of 8, so that it begins at a byte
-//   57   window: the columns that remain at least of a word that is loaded from a byte and shifted to begin at any bit
-// Two or four blocks are decided together, as many as a vector has words.
+//   57   window: a word begins at a byte; shifted by up to 7 bits, it keeps at least 57 columns
+// Two or four blocks, of any rows, are decided together, as many as a vector has words.
 #pragma once
 
 #include <cstddef>

@@ -19,12 +19,12 @@
 namespace stairmelt::inline STAIRMELT_SET {
 
 // The form that a format's instruction set gives to strokes if it mixes several pixels at once.
-template <class Format, bool kMixesRows>
-struct SetsStroke {
+template <class Format, bool kMixesStrokes>
+struct OwnStrokeOf {
     struct Type {};
 };
 template <class Format>
-struct SetsStroke<Format, true> {
+struct OwnStrokeOf<Format, true> {
     using Type = typename Format::InstructionSet::template StrokeOf<Format>;
 };
 
@@ -49,14 +49,14 @@ public:
         SetRun(kRightRun, RunDirection::kRight);
         SetRun(kUpRun, RunDirection::kUp);
         SetRun(kDownRun, RunDirection::kDown);
-        if constexpr (Format::kMixesRows) {
+        if constexpr (Format::kMixesStrokes) {
             for (int kind = 0; kind < kActionKinds; ++kind) ownStrokes[kind] = OwnStroke(strokes[kind]);
         }
     }
 
     void Perform(const Action* actions, int count, const RunPair* lengths) override {
         using Cached = CachedRamp<Weights>;
-        constexpr auto kPaintable = Format::kMixesRows ? Cached::kReady : Cached::kOutOfRange;
+        constexpr auto kPaintable = Format::kMixesStrokes ? Cached::kReady : Cached::kOutOfRange;
         for (const Action* action = actions; action < actions + count; ++action) {
             const int32_t x = action->x, y = action->y;
             if (action->kind == kAverage) {
@@ -70,7 +70,7 @@ public:
             }
             uint8_t* to = PixelAt<Format>(*job.destination, x, y);
             const uint8_t* from = PixelAt<Format>(*job.source, x, y);
-            if constexpr (Format::kMixesRows) {
+            if constexpr (Format::kMixesStrokes) {
                 ownStrokes[action->kind].Mix(to, from, ramp);
             } else {
                 const Stroke& stroke = strokes[action->kind];
@@ -88,7 +88,7 @@ public:
 
 private:
     using Weights = typename Format::Weights;
-    using OwnStroke = typename SetsStroke<Format, Format::kMixesRows>::Type;
+    using OwnStroke = typename OwnStrokeOf<Format, Format::kMixesStrokes>::Type;
     // The farthest pixel below a visit that a cached ramp changes: a fade begins one row below it.
     static_assert(kRowsAhead > kMaxCached + 1 && kMargin > kMaxCached + 1);
 
@@ -165,7 +165,7 @@ private:
     }
 
     void PaintAverages(int32_t x, int32_t y, int32_t count) {
-        if constexpr (Format::kMixesRows) {
+        if constexpr (Format::kMixesStrokes) {
             if (Format::InstructionSet::template AverageRow<Format>(job, x, y, count, neighbourWeight)) return;
         }
         for (; count > 0; --count) AverageIsolatedPixel<Format>(job, x++, y, neighbourWeight);

@@ -1,21 +1,21 @@
 // Builds the flags of an image as bits: the one phase of a kernel that touches every pixel. The flags are those of
-// cell_builder.h, which is the definition. Chunks whose pixels are all equal are skipped, others are compared as a
-// whole: most of a drawing is flat, and most of a photograph isn't.
+// cell_builder.h, which is the definition. Chunks whose pixels are all equal are skipped, others are compared part by
+// part, without the flat parts.
 #pragma once
 
 #include <cstdint>
 #include <cstring>
 
-#include "engine/block/chunk_row.h"
 #include "engine/block/flag_planes.h"
+#include "engine/block/part_row.h"
 #include "engine/image.h"
 #include "engine/pixel_format.h"
 #include "engine/rules/cell_builder.h"
 
 namespace stairmelt::inline STAIRMELT_SET {
 
-// Clears the diagonals that the packed step doesn't test: those of a group's first three cells where no R or D is set
-// in any cell of the group up to the next one.
+// Clears the diagonals that the packed step doesn't test: those of a group's first three cells where neither the cell,
+// nor an earlier one of its group, nor the next one has an R or a D.
 inline void ClearUntestedDiagonals(ChunkFlags& flags) {
     constexpr uint64_t kFirst = 0x1111111111111111, kSecond = kFirst << 1, kThird = kFirst << 2, kFourth = kFirst << 3;
     const uint64_t edges = flags.r | flags.d;
@@ -46,7 +46,7 @@ private:
             using OwnRow = typename Format::InstructionSet::template Row<Format>;
             if (OwnRow::Supports(cells.threshold)) return BuildBand<OwnRow>(end);
         }
-        BuildBand<ChunkRow<Format>>(end);
+        BuildBand<PartRow<Format>>(end);
     }
 
     // Chunk by chunk, each from the first row to the last one, so that each row of a band is loaded and laid out once.
@@ -74,7 +74,8 @@ private:
 
     template <class Row>
     void BuildChunk(int32_t x, int32_t end) {
-        // The parts of a chunk, which are laid out separately, and the lower of the two rows that each holds.
+        // The parts of a chunk, which are laid out separately, and the number of the lower row that each holds; -1:
+        // none.
         constexpr int kParts = kChunkColumns / Row::kColumns;
         Row rows[kParts][2];
         int32_t loadedRows[kParts];

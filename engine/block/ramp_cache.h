@@ -25,7 +25,7 @@ struct CachedRamp {
 
     State state;
     int32_t count;                                     // until the weight runs out
-    typename Weights::Weight weights[kMaxCached + 4];  // zero behind the last: wide loads read them
+    typename Weights::Weight weights[kMaxCached + 4];  // zero after the last one: wide loads read past it
 
     // Stores the first `length` weights of a ramp, whether it ends there or not.
     void Fill(BlendRamp<Weights> ramp, int32_t length) {

@@ -52,7 +52,7 @@ ShortRuns<Words> FindShortRuns(const FlagBlocks<Words>& block, Words hasEdge) {
     runs.isTwo = runs.any & ~isLong & ~oneWins & (first.IsTwo() | second.IsTwo());
     runs.isOne = runs.any & ~isLong & ~runs.isTwo;
 
-    // The walks back cross the same cells and end at the edge itself: a far run is never the longer one. It
+    // A walk back crosses the same cells and ends at the edge at the latest: a far run is never longer than the run. It
     // consists of the continuing cells at its own end, unless its guard drops it.
     const auto backGuard1 = [&]<int kCells>() {
         return block.template Where<Not(Moved(kBack.first.guard, (kCells + 1) * dx, (kCells + 1) * dy))>();

@@ -58,7 +58,7 @@ struct CellBuilder {
     const ImageView& image;
     EdgeThreshold<Format> threshold;
 
-    // The first column that no packed group covers: a group also reads the pixel behind its four.
+    // The first column that no packed group covers: a group also reads the pixel after its four.
     int32_t PackedEnd() const { return (image.width - 1) & ~3; }
 
     Pixel PixelOf(int32_t x, int32_t y) const { return LoadSamples<Format>(PixelAt<Format>(image, x, y)); }

@@ -44,7 +44,7 @@ typename Format::Weight DeriveNeighbourWeight(int32_t softness) {
 // Constant from the softness at which the ramps between two runs of one length just meet, and falling to zero below it.
 template <class Format>
 typename Format::Weight DeriveCornerWeight(int32_t softness) {
-    constexpr int32_t kFullFrom = 70;
+    constexpr int32_t kFullFrom = 70;  // where ramps meet; not the default softness, which is 70, too
     if (softness >= kFullFrom) return Format::kContact;
     const float share = 1.0f - static_cast<float>(WrapSub(kFullFrom, softness)) / 70.0f;
     if constexpr (std::is_integral_v<typename Format::Weight>) {

@@ -71,7 +71,7 @@ using RestoreCorner1 = BlendRule<HalfBack(1, -1), R(0, -1), D(0, -1), D(1, -1), 
 using RestoreCorner2 = BlendRule<HalfBack(0, -1), R(0, -1), R(0, -2), R(-1, -1), D(0, -2), D(1, -2), R(1, -2),
                                  Not(D(0, -1)), Not(A(0, -2)), Not(A(-1, 0))>;
 
-// Beside a corner. The first rule also needs x below width - 3 and y above 2; the others change nothing in column 0.
+// Beside a corner. The first rule also needs x < width - 3 and y > 2; the others change nothing in column 0.
 constexpr int32_t kBesideLastColumns = 3;
 constexpr int32_t kBelowFirstRows = 2;
 using RestoreMost1 =

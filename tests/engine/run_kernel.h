@@ -24,7 +24,7 @@ inline std::vector<uint8_t> Smooth(const KernelCase& format, Kernel kernel, cons
     const auto& [width, height, pixels] = picture;
     GuardedImage source(format, width, height, pixels, from), destination(format, width, height, pixels, to);
     EXPECT_EQ(kernel({values.colorThreshold, values.softness, values.bias, nullptr, format.Key(), &source.view,
-                      &destination.view, 0, 0, height, width}),
+                      &destination.view, 0, 0, width, height}),
               kKernelDone);
     EXPECT_TRUE(source.IsUntouched()) << "write into the source";
     EXPECT_TRUE(destination.AreGuardsUntouched()) << "write beside the pixels";

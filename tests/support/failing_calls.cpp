@@ -43,15 +43,15 @@ int16_t ResultByTable(const Lines& log, int16_t otherwise) {
     return otherwise;
 }
 
-using Values = std::vector<int32_t>;  // of the picture, in the order of the keys
+using PictureValues = std::vector<int32_t>;  // of the picture, in the order of the keys
 constexpr DescriptorKeyID kKeys[] = {kThsh, kSftn, kBias, kPdpx, kPdpy};
-const Values kStoredValues = {24, 55, 15}, kDefaultValues = {10, 70, 0};
-const StoredValues kStored = {{kThsh, 24}, {kSftn, 55}, {kBias, 15}, {kPdpx, 40}, {kPdpy, 30}};
+const PictureValues kStoredValues = {24, 55, 15}, kDefaultValues = {10, 70, 0};
+const StoredValues kStoredAtFirst = {{kThsh, 24}, {kSftn, 55}, {kBias, 15}, {kPdpx, 40}, {kPdpy, 30}};
 
 // All that a run leaves with the host.
 struct Outcome {
     int16_t result = 0;
-    Values used;  // what the block held when Start was over
+    PictureValues used;  // what the block held when Start was over
     bool isFinished = false;
     std::vector<uint8_t> pixels;
     StoredValues stored;
@@ -61,7 +61,7 @@ struct Outcome {
 
 Outcome Observe(FakeHost& host, const std::function<int16_t()>& run) {
     Outcome outcome;
-    host.registry.persistent[PLUGIN_GUID] = kStored;
+    host.registry.persistent[PLUGIN_GUID] = kStoredAtFirst;
     host.document.result = host.document.source;
     host.log.clear();
     host.script.recorded.clear();
@@ -123,7 +123,7 @@ void PluginRun::FailEachCall(const FailingRun& failing, const Drive& drive) {
             EXPECT_EQ(host.Faults(), "");
             if (!bad.isFinished) {
                 EXPECT_TRUE(bad.pixels == host.document.source);
-                EXPECT_EQ(bad.stored, kStored);
+                EXPECT_EQ(bad.stored, kStoredAtFirst);
             } else {
                 // A value that could not be read is the stored one, or what the block held before.
                 for (size_t i = 0; i < bad.used.size(); ++i) {
@@ -135,7 +135,7 @@ void PluginRun::FailEachCall(const FailingRun& failing, const Drive& drive) {
                 }
                 EXPECT_TRUE(bad.pixels == Smoothed(bad.used[0], bad.used[1], bad.used[2]));
                 // What could be put is stored, and recorded.
-                for (size_t i = 0; bad.stored != kStored && i < bad.stored.size(); ++i) {
+                for (size_t i = 0; bad.stored != kStoredAtFirst && i < bad.stored.size(); ++i) {
                     EXPECT_EQ(bad.stored[i].first, kKeys[i]);
                     EXPECT_TRUE(i >= 3 || bad.stored[i].second == bad.used[i]);
                 }

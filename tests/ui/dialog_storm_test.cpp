@@ -71,13 +71,14 @@ protected:
             ClientToScreen(dialog, &place);
             SetCursorPos(place.x, place.y);
         }
-        constexpr WPARAM kKeys[] = {VK_UP,   VK_DOWN, VK_ADD,  VK_SUBTRACT, VK_OEM_COMMA, VK_OEM_PERIOD, VK_TAB,
-                                    VK_BACK, VK_LEFT, VK_HOME, '0',         '7',          VK_DELETE};
+        constexpr WPARAM kSteppingKeys[] = {VK_UP,   VK_DOWN, VK_ADD,  VK_SUBTRACT, VK_OEM_COMMA, VK_OEM_PERIOD, VK_TAB,
+                                            VK_BACK, VK_LEFT, VK_HOME, '0',         '7',          VK_DELETE};
         constexpr UINT kMouse[] = {WM_LBUTTONDOWN, WM_LBUTTONUP, WM_MOUSEMOVE, WM_LBUTTONDBLCLK, WM_RBUTTONDOWN};
         const LPARAM place = MAKELPARAM(random.Below(800) - 50, random.Below(600) - 20);
         const int kind = random.Below(8);
         if (kind == 0) Step(dialog, WM_MOUSEWHEEL, MAKEWPARAM(0, random.Below(720) - 360), place);
-        if (kind == 1) Step(window, WM_KEYDOWN, kKeys[random.Below(static_cast<int>(std::size(kKeys)))], 1);
+        if (kind == 1)
+            Step(window, WM_KEYDOWN, kSteppingKeys[random.Below(static_cast<int>(std::size(kSteppingKeys)))], 1);
         if (kind == 2) Step(Item(kRows[random.Below(3)].slider), kMouse[random.Below(3)], MK_LBUTTON, place);
         if (kind > 2) Step(dialog, kMouse[random.Below(5)], MK_LBUTTON, place);
     }

@@ -38,7 +38,8 @@ void TurnOver16(const Picture& picture, Bytes& samples) {
 
 Bytes GiveSamples(Picture& picture) {
     if (picture.depth != 16) {
-        Bytes samples = std::move(picture.samples);
+        Bytes samples;
+        samples.swap(picture.samples);
         TurnOver8(picture, samples);
         return samples;
     }

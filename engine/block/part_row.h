@@ -1,6 +1,6 @@
-// A chunk of neighbouring pixels of a row, laid out plane by plane to be compared at once: every loop runs over columns
-// with a constant count, and compilers turn it into vector instructions. An instruction set may provide something
-// faster with the same flags (avx2.h).
+// A part of a chunk: 16 neighbouring pixels of a row, laid out channel by channel to be compared at once: every loop
+// runs over columns with a constant count, and compilers turn it into vector instructions. An instruction set may
+// provide something faster with the same flags (avx2.h).
 #pragma once
 
 #include <emmintrin.h>
@@ -21,14 +21,14 @@ struct ChunkFlags {
     uint64_t r, d, x, a;
 };
 
-// The type in which a chunk is compared: the narrowest that holds every sum, for the most columns per instruction.
+// The type in which a part is compared: the narrowest that holds every sum, for the most columns per instruction.
 template <class Format>
-using ChunkValue =
+using PartValue =
     std::conditional_t<Format::kBits == 8, int16_t, std::conditional_t<Format::kBits == 16, int32_t, float>>;
 
 // A threshold in that type. Thresholds larger than any distance are clamped, so that no sum overflows.
 template <class Format>
-ChunkValue<Format> ChunkThreshold(EdgeThreshold<Format> threshold) {
+PartValue<Format> PartThreshold(EdgeThreshold<Format> threshold) {
     if constexpr (Format::kBits == 8) {
         return static_cast<int16_t>(std::clamp<int32_t>(threshold, -1, 1 << 14));
     } else if constexpr (Format::kBits == 16) {
@@ -64,11 +64,11 @@ inline uint64_t NegativeColumns(const float (&values)[16]) {
 }
 
 template <class Format>
-class ChunkRow {
+class PartRow {
 public:
     static constexpr int kColumns = 16;
 
-    // Reads the chunk at `row` and the pixel after it.
+    // Reads the part at `row` and the pixel after it.
     void Load(const uint8_t* row) {
         typename Format::Sample samples[kRead * Format::kPixelSize];
         std::memcpy(samples, row, sizeof samples);
@@ -77,19 +77,19 @@ public:
         }
     }
 
-    // The flags of the chunk p, with the row below in q.
-    static ChunkFlags Compare(const ChunkRow& p, const ChunkRow& q, EdgeThreshold<Format> edgeThreshold) {
-        const Value threshold = ChunkThreshold<Format>(edgeThreshold);
+    // The flags of part p; q is the part below it.
+    static ChunkFlags Compare(const PartRow& p, const PartRow& q, EdgeThreshold<Format> edgeThreshold) {
+        const Value threshold = PartThreshold<Format>(edgeThreshold);
         return {Differing(p, 0, p, 1, threshold), Differing(p, 0, q, 0, threshold), Differing(p, 0, q, 1, threshold),
                 Differing(p, 1, q, 0, threshold)};
     }
 
 private:
-    using Value = ChunkValue<Format>;
+    using Value = PartValue<Format>;
     static constexpr int kRead = kColumns + 1;
 
     // The columns where the pixel of `a` at column + aShift differs from that of `b` at column + bShift.
-    static uint64_t Differing(const ChunkRow& a, int aShift, const ChunkRow& b, int bShift, Value threshold) {
+    static uint64_t Differing(const PartRow& a, int aShift, const PartRow& b, int bShift, Value threshold) {
         Value rest[kColumns];
         for (int x = 0; x < kColumns; ++x) rest[x] = threshold;
         if constexpr (Format::kExtra == 1) {

@@ -84,6 +84,7 @@ TEST(Stages, Ramps) {
     EXPECT_EQ(WeightsOf(TailRamp<Float>(10, 1, 0)), (std::vector<float>{0.1f})) << "no square that wraps";
     // A step of 0 holds the weight for as long as the walk lasts.
     EXPECT_EQ(WeightsOf(StairRamp<Int>(3276701, 1, 0)), std::vector<int32_t>(2000, Int::kHalf));
+    EXPECT_EQ(WeightsOf(StairRamp<Int>(INT32_MAX, 3, 0))[0], 442355) << "half of a negative step rounds down";
     EXPECT_EQ(ApplyBiasCurve<int32_t>(16384, 32768, 100), 4096) << "a pure cube";
     EXPECT_EQ(ApplyBiasCurve<int32_t>(16384, 32768, -100), 28672) << "its mirror";
 }
@@ -114,6 +115,8 @@ TEST(Stages, Mixes) {
     EXPECT_EQ(Mixed<Of<Depth8>>({10}, {200}, 32767)[0], 104);
     EXPECT_EQ(Mixed<Of<Depth16>>({32768}, {0}, 21844)[0], 21845);
     EXPECT_EQ(Mixed<Of<Depth32>>({1.0f}, {0.5f}, 0.5f)[0], 0.75f);
+    using Colors8 = SampleColors<Of<Depth8>>;
+    EXPECT_EQ(Colors8::MixToNearest({{0}}, {{1}}, 32767).samples[0], 1) << "a half rounds up";
     using Opaque8 = Of<Depth8, 1, 1>;
     EXPECT_EQ(Mixed<Opaque8>({10, 255}, {200, 255}, 32767), (Opaque8::Pixel{104, 255}));
     EXPECT_EQ(Mixed<Opaque8>({10, 255}, {200, 0}, 32767), (Opaque8::Pixel{10, 127})) << "a hidden colour";

@@ -64,22 +64,6 @@ TEST_F(DialogAnswer, IsAskedForByTheMenuAndByScripts) {
     }
 }
 
-TEST_F(DialogAnswer, CancellingLeavesNoTrace) {
-    gStubDialogs.isAccepted = false;
-    EXPECT_EQ(Run(RunKind::kFromMenu), -128);
-    EXPECT_TRUE(host.registry.persistent.empty());
-    EXPECT_FALSE(host.script.hasRecorded);
-    EXPECT_EQ(Logged({"progressProc"}), Lines{});
-    EXPECT_EQ(host.big.inRect32.right, 20) << "rectangles stay as requested";
-
-    EXPECT_EQ(Run(RunKind::kRepeat), kUserCanceledErr);
-    EXPECT_EQ(gStubDialogs.shown, 2) << "the flag byte stays set";
-    gStubDialogs.isAccepted = true;
-    EXPECT_EQ(Run(RunKind::kRepeat), kNoErr);
-    EXPECT_EQ(Run(RunKind::kRepeat), kNoErr);
-    EXPECT_EQ(gStubDialogs.shown, 3) << "and is cleared by a run that finishes";
-}
-
 TEST_F(DialogAnswer, FailuresLeaveNothingBehind) {
     const Drive drive = [this](RunKind kind, bool isAccepted) {
         gStubDialogs.isAccepted = isAccepted;

@@ -32,13 +32,4 @@ TEST_F(SilentFailures, LeaveNothingBehind) {
     }
 }
 
-TEST_F(SilentFailures, LeaveTheNextRepeatAlone) {
-    host.script.playsWithoutValues = true;
-    host.script.playInfo = kPlugInDialogDontDisplay;
-    FailEachCall({"last filter again", RunKind::kRepeat}, [this](RunKind kind, bool) {
-        host.script.playsWithoutValues = kind != RunKind::kRepeat;
-        return Run(kind);
-    });
-}
-
 }  // namespace stairmelt

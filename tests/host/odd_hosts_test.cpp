@@ -1,4 +1,4 @@
-// Hosts that lack something, or leave old values behind.
+// Hosts that lack something.
 #include <cstring>
 #include <set>
 
@@ -107,22 +107,6 @@ TEST_F(OddHosts, LackWholePartsOfTheRecord) {
     host.failures.noDescriptorParameters = true;
     EXPECT_EQ(Repeat(), kNoErr);
     EXPECT_TRUE(host.document.result == Smoothed(10, 70, 0));
-}
-
-TEST_F(OddHosts, LeaveAnOldResultInPlace) {
-    const int16_t leftover = kUserCanceledErr;
-    const int16_t wanted[] = {0, leftover, leftover, kNoErr, leftover, leftover, kFilterBadParameters};
-    host.failures.resultOnEntry = leftover;
-    host.script.playsWithoutValues = true;
-    host.BeginRun();
-    for (int16_t selector = 1; selector <= 6; ++selector) {
-        EXPECT_EQ(Call(selector), wanted[selector]) << selector;
-        if (selector == kFilterSelectorStart) host.EndRun(true);
-    }
-    EXPECT_TRUE(host.document.result == Smoothed(10, 70, 0));
-    host.document.imageMode = kModeBitmap;
-    host.BeginRun();
-    EXPECT_EQ(Call(kFilterSelectorStart), kFilterBadMode);
 }
 
 }  // namespace stairmelt

@@ -42,25 +42,9 @@ protected:
 };
 
 constexpr FailingCall kCoerced = {1, kCoercedParamErr};
-constexpr Values kDefaults = {10, 70, 0, -1, -1};
 const StoredValues kStored = {{kThsh, 1}, {kSftn, 2}, {kBias, 3}, {kPdpx, 4}, {kPdpy, 5}};
 
 }  // namespace
-
-TEST_F(Parameters, AreResetByTheirSelector) {
-    EXPECT_EQ(Call(kFilterSelectorParameters), kNoErr);
-    EXPECT_EQ(Block(), kDefaults);
-    EXPECT_EQ(FlagByte(), 1);
-    EXPECT_EQ(Logged({"newProc"}), (Lines{"newProc 20", "newProc 1"}));
-
-    SetBlock({1, 2, 3, 4, 5});
-    **reinterpret_cast<Handle>(host.data) = 0;
-    host.log.clear();
-    EXPECT_EQ(Call(kFilterSelectorParameters), kNoErr);
-    EXPECT_EQ(Block(), kDefaults) << "whether or not the block was new";
-    EXPECT_EQ(FlagByte(), 1);
-    EXPECT_EQ(Logged({"newProc"}), Lines{});
-}
 
 TEST_F(Parameters, TravelThroughTheStore) {
     EXPECT_EQ(BlockAfter({{kThsh, 11}, {kSftn, 22}, {kBias, 33}}), (Values{11, 22, 33, -1, -1}));
@@ -78,30 +62,6 @@ TEST_F(Parameters, TravelThroughTheStore) {
     host.failures.calls["PutInteger Bias"] = {kEveryCall};
     BlockAfter({{kThsh, 50}});
     EXPECT_EQ(Stored(), (StoredValues{{kThsh, 50}, {kSftn, 2}}));
-}
-
-TEST_F(Parameters, StoreIsReadUpToTheFirstMissingKey) {
-    const struct {
-        const char* name;
-        StoredValues stored;
-        Values wanted;
-    } rows[] = {
-        {"nothing stored", {}, kDefaults},
-        {"no softness", {{kThsh, 1}, {kBias, 3}, {kPdpx, 4}, {kPdpy, 5}}, {1, 70, 0, -1, -1}},
-        {"no last key", {{kThsh, 1}, {kSftn, 2}, {kBias, 3}, {kPdpx, 4}}, {1, 2, 3, 4, -1}},
-        {"in another order, with others",
-         {{kPdpy, 5}, {7, 7}, {kSftn, 2}, {kThsh, 1}, {kBias, 3}, {kPdpx, 4}},
-         {1, 2, 3, 4, 5}},
-    };
-    for (const auto& row : rows) {
-        host.registry.persistent.clear();
-        if (!row.stored.empty()) Store(row.stored);
-        // The script suppresses the dialog and sets nothing.
-        host.script.playsWithoutValues = true;
-        host.script.playInfo = kPlugInDialogDontDisplay;
-        EXPECT_EQ(Run(RunKind::kFromMenu), kNoErr);
-        EXPECT_EQ(Block(), row.wanted) << row.name;
-    }
 }
 
 TEST_F(Parameters, ScriptsSetThreeKeys) {
@@ -146,29 +106,6 @@ TEST_F(Parameters, ScriptsSetThreeKeys) {
         EXPECT_EQ(resultAtAdvance, row.resultAtAdvance) << row.name;
         EXPECT_EQ(FlagByte(), 0) << row.name;
     }
-}
-
-TEST_F(Parameters, ScriptsAreDisposedOfAndRecorded) {
-    host.script.played = {{kThsh, 11}};
-    host.script.playInfo = kPlugInDialogDontDisplay;
-    host.BeginRun();
-    Call(kFilterSelectorParameters);
-    host.log.clear();
-    Call(kFilterSelectorStart);
-    EXPECT_EQ(Logged({"closeRead", "disposeProc"}), (Lines{"closeReadDescriptorProc", "disposeProc #1"}));
-    EXPECT_EQ(host.script.parameters.descriptor, nullptr);
-    Call(kFilterSelectorFinish);
-    EXPECT_NE(host.script.parameters.descriptor, nullptr);
-
-    // What can be put is recorded, but nothing without a token.
-    host.failures.calls["putIntegerProc"] = {2};
-    EXPECT_EQ(RunScript({{kThsh, 11}}), kNoErr);
-    EXPECT_EQ(host.script.recorded, (std::vector<ScriptValue>{{kThsh, 11}, {kBias, 0}}));
-    EXPECT_EQ(host.script.recordInfo, kPlugInDialogOptional);
-    host.failures.calls["openWrite"] = {1};
-    EXPECT_EQ(RunScript({{kThsh, 11}}), kNoErr);
-    EXPECT_FALSE(host.script.hasRecorded);
-    EXPECT_EQ(host.script.recordInfo, -1) << "left as the host set it";
 }
 
 }  // namespace stairmelt

@@ -18,7 +18,7 @@ TEST(DisplayPixels, ShowsTheColoursOfEachMode) {
         const PSPixelMask* mask = nullptr;
     } cases[] = {
         {"RGB", kModeRGBColor, {1, 2, 3, 4, 5, 6}, 0x010305, 0x020406},
-        {"CMYK: no ink, and full cyan", kModeCMYKColor, {255, 0, 255, 255, 255, 255, 255, 255}, 0xFFFFFF, 0x00FFFF},
+        {"CMYK: no ink, and cyan on black", kModeCMYKColor, {255, 0, 255, 255, 255, 255, 255, 51}, 0xFFFFFF, 0x003333},
         {"Lab: white and black", kModeLabColor, {255, 0, 128, 128, 128, 128}, 0xFFFFFF, 0x000000},
         {"multichannel by its first plane", kModeMultichannel, {7, 8, 99, 99}, 0x070707, 0x080808},
         {"transparent: the checkerboard shows", kModeGrayScale, {100, 101}, 0xFFFFFF, 0x656565, &mask},

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/parameters.h"
@@ -123,8 +124,7 @@ TEST(Resources, PropertiesDeclareWhatTheCodeDoes) {
     EXPECT_EQ(terminology.Number(4), static_cast<uint32_t>(CODE_PLUGIN));
     EXPECT_EQ(terminology.Number(4), FourCharCode("stml"));
     EXPECT_EQ(terminology.Number(2), static_cast<uint32_t>(PLUGIN_RESOURCE_ID));
-    EXPECT_EQ(std::strlen(PLUGIN_GUID), 36u);
-    EXPECT_EQ(terminology.Bytes(42), Padded(PLUGIN_GUID, 42)) << "the key of the persistent store";
+    EXPECT_EQ(terminology.Bytes(42), Padded("b5db97bc-0172-4ae0-882e-f3b6e9ed0d20", 42)) << "the key of stored values";
     EXPECT_EQ(terminology.Left(), 0u);
 }
 
@@ -170,7 +170,10 @@ TEST(Resources, TerminologyDeclaresTheKeysOfTheCode) {
 }
 
 TEST(Resources, FilePropertiesShowNameAndVersion) {
-    for (const char* file : {STAIRMELT_PLUGIN_FILE, STAIRMELT_TOOL_FILE}) {
+    const std::pair<const char*, const char*> files[] = {
+        {STAIRMELT_PLUGIN_FILE, "stairmelt filter for Adobe Photoshop"},
+        {STAIRMELT_TOOL_FILE, "Runs stairmelt on picture files"}};
+    for (const auto& [file, description] : files) {
         std::vector<char> info(GetFileVersionInfoSizeA(file, nullptr));
         ASSERT_TRUE(GetFileVersionInfoA(file, 0, static_cast<DWORD>(info.size()), info.data())) << file;
         void* found = nullptr;
@@ -180,7 +183,11 @@ TEST(Resources, FilePropertiesShowNameAndVersion) {
         EXPECT_EQ(numbers->dwFileVersionMS, 0x00010000u);
         EXPECT_EQ(numbers->dwFileVersionLS, 0x00020010u);
         const char* const texts[][2] = {
-            {"FileVersion", "1.0.2"}, {"ProductVersion", "1.0.2"}, {"ProductName", "stairmelt"}};
+            {"FileVersion", "1.0.2"},         {"ProductVersion", "1.0.2"},
+            {"ProductName", "stairmelt"},     {"CompanyName", "NORVA"},
+            {"FileDescription", description}, {"LegalCopyright", "Copyright (C) 2026 N-ORVAWORKS"}};
+        ASSERT_TRUE(VerQueryValueA(info.data(), "\\VarFileInfo\\Translation", &found, &size)) << file;
+        EXPECT_EQ(*static_cast<const DWORD*>(found), 0x04B00409u) << file;
         for (const auto& [name, text] : texts) {
             const std::string place = std::string("\\StringFileInfo\\040904B0\\") + name;
             ASSERT_TRUE(VerQueryValueA(info.data(), place.c_str(), &found, &size)) << file << ", " << name;

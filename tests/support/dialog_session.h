@@ -75,7 +75,6 @@ struct DialogSession : PluginRun {
     std::string Text(int id);
     void SetText(int id, const std::string& text);  // notifies the dialog, as typing does
     int Position(int sliderId) { return static_cast<int>(Send(Item(sliderId), kGetPos)); }
-    void SetPosition(int sliderId, int position) { Send(Item(sliderId), kSetPos, 1, position); }
     std::vector<int> Positions();
 
     HWND Focus() const { return ThreadInfo().hwndFocus; }

@@ -52,6 +52,8 @@ TEST_F(BatchList, PatternsFindFilesByNameAndEachPictureComesOnce) {
     EXPECT_EQ(Listed({"none/*.png", "missing.png"}, "new"),
               (Lines{"none/*.png: no file matches", "missing.png > new/missing.png"}));
     EXPECT_EQ(Listed({"**a*b*"}, "new"), (Lines{"ab.tif > new/ab.tif"}));
+    EXPECT_EQ(Listed({"f.jpe", "g.JPEG", "h.jfif"}, "new"),
+              (Lines{"f.jpe > new/f.png", "g.JPEG > new/g.png", "h.jfif > new/h.png"}));
 }
 
 TEST_F(BatchList, NoResultTakesThePlaceOfAPictureOrAnotherResult) {
@@ -64,8 +66,8 @@ TEST_F(BatchList, NoResultTakesThePlaceOfAPictureOrAnotherResult) {
 }
 
 TEST(BatchLines, AreTakenWithoutWhatSurroundsThem) {
-    EXPECT_EQ(LinesOf("\xEF\xBB\xBF a b.png \r\n\n\t\nc.png\n\"C:\\d e.png\"\n\""),
-              (Lines{" a b.png", "c.png", "C:\\d e.png", "\""}));
+    EXPECT_EQ(LinesOf("\xEF\xBB\xBF a b.png \r\n\n\t\nc.png\n\"C:\\d e.png\"\n\"\n\"\""),
+              (Lines{" a b.png", "c.png", "C:\\d e.png", "\"", "\"\""}));
     EXPECT_EQ(LinesOf(""), Lines{});
 }
 

@@ -45,8 +45,8 @@ protected:
     FilterRun() {
         gSeen = {};
         picture.width = picture.height = picture.colors = 1;
-        picture.depth = 16;
-        picture.samples = {1, 2};
+        picture.depth = 8;
+        picture.samples = {41};
     }
     FakeHost host;
     Picture picture;
@@ -69,8 +69,6 @@ TEST_F(FilterRun, TheDialogIsAskedForEvenWithValues) {
 }
 
 TEST_F(FilterRun, RepeatedRunsStartFromTheSamePixelsAndLeaveTheHostOutOfTheTime) {
-    picture.depth = 8;
-    picture.samples = {41};
     const FilterReport once = RunFilterOn(host, IncrementPixel, {}, picture, settings);
     EXPECT_EQ(picture.samples, Bytes{42});
     EXPECT_FALSE(once.times.has_value());
@@ -96,12 +94,22 @@ TEST_F(FilterRun, ARefusalIsToldInWordsAndChangesNothing) {
             EXPECT_NE(std::string(error.what()).find(words), std::string::npos) << error.what();
         }
     }
-    EXPECT_EQ(picture.samples, (Bytes{1, 2}));
+    EXPECT_EQ(picture.samples, Bytes{41});
     EXPECT_EQ(settings, (Settings{{"name", {{1, 2}}}}));
 
     picture.colors = 4;
     picture.depth = 32;
     EXPECT_THROW(RunFilterOn(host, PluginMain, {}, picture, settings), ToolError) << "the host has no such mode";
+}
+
+TEST(RangeText, DescribesValuesThatTheDialogRefuses) {
+    FilterReport report;
+    report.threshold = 255, report.softness = 100, report.bias = 0;
+    EXPECT_EQ(RangeText(report), "");
+    report.threshold = 256, report.softness = 101, report.bias = -1;
+    EXPECT_EQ(RangeText(report),
+              "threshold 256 (the dialog's range is 0 to 255), softness 101 (the dialog's range is 0 to 100), "
+              "bias -1 (the dialog's range is 0 to 100)");
 }
 
 }  // namespace

@@ -57,6 +57,11 @@ TEST(HostSamples, InksAreTurnedOverBothWays) {
         EXPECT_EQ(TakeSamples(given, returned, picture), 1U);
         EXPECT_EQ(picture.samples, c.changed) << c.depth;
     }
+    Picture picture{.width = 1, .height = 1, .colors = 4, .depth = 16, .samples = Bytes(8, 255)};
+    const Bytes given = GiveSamples(picture);
+    Bytes returned(8, 255);  // above the host's white
+    TakeSamples(given, returned, picture);
+    EXPECT_EQ(picture.samples, Bytes(8, 0));
 }
 
 }  // namespace

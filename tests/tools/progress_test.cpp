@@ -7,7 +7,7 @@ namespace {
 
 TEST(Progress, TellsRateAndRestOfWhatTookTime) {
     EXPECT_EQ(ProgressBar({10, 4, 0, 1}, 2, 79), "[###############---------------] 5 of 10, 2.0 per second, 0:03 left");
-    EXPECT_EQ(ProgressBar({100, 1, 49, 0}, 75, 79).substr(33), "50 of 100, 0.0 per second, 1:02:30 left");
+    EXPECT_EQ(ProgressBar({100, 1, 49, 0}, 72, 79).substr(33), "50 of 100, 0.0 per second, 1:00:00 left");
     EXPECT_EQ(ProgressBar({10, 10, 0, 0}, 4, 79).substr(0, 42), "[##############################] 10 of 10,");
 }
 

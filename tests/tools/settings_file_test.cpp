@@ -19,7 +19,7 @@ const Settings kSome = {{"b5db97bc-0172", {{0x54687368, 10}, {0x42696173, -21474
 
 TEST(SettingsFile, WhatIsWrittenIsReadBack) {
     Settings settings = kSome;
-    settings["two\nlines"] = settings[""] = {{1, 1}};  // would break the file
+    settings["two]\n[lines"] = settings[""] = {{1, 1}};  // would break the file
     EXPECT_EQ(ParseSettings(FormatSettings(settings)), kSome);
     EXPECT_NE(FormatSettings(kSome).find("\nThsh=10\n"), std::string::npos);
 }
@@ -48,21 +48,32 @@ TEST(SettingsFile, StoringReplacesTheFileOrLeavesItAlone) {
     std::filesystem::remove_all(directory);
 }
 
+TEST(FileNames, AreThoseThatWindowsAllows) {
+    for (const char* name : {"con", "Aux.png", "nul.a.b", "COM1.tif", "lpt9", "a.", "b ", "c\"d", "e|f", "g*"})
+        EXPECT_THROW(RequireReplaceable(name), ToolError) << name;
+    for (const char* name : {"com0.png", "lpt10", "aux1", "./.png", "a.con"})
+        EXPECT_NO_THROW(RequireReplaceable(name)) << name;
+}
+
 #ifdef _WIN32
 TEST(SettingsFile, AnotherProgramMayHoldTheFileForAnInstant) {
     const std::filesystem::path path = std::filesystem::path(testing::TempDir()) / "stairmelt held.settings";
     StoreSettings(path, {});
-    for (const bool isForGood : {false, true}) {
-        const HANDLE held = CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    const auto open = [](const std::filesystem::path& file, DWORD access, DWORD flags) {
+        return CreateFileW(file.c_str(), access, 0, nullptr, OPEN_ALWAYS, flags, nullptr);
+    };
+    const HANDLE held = open(path, GENERIC_READ, 0);
+    EXPECT_THROW(LoadSettings(path), ToolError);
+    // And another one that is about to replace it.
+    const HANDLE unfinished = open(path.native() + L".unfinished", GENERIC_WRITE, FILE_FLAG_DELETE_ON_CLOSE);
+    {
         const std::jthread holder([=] {
-            Sleep(isForGood ? 2000 : 100);
+            Sleep(50);
             CloseHandle(held);
         });
-        if (isForGood)
-            EXPECT_THROW(LoadSettings(path), ToolError);
-        else
-            StoreSettings(path, kSome);
+        StoreSettings(path, kSome);
     }
+    CloseHandle(unfinished);
     EXPECT_EQ(LoadSettings(path), kSome);
     std::filesystem::remove(path);
 }

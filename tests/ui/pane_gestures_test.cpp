@@ -131,6 +131,7 @@ TEST_F(PaneGestures, DoubleClickFitsTheImage) {
         const char *fitted, *in, *out;
     } rows[] = {
         {700, 600, "60 %", "100 %", "25 %"},    // the step below, plus a fraction
+        {480, 100, "100 %", "200 %", "50 %"},   // exactly a step
         {10, 10, "3600 %", "3600 %", "800 %"},  // beyond the top of the ladder
         {10000, 3, "5 %", "13 %", "6 %"},       // below its bottom: zooming out goes up to it
     };
@@ -177,6 +178,11 @@ TEST_F(PaneGestures, RightPressShowsThePlaceAtFullSize) {
     for (int i = 0; i < 4; ++i) ClickOn(IDC_ZOOM_OUT);
     Send(WM_RBUTTONDOWN);
     EXPECT_SHOWN(0, 0, 0, 0);
+    // At 6 percent the whole image is shown, wherever the view was before.
+    for (int i = 0; i < 4; ++i) ClickOn(IDC_ZOOM_OUT);
+    PointAt({250 + 30, 190 + 10});
+    Send(WM_RBUTTONDOWN);
+    EXPECT_SHOWN(240, 180, 1000 + 30 * 16, 750 + 10 * 16);
 }
 
 TEST_F(PaneGestures, DraggingMovesTheViewAndStopsAtTheEdges) {
@@ -244,22 +250,26 @@ TEST_F(PaneGestures, TheHandShowsWhatCanBeMoved) {
     EXPECT_EQ(host.suites.held[kUIHooksSuite], 1);
 }
 
-TEST_F(PaneGestures, HostsWithoutTheHooksGetTheSystemsCursors) {
-    host.failures.calls[std::string("AcquireSuite ") + kUIHooksSuite] = {kEveryCall};
-    ASSERT_TRUE(OpenPicture(600, 500));
-    const std::pair<POINT, const char*> rows[] = {{kPaneMiddle, IDC_HAND}, {kBesidePane, IDC_ARROW}};
-    for (const auto& [place, wanted] : rows) {
-        PointAt(place);
-        Send(WM_MOUSEMOVE);
-        // The system reports the cursor of whichever window it takes to be in the foreground.
-        CURSORINFO info = {};
-        info.cbSize = sizeof info;
-        const auto isShown = [&] { return GetCursorInfo(&info) && info.hCursor == LoadCursorA(nullptr, wanted); };
-        for (DWORD waited = 0; !isShown() && waited < kPatience; waited += 10) Sleep(10);
-        EXPECT_TRUE(isShown()) << place.x;
+TEST_F(PaneGestures, HostsWithoutCursorsGetTheSystems) {
+    for (const bool hasHooks : {true, false}) {
+        if (!hasHooks) host.failures.calls[std::string("AcquireSuite ") + kUIHooksSuite] = {kEveryCall};
+        host.ui.hooks.SetCursor = [](const char*) { return kSPUnknownCursor; };
+        ASSERT_TRUE(OpenPicture(600, 500));
+        const std::pair<POINT, const char*> rows[] = {{kPaneMiddle, IDC_HAND}, {kBesidePane, IDC_ARROW}};
+        for (const auto& [place, wanted] : rows) {
+            PointAt(place);
+            Send(WM_MOUSEMOVE);
+            // The system reports the cursor of whichever window it takes to be in the foreground.
+            CURSORINFO info = {};
+            info.cbSize = sizeof info;
+            const auto isShown = [&] { return GetCursorInfo(&info) && info.hCursor == LoadCursorA(nullptr, wanted); };
+            for (DWORD waited = 0; !isShown() && waited < kPatience; waited += 10) Sleep(10);
+            EXPECT_TRUE(isShown()) << place.x << " " << hasHooks;
+        }
+        EXPECT_EQ(Close(IDOK), kNoErr);
+        Unload();  // it keeps the hooks
+        Load();
     }
-    EXPECT_TRUE(host.ui.cursors.empty());
-    EXPECT_EQ(Close(IDOK), kNoErr);
 }
 
 }  // namespace stairmelt

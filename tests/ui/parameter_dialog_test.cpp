@@ -21,6 +21,14 @@ protected:
     }
     std::string ResetCaption() const { return GetACP() == kJapanese ? "\x8F\x89\x8A\xFA\x89\xBB" : "Reset"; }
 
+    // In the dialog's client coordinates.
+    RECT PlaceOf(HWND control) const {
+        RECT rect = {};
+        GetWindowRect(control, &rect);
+        MapWindowPoints(nullptr, dialog, reinterpret_cast<POINT*>(&rect), 2);
+        return rect;
+    }
+
     Lines Texts() { return {Text(kRows[0].edit), Text(kRows[1].edit), Text(kRows[2].edit)}; }
 };
 
@@ -94,24 +102,52 @@ TEST_F(ParameterDialog, CancelLeavesEverythingAsItWas) {
 }
 
 // The preview is laid out in pixels and the rest in dialog units, which depend on the font.
-TEST_F(ParameterDialog, OpensWithTheUnitsAndLettersOfWindows) {
-    ASSERT_NE(Open(), nullptr);
-    RECT unit = {0, 0, 4, 8};
-    MapDialogRect(dialog, &unit);
-    EXPECT_EQ(unit.right, 6);
-    EXPECT_EQ(unit.bottom, 13);
-    for (const std::string text : {"color threshold", "softness", "bias"}) {
-        const HWND label = FindWindowExA(dialog, nullptr, "Static", text.c_str());
-        ASSERT_NE(label, nullptr) << text;
-        const HDC dc = GetDC(label);
-        SelectObject(dc, reinterpret_cast<HFONT>(SendMessageA(label, WM_GETFONT, 0, 0)));
-        SIZE needed = {};
-        GetTextExtentPoint32A(dc, text.c_str(), static_cast<int>(text.size()), &needed);
-        ReleaseDC(label, dc);
-        RECT given = {};
-        GetClientRect(label, &given);
-        EXPECT_LE(needed.cx, given.right) << text << " is cut short";
+TEST_F(ParameterDialog, OpensWithEveryControlInItsPlace) {
+    for (const RunKind kind : {RunKind::kAbout, RunKind::kFromMenu}) {
+        ASSERT_NE(Show(kind), nullptr);
+        EXPECT_NE(GetWindowLongA(dialog, GWL_STYLE) & WS_SYSMENU, 0) << "it has no close button";
+        RECT unit = {0, 0, 4, 8}, client = {}, common = {};
+        MapDialogRect(dialog, &unit);
+        EXPECT_EQ(unit.right, 6);
+        EXPECT_EQ(unit.bottom, 13);
+        GetClientRect(dialog, &client);
+        std::vector<RECT> taken;
+        if (kind == RunKind::kFromMenu) taken.push_back({10, 10, 490, 370});  // the pane
+        for (HWND child = GetWindow(dialog, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
+            char text[64] = "";
+            const int length = static_cast<int>(Send(child, WM_GETTEXT, sizeof text, reinterpret_cast<LPARAM>(text)));
+            SCOPED_TRACE(std::to_string(GetDlgCtrlID(child)) + " " + text);
+            const RECT place = PlaceOf(child);
+            EXPECT_TRUE(IntersectRect(&common, &place, &client) && EqualRect(&common, &place)) << "is cut off";
+            for (const RECT& other : taken) EXPECT_FALSE(IntersectRect(&common, &place, &other)) << "overlaps another";
+            taken.push_back(place);
+            const HDC dc = GetDC(child);
+            SelectObject(dc, reinterpret_cast<HFONT>(SendMessageA(child, WM_GETFONT, 0, 0)));
+            SIZE needed = {};
+            GetTextExtentPoint32A(dc, text, length, &needed);
+            ReleaseDC(child, dc);
+            EXPECT_LE(needed.cx, place.right - place.left) << "is cut short";
+        }
+        if (kind == RunKind::kAbout) Close(IDCANCEL);
     }
+
+    const char* const labels[] = {"color threshold", "softness", "bias"};
+    std::vector<int> tabs = {IDOK, IDC_CANCEL_RESET};
+    for (size_t i = 0; i < 3; ++i) {
+        const RECT label = PlaceOf(FindWindowExA(dialog, nullptr, "Static", labels[i]));
+        const RECT slider = PlaceOf(Item(kRows[i].slider)), edit = PlaceOf(Item(kRows[i].edit));
+        EXPECT_EQ(label.left, slider.left) << labels[i];
+        EXPECT_NEAR(label.bottom, slider.top, 6) << labels[i];
+        EXPECT_NEAR(edit.top, slider.top, 10) << labels[i];
+        tabs.insert(tabs.end(), {kRows[i].slider, kRows[i].edit});
+    }
+    const RECT zoom = PlaceOf(Item(IDC_ZOOM_LABEL));
+    EXPECT_TRUE(PlaceOf(Item(IDC_ZOOM_OUT)).right <= zoom.left && zoom.right <= PlaceOf(Item(IDC_ZOOM_IN)).left);
+    std::vector<int> order;
+    for (HWND at = Focus(); order.size() < tabs.size(); at = GetNextDlgTabItem(dialog, at, FALSE)) {
+        order.push_back(GetDlgCtrlID(at));
+    }
+    EXPECT_EQ(order, tabs);
 }
 
 TEST_F(ParameterDialog, OpensWhereItWasLeftButOnTheScreen) {

@@ -211,12 +211,12 @@ TEST_F(Preview, ShowsTheSourceWhileHeldAndBelowHalfSize) {
     Close(IDCANCEL);
 
     // Zooming out of a narrow image changes the crop in height only, and the display image in width only.
-    OpenIslands(kAllKernels[4], 300, 1600);
+    OpenIslands(kAllKernels[4], 301, 1600);
     Store(10, 70, 0);
     ASSERT_NE(Open(), nullptr);
-    EXPECT_TRUE(Display().samples == Displayed(Smoothed(10, 70, 0), 3, 0, 620, 1, 300));
+    EXPECT_TRUE(Display().samples == Displayed(Smoothed(10, 70, 0), 3, 0, 620, 1, 301));
     ClickOn(IDC_ZOOM_OUT);
-    EXPECT_TRUE(Display().samples == Displayed(Smoothed(10, 70, 0), 3, 0, 440, 2, 150));
+    EXPECT_TRUE(Display().samples == Displayed(Smoothed(10, 70, 0), 3, 0, 440, 2, 151));
 }
 
 TEST_F(Preview, DrawsFrameAndBandsWhateverTheHostProvides) {

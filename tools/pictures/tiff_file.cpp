@@ -192,7 +192,8 @@ void ReadTiles(const TiffFile& file, const TiffPixels& pixels, Picture& picture)
         static_cast<size_t>(size) > std::max(kMaxTile, picture.samples.size()))
         ThrowDamaged("its strips or tiles make no sense");
     Bytes tile(static_cast<size_t>(size));
-    for (uint16_t plane = 0; plane < (pixels.isPlanar ? pixels.samples : 1); ++plane) {
+    const uint16_t planes = pixels.isPlanar ? pixels.samples : 1;
+    for (uint16_t plane = 0; plane < planes; ++plane) {
         for (uint32_t top = 0; top < bottom; top += std::min(height, bottom - top)) {
             for (uint32_t left = 0; left < right; left += std::min(width, right - left)) {
                 file.Require(isTiled ? TIFFReadTile(file, tile.data(), left, top, 0, plane) == size

@@ -196,18 +196,6 @@ class RunFilter(unittest.TestCase):
         self.assertEqual((tags[269], tags[270], tags[274]), ("name", "\u6728", 3))
         self.assertEqual(Image.open(self.directory / "out.tif").getexif().get_ifd(EXIF)[EXPOSURE], (1, 50))
 
-    def test_inks_reach_the_kernel_inverted(self):
-        # In a picture of two levels, four equal channels are filtered as one. Blends are truncated, so polarity shows.
-        for depth, full, levels, error in ((8, 255, (40, 200), 0), (16, 65535, (16384, 57343), 1)):
-            light = numpy.where(stairs(1, 8) > 128, *levels).astype(f"uint{depth}")
-            self.save("gray.tif", light[..., 0])
-            self.save("inks.tif", (full - light).repeat(4, axis=2), photometric="separated")
-            for name in ("gray.tif", "inks.tif"):
-                self.smooth(name, "out " + name, "--threshold", "10", "--softness", "70", "--bias", "0")
-            gray, inks = self.load("out gray.tif"), self.load("out inks.tif")
-            self.assertTrue((gray != light).any())
-            self.assertLessEqual(abs(full - inks.astype(int) - gray).max(), error)
-
     def test_compression_is_kept(self):
         picture = Image.fromarray(stairs(3, 8))
         for kind, kept in (("tiff_lzw", 5), ("packbits", 32773), ("tiff_adobe_deflate", 8), ("tiff_deflate", 8), ("jpeg", 5)):

@@ -11,34 +11,37 @@ constexpr size_t kSizes[] = {0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8, 4};  // byte
 
 bool IsPointer(uint16_t tag) { return tag == kExifTag || tag == kGpsTag || tag == kInteroperabilityTag; }
 
+uint32_t ExtendToEven(Bytes& bytes) {
+    bytes.resize((bytes.size() + 1) & ~size_t{1});
+    return static_cast<uint32_t>(bytes.size());
+}
+
 }  // namespace
 
 ExifReader::ExifReader(std::span<const uint8_t> bytes) : bytes_(bytes) {
     if (bytes.size() < kHeaderSize || bytes[0] != bytes[1] || (bytes[0] != 'I' && bytes[0] != 'M')) return;
     bigEndian_ = bytes[0] == 'M';
-    if (GetNumber<uint16_t>(&bytes[2], bigEndian_) == 42)
-        first_ = Directory(GetNumber<uint32_t>(&bytes[4], bigEndian_));
+    if (At<uint16_t>(2) == 42) first_ = Directory(At<uint32_t>(4));
 }
 
 std::vector<ExifReader::Entry> ExifReader::Directory(size_t at) const {
     std::vector<Entry> entries;
     if (at > bytes_.size() || bytes_.size() - at < 2) return entries;
-    size_t count = GetNumber<uint16_t>(&bytes_[at], bigEndian_);
+    size_t count = At<uint16_t>(at);
     for (at += 2; count > 0 && bytes_.size() - at >= kEntrySize; --count, at += kEntrySize) {
-        const auto number = [&](size_t from, auto type) {
-            return GetNumber<decltype(type)>(&bytes_[at + from], bigEndian_);
-        };
-        Entry entry = {number(0, uint16_t{}), number(2, uint16_t{}), number(4, uint32_t{}), {}};
+        Entry entry{.tag = At<uint16_t>(at), .type = At<uint16_t>(at + 2), .count = At<uint32_t>(at + 4)};
         const uint64_t size = entry.type < std::size(kSizes) ? uint64_t{entry.count} * kSizes[entry.type] : 0;
-        const size_t from = size <= 4 ? at + 8 : number(8, uint32_t{});
+        const size_t from = size <= 4 ? at + 8 : At<uint32_t>(at + 8);
         if (size == 0 || from > bytes_.size() || size > bytes_.size() - from) continue;
         entry.data = bytes_.subspan(from, static_cast<size_t>(size));
         entries.push_back(entry);
     }
-    std::ranges::stable_sort(entries, {}, &Entry::tag);
-    const auto isSame = [](const Entry& a, const Entry& b) { return a.tag == b.tag; };
-    entries.erase(std::unique(entries.begin(), entries.end(), isSame), entries.end());
     return entries;
+}
+
+ExifReader::Entry ExifReader::Find(uint16_t tag) const {
+    const auto entry = std::ranges::find(first_, tag, &Entry::tag);
+    return entry == first_.end() ? Entry{} : *entry;
 }
 
 uint32_t ExifReader::NumberOf(const Entry& entry) const {
@@ -46,15 +49,12 @@ uint32_t ExifReader::NumberOf(const Entry& entry) const {
     return entry.data.size() == 4 ? GetNumber<uint32_t>(entry.data.data(), bigEndian_) : 0;
 }
 
-uint32_t ExifReader::Number(uint16_t tag) const {
-    const auto entry = std::ranges::find(first_, tag, &Entry::tag);
-    return entry == first_.end() ? 0 : NumberOf(*entry);
-}
+uint32_t ExifReader::Number(uint16_t tag) const { return NumberOf(Find(tag)); }
 
 std::string ExifReader::Text(uint16_t tag) const {
-    const auto entry = std::ranges::find(first_, tag, &Entry::tag);
-    if (entry == first_.end() || entry->type != kText) return {};
-    return {entry->data.begin(), std::ranges::find(entry->data, uint8_t{0})};
+    const Entry entry = Find(tag);
+    if (entry.type != kText) return {};
+    return {entry.data.begin(), std::ranges::find(entry.data, uint8_t{0})};
 }
 
 // Appends a directory, and after it its values and the directories that it points at. Returns its offset. In damaged
@@ -62,30 +62,25 @@ std::string ExifReader::Text(uint16_t tag) const {
 // the bytes that values may still take.
 uint32_t ExifReader::Copy(const std::vector<Entry>& entries, int level, size_t& left, Bytes& to) const {
     constexpr int kMaxLevel = 2;
-    const auto even = [&] {
-        to.resize((to.size() + 1) & ~size_t{1});
-        return static_cast<uint32_t>(to.size());
-    };
-    const uint32_t start = even();
+    const uint32_t start = ExtendToEven(to);
     to.resize(start + 2 + entries.size() * kEntrySize + 4);  // the last four: no further directory
     size_t at = start + 2;
     for (const Entry& entry : entries) {
         if (entry.data.size() > left || (IsPointer(entry.tag) && level == kMaxLevel)) continue;
         left -= entry.data.size();
-        uint32_t offset = 0;
-        if (IsPointer(entry.tag)) {
-            offset = Copy(Directory(NumberOf(entry)), level + 1, left, to);
-        } else if (entry.data.size() > 4) {
-            offset = even();
-            to.insert(to.end(), entry.data.begin(), entry.data.end());
-        }
         PutNumber(&to[at], entry.tag, bigEndian_);
         PutNumber(&to[at + 2], entry.type, bigEndian_);
         PutNumber(&to[at + 4], entry.count, bigEndian_);
-        if (offset != 0)
+        if (IsPointer(entry.tag)) {
+            const uint32_t offset = Copy(Directory(NumberOf(entry)), level + 1, left, to);
             PutNumber(&to[at + 8], offset, bigEndian_);
-        else
+        } else if (entry.data.size() > 4) {
+            const uint32_t offset = ExtendToEven(to);
+            PutNumber(&to[at + 8], offset, bigEndian_);
+            to.insert(to.end(), entry.data.begin(), entry.data.end());
+        } else {
             std::ranges::copy(entry.data, &to[at + 8]);
+        }
         at += kEntrySize;
     }
     PutNumber(&to[start], static_cast<uint16_t>((at - start - 2) / kEntrySize), bigEndian_);

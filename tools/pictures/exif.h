@@ -31,11 +31,16 @@ public:
 
 private:
     struct Entry {
-        uint16_t tag, type;
-        uint32_t count;  // values, not bytes
-        std::span<const uint8_t> data;
+        uint16_t tag = 0, type = 0;
+        uint32_t count = 0;               // values, not bytes
+        std::span<const uint8_t> data{};  // empty where the tag is missing
     };
-    std::vector<Entry> Directory(size_t at) const;  // one of each tag, ascending
+    template <class T>
+    T At(size_t at) const {
+        return GetNumber<T>(&bytes_[at], bigEndian_);
+    }
+    std::vector<Entry> Directory(size_t at) const;
+    Entry Find(uint16_t tag) const;
     uint32_t NumberOf(const Entry& entry) const;
     uint32_t Copy(const std::vector<Entry>& entries, int level, size_t& left, Bytes& to) const;
 

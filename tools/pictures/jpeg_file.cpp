@@ -5,7 +5,6 @@
 #include <jpeglib.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdlib>
 #include <fstream>
 #include <string_view>
@@ -21,23 +20,22 @@ using namespace std::string_view_literals;
 
 constexpr int kExifMarker = JPEG_APP0 + 1, kProfileMarker = JPEG_APP0 + 2;
 
-struct JpegFile {
+struct JpegFile : LibraryFile {
     jpeg_decompress_struct jpeg{};
     jpeg_error_mgr errors{};
-    std::jmp_buf jump{};
-    std::array<char, JMSG_LENGTH_MAX> message{};
 
     JpegFile() {
         jpeg.err = jpeg_std_error(&errors);
         jpeg.client_data = this;
         errors.error_exit = OnError;
         errors.emit_message = OnWarning;
-        Do([&] { jpeg_create_decompress(&jpeg); });
     }
     // Reads everything before the pixels.
     explicit JpegFile(std::span<const uint8_t> bytes) : JpegFile() {
+        input = bytes;
         Do([&] {
-            jpeg_mem_src(&jpeg, bytes.data(), static_cast<unsigned long>(bytes.size()));
+            jpeg_create_decompress(&jpeg);
+            jpeg_mem_src(&jpeg, input.data(), static_cast<unsigned long>(input.size()));
             constexpr unsigned kWhole = 0xFFFF;
             for (const int marker : {JPEG_COM, kExifMarker, kProfileMarker}) jpeg_save_markers(&jpeg, marker, kWhole);
             jpeg_read_header(&jpeg, TRUE);
@@ -47,10 +45,10 @@ struct JpegFile {
     JpegFile(const JpegFile&) = delete;
     JpegFile& operator=(const JpegFile&) = delete;
 
-    static void OnError(j_common_ptr jpeg) {
-        auto* const file = static_cast<JpegFile*>(jpeg->client_data);
-        jpeg->err->format_message(jpeg, file->message.data());
-        std::longjmp(file->jump, 1);  // NOLINT(cert-err52-cpp)
+    [[noreturn]] static void OnError(j_common_ptr jpeg) {
+        char message[JMSG_LENGTH_MAX];
+        jpeg->err->format_message(jpeg, message);
+        static_cast<JpegFile*>(jpeg->client_data)->Leave(message);
     }
     // For missing pixels, the library invents some and only warns.
     static void OnWarning(j_common_ptr jpeg, int level) {
@@ -58,10 +56,6 @@ struct JpegFile {
         if (level < 0 && std::ranges::find(kFatal, jpeg->err->msg_code) != std::end(kFatal)) OnError(jpeg);
     }
 
-    template <class Body>
-    void Do(const Body& body) {
-        if (!Completes(jump, body)) ThrowDamaged(message.data());
-    }
     bool IsCmyk() const { return jpeg.jpeg_color_space == JCS_CMYK || jpeg.jpeg_color_space == JCS_YCCK; }
 };
 

@@ -1,6 +1,7 @@
 #include "tools/pictures/picture_file.h"
 
 #include <algorithm>
+#include <cstring>
 #include <new>
 #include <string>
 #include <string_view>
@@ -36,6 +37,40 @@ void SetExif(std::span<const uint8_t> block, Picture& picture) {
     picture.exif.assign(block.begin(), block.end());
     picture.orientation = 1;
     SetOrientation(exif.Number(kOrientationTag), picture);
+}
+
+size_t LibraryFile::Read(uint8_t* to, size_t size) {
+    size = at < input.size() ? std::min(size, input.size() - at) : 0;
+    std::copy_n(input.begin() + static_cast<ptrdiff_t>(size == 0 ? 0 : at), size, to);
+    at += size;
+    return size;
+}
+
+size_t LibraryFile::Write(const uint8_t* from, size_t size) {
+    try {
+        if (at + size > output.size()) output.resize(at + size);
+    } catch (const std::exception&) {
+        isMemoryShort = true;
+        return 0;
+    }
+    std::copy_n(from, size, &output[at]);
+    at += size;
+    return size;
+}
+
+void LibraryFile::Report(const char* words) {
+    if (message[0] == '\0') std::strncpy(message.data(), words, message.size() - 1);
+}
+
+void LibraryFile::Leave(const char* words) {
+    Report(words);
+    std::longjmp(jump, 1);  // NOLINT(cert-err52-cpp)
+}
+
+void LibraryFile::Throw() const {
+    if (isMemoryShort) throw std::bad_alloc();
+    if (input.empty()) throw ToolError(std::string("can't be written: ") + message.data());
+    ThrowDamaged(message.data());
 }
 
 Picture DecodePicture(std::span<const uint8_t> file, size_t maxSamples) {

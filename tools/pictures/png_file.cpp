@@ -24,59 +24,37 @@ using namespace std::string_view_literals;
 constexpr char kKeptChunks[] = "iCCP\0sRGB\0gAMA\0cHRM\0cICP\0mDCV\0cLLI\0sBIT\0acTL";
 constexpr int kKeptCount = sizeof(kKeptChunks) / 5;
 
-// The state for the library's callbacks, and the library's records, which are freed at the end.
-struct PngFile {
+// The library's records, which are freed at the end.
+struct PngFile : LibraryFile {
     png_structp png = nullptr;
     png_infop info = nullptr;
-    bool isRead;
-    std::array<char, 200> message{};  // the library's last words
-    std::span<const uint8_t> left;    // of the file that is read
-    Bytes written;
-    bool isMemoryShort = false;
 
-    explicit PngFile(bool reads) : isRead(reads) {
-        png = reads ? png_create_read_struct(PNG_LIBPNG_VER_STRING, this, OnError, OnWarning)
-                    : png_create_write_struct(PNG_LIBPNG_VER_STRING, this, OnError, OnWarning);
-        info = png == nullptr ? nullptr : png_create_info_struct(png);
+    explicit PngFile(std::span<const uint8_t> bytes = {}) : LibraryFile{.input = bytes} {
+        Do([&] {
+            png = input.empty() ? png_create_write_struct(PNG_LIBPNG_VER_STRING, this, OnError, OnWarning)
+                                : png_create_read_struct(PNG_LIBPNG_VER_STRING, this, OnError, OnWarning);
+            info = png_create_info_struct(png);  // null for null
+        });
         if (info == nullptr) throw std::bad_alloc();
-        reads ? png_set_read_fn(png, this, Read) : png_set_write_fn(png, this, Write, nullptr);
+        input.empty() ? png_set_write_fn(png, this, OnWrite, nullptr) : png_set_read_fn(png, this, OnRead);
         png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_ALWAYS, reinterpret_cast<png_const_bytep>(kKeptChunks),
                                     kKeptCount);
     }
-    ~PngFile() { isRead ? png_destroy_read_struct(&png, &info, nullptr) : png_destroy_write_struct(&png, &info); }
+    ~PngFile() {
+        input.empty() ? png_destroy_write_struct(&png, &info) : png_destroy_read_struct(&png, &info, nullptr);
+    }
     PngFile(const PngFile&) = delete;
     PngFile& operator=(const PngFile&) = delete;
 
-    [[noreturn]] static void OnError(png_structp png, png_const_charp text) {
-        auto& message = static_cast<PngFile*>(png_get_error_ptr(png))->message;
-        std::strncpy(message.data(), text, message.size() - 1);
-        png_longjmp(png, 1);
+    [[noreturn]] static void OnError(png_structp png, png_const_charp words) {
+        static_cast<PngFile*>(png_get_error_ptr(png))->Leave(words);
     }
     static void OnWarning(png_structp, png_const_charp) {}
-
-    static void Read(png_structp png, png_bytep to, size_t size) {
-        auto& left = static_cast<PngFile*>(png_get_io_ptr(png))->left;
-        if (size > left.size()) png_error(png, "it ends early");
-        std::ranges::copy(left.first(size), to);
-        left = left.subspan(size);
+    static void OnRead(png_structp png, png_bytep to, size_t size) {
+        if (static_cast<PngFile*>(png_get_io_ptr(png))->Read(to, size) != size) png_error(png, "it ends early");
     }
-    static void Write(png_structp png, png_bytep from, size_t size) {
-        auto* const file = static_cast<PngFile*>(png_get_io_ptr(png));
-        try {
-            file->written.insert(file->written.end(), from, from + size);
-            return;
-        } catch (const std::bad_alloc&) {
-            file->isMemoryShort = true;
-        }
-        png_error(png, "no memory");
-    }
-
-    template <class Body>
-    void Do(const Body& body) {
-        if (Completes(png_jmpbuf(png), body)) return;
-        if (isMemoryShort) throw std::bad_alloc();
-        if (!isRead) throw ToolError(std::string("can't be written: ") + message.data());
-        ThrowDamaged(message.data());
+    static void OnWrite(png_structp png, png_bytep from, size_t size) {
+        if (static_cast<PngFile*>(png_get_io_ptr(png))->Write(from, size) != size) png_error(png, "no memory");
     }
 };
 
@@ -90,7 +68,6 @@ bool IsGrayPalette(const PngFile& file) {
 void ReadPixels(PngFile& file, size_t maxSamples, Picture& picture) {
     png_structp const png = file.png;
     png_infop const info = file.info;
-    const size_t fileSize = file.left.size();
     int passes = 0;
     file.Do([&] {
         png_read_info(png, info);
@@ -105,7 +82,7 @@ void ReadPixels(PngFile& file, size_t maxSamples, Picture& picture) {
     picture.depth = png_get_bit_depth(png, info);
     picture.colors = (png_get_color_type(png, info) & PNG_COLOR_MASK_COLOR) != 0 ? 3 : 1;
     picture.hasAlpha = (png_get_color_type(png, info) & PNG_COLOR_MASK_ALPHA) != 0;
-    AllocateSamples(fileSize, maxSamples, picture);
+    AllocateSamples(file.input.size(), maxSamples, picture);
     file.Do([&] {
         for (int pass = 0; pass < passes; ++pass)
             for (int32_t y = 0; y < picture.height; ++y)
@@ -180,23 +157,6 @@ void ReadMetadata(const PngFile& file, Picture& picture) {
     }
 }
 
-// The rows point into the texts, which the library only reads, though its types aren't const.
-std::vector<png_text> TextRows(std::vector<Picture::Text>& texts) {
-    std::vector<png_text> rows;
-    for (Picture::Text& text : texts) {
-        constexpr size_t kLong = 1000;  // where compression begins to pay
-        const bool isAscii =
-            std::ranges::all_of(text.text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-        png_text& row = rows.emplace_back();
-        row.key = text.keyword.data();
-        row.text = text.text.data();
-        row.compression = !isAscii || text.keyword == kXmpKeyword ? PNG_ITXT_COMPRESSION_NONE
-                          : text.text.size() > kLong              ? PNG_TEXT_COMPRESSION_zTXt
-                                                                  : PNG_TEXT_COMPRESSION_NONE;
-    }
-    return rows;
-}
-
 }  // namespace
 
 void ReadPng(std::span<const uint8_t> bytes, size_t maxSamples, Picture& picture) {
@@ -207,16 +167,16 @@ void ReadPng(std::span<const uint8_t> bytes, size_t maxSamples, Picture& picture
         if (length + kSum > bytes.size() - at - kHead) ThrowDamaged("it ends early");
         at += kHead + length + kSum;
     }
-    PngFile file(true);
-    file.left = bytes;
+    PngFile file(bytes);
     ReadPixels(file, maxSamples, picture);
     ReadMetadata(file, picture);
 }
 
 Bytes WritePng(const Picture& picture) {
-    PngFile file(false);
+    PngFile file;
     png_structp const png = file.png;
     png_infop const info = file.info;
+    // The library only reads chunks and texts, but its types aren't const.
     std::vector<Bytes> chunks = picture.chunks;
     if (chunks.empty() && !picture.profile.empty()) chunks.push_back(DeflateProfile(picture.profile));
     std::vector<png_unknown_chunk> raw;
@@ -228,7 +188,15 @@ Bytes WritePng(const Picture& picture) {
         row.location = PNG_HAVE_IHDR;
     }
     std::vector<Picture::Text> copies = picture.texts;
-    const std::vector<png_text> texts = TextRows(copies);
+    std::vector<png_text> texts;
+    for (Picture::Text& text : copies) {
+        const bool isAscii = std::ranges::all_of(text.text, [](char c) { return static_cast<uint8_t>(c) < 0x80; });
+        png_text& row = texts.emplace_back();
+        row.key = text.keyword.data();
+        row.text = text.text.data();
+        row.compression =
+            isAscii && text.keyword != kXmpKeyword ? PNG_TEXT_COMPRESSION_NONE : PNG_ITXT_COMPRESSION_NONE;
+    }
     Bytes exif = picture.exif;
     if (exif.empty() && picture.orientation != 1) {
         const auto orientation = static_cast<uint8_t>(picture.orientation);
@@ -253,7 +221,7 @@ Bytes WritePng(const Picture& picture) {
         for (int32_t y = 0; y < picture.height; ++y) png_write_row(png, picture.Row(static_cast<size_t>(y)));
         png_write_end(png, nullptr);
     });
-    return std::move(file.written);
+    return std::move(file.output);
 }
 
 }  // namespace stairmelt

@@ -1,13 +1,13 @@
-// Reads and writes TIFF files in memory with libtiff.
+// Reads and writes TIFF files with libtiff.
 #include <tiffio.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
 #include <memory>
 #include <new>
+#include <utility>
 
 #include "tools/pictures/codecs.h"
 #include "tools/pictures/exif.h"
@@ -18,11 +18,11 @@ namespace {
 
 constexpr double kCentimetresPerInch = 2.54;
 
-// The texts for which TIFF has tags, and their PNG keywords. If two share a tag, the first is used.
+// The texts for which TIFF has tags, and their PNG keywords. If two share a tag, the last is used.
 constexpr std::pair<uint16_t, const char*> kTextTags[] = {
     {TIFFTAG_DOCUMENTNAME, "Title"},
-    {TIFFTAG_IMAGEDESCRIPTION, "Description"},
     {TIFFTAG_IMAGEDESCRIPTION, "Comment"},
+    {TIFFTAG_IMAGEDESCRIPTION, "Description"},
     {TIFFTAG_MAKE, "Make"},
     {TIFFTAG_MODEL, "Model"},
     {TIFFTAG_SOFTWARE, "Software"},
@@ -38,74 +38,52 @@ constexpr Kind kPhotometrics[] = {
     {PHOTOMETRIC_MINISWHITE, 1}, {PHOTOMETRIC_PALETTE, 1},
 };
 
-// The state for the library's callbacks, and the library's handle, which is closed at the end.
-class TiffFile {
-public:
-    explicit TiffFile(std::span<const uint8_t> read) : read_(read) { Open("r"); }
+// The library's handle, which is closed at the end.
+struct TiffFile : LibraryFile {
+    TIFF* tiff = nullptr;
+
+    explicit TiffFile(std::span<const uint8_t> bytes) : LibraryFile{.input = bytes} { Open("r"); }
     // For writing after the bytes that are there already; the library replaces the first eight of them.
-    TiffFile(const char* mode, Bytes begin) : written_(std::move(begin)) { Open(mode); }
+    TiffFile(const char* mode, Bytes begin) : LibraryFile{.output = std::move(begin)} { Open(mode); }
     ~TiffFile() { Close(); }
     TiffFile(const TiffFile&) = delete;
     TiffFile& operator=(const TiffFile&) = delete;
 
-    operator TIFF*() const { return tiff_; }
-    Bytes Close() {
-        if (tiff_ != nullptr) TIFFClose(tiff_);
-        tiff_ = nullptr;
-        return std::move(written_);
+    operator TIFF*() const { return tiff; }
+    void Close() {
+        if (tiff != nullptr) TIFFClose(std::exchange(tiff, nullptr));
     }
-
-    // Throws the library's message unless the step succeeded.
     void Require(bool hasSucceeded) const {
-        if (hasSucceeded) return;
-        if (isMemoryShort_) throw std::bad_alloc();
-        ThrowDamaged(message_.data());
+        if (!hasSucceeded) Throw();
     }
-
     template <class T>
     T Field(uint32_t tag, T otherwise) const {
         T value{};
-        return TIFFGetFieldDefaulted(tiff_, tag, &value) != 0 ? value : otherwise;
+        return TIFFGetFieldDefaulted(tiff, tag, &value) != 0 ? value : otherwise;
     }
     template <class Container>
     Container BytesField(uint32_t tag) const {
         uint32_t count = 0;
         const uint8_t* data = nullptr;
-        return TIFFGetField(tiff_, tag, &count, &data) != 0 ? Container(data, data + count) : Container();
+        return TIFFGetField(tiff, tag, &count, &data) != 0 ? Container(data, data + count) : Container();
     }
 
 private:
-    static TiffFile& Of(thandle_t handle) { return *static_cast<TiffFile*>(handle); }
-
-    static tmsize_t Read(thandle_t handle, void* to, tmsize_t size) {
-        TiffFile& file = Of(handle);
-        const size_t at = static_cast<size_t>(std::min<uint64_t>(file.at_, file.read_.size()));
-        const std::span<const uint8_t> part = file.read_.subspan(at, std::min<size_t>(size, file.read_.size() - at));
-        std::ranges::copy(part, static_cast<uint8_t*>(to));
-        file.at_ += part.size();
-        return static_cast<tmsize_t>(part.size());
+    static TiffFile& Of(void* file) { return *static_cast<TiffFile*>(file); }
+    static tmsize_t OnRead(thandle_t file, void* to, tmsize_t size) {
+        return static_cast<tmsize_t>(Of(file).Read(static_cast<uint8_t*>(to), static_cast<size_t>(size)));
     }
-    static tmsize_t Write(thandle_t handle, void* from, tmsize_t size) {
-        TiffFile& file = Of(handle);
-        const size_t at = static_cast<size_t>(file.at_), end = at + static_cast<size_t>(size);
-        try {
-            if (end > file.written_.size()) file.written_.resize(end);
-        } catch (const std::bad_alloc&) {
-            file.isMemoryShort_ = true;
-            return -1;
-        }
-        std::memcpy(&file.written_[at], from, static_cast<size_t>(size));
-        file.at_ = end;
-        return size;
+    static tmsize_t OnWrite(thandle_t file, void* from, tmsize_t size) {
+        return static_cast<tmsize_t>(Of(file).Write(static_cast<uint8_t*>(from), static_cast<size_t>(size)));
     }
-    static toff_t Seek(thandle_t handle, toff_t to, int from) {
-        TiffFile& file = Of(handle);
-        return file.at_ = to + (from == SEEK_CUR ? file.at_ : from == SEEK_END ? Size(handle) : 0);
+    static toff_t OnSeek(thandle_t file, toff_t to, int from) {
+        return Of(file).at = to + (from == SEEK_CUR ? Of(file).at : from == SEEK_END ? OnSize(file) : 0);
     }
-    static toff_t Size(thandle_t handle) { return Of(handle).read_.size() + Of(handle).written_.size(); }
-    static int OnError(TIFF*, void* file, const char*, const char* format, va_list words) {
-        auto& message = static_cast<TiffFile*>(file)->message_;
-        if (message[0] == '\0') std::vsnprintf(message.data(), message.size(), format, words);
+    static toff_t OnSize(thandle_t file) { return Of(file).input.size() + Of(file).output.size(); }
+    static int OnError(TIFF*, void* file, const char*, const char* format, va_list values) {
+        char words[sizeof(message)];
+        std::vsnprintf(words, sizeof(words), format, values);
+        Of(file).Report(words);
         return 1;
     }
 
@@ -119,19 +97,12 @@ private:
         TIFFOpenOptionsSetWarningHandlerExtR(
             options.get(), [](TIFF*, void*, const char*, const char*, va_list) { return 1; }, nullptr);
         TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(),
-                                            static_cast<tmsize_t>(std::max(kMaxPiece, 8 * read_.size())));
-        tiff_ = TIFFClientOpenExt(
-            "picture", mode, this, Read, Write, Seek, [](thandle_t) { return 0; }, Size, nullptr, nullptr,
+                                            static_cast<tmsize_t>(std::max(kMaxPiece, 8 * input.size())));
+        tiff = TIFFClientOpenExt(
+            "picture", mode, this, OnRead, OnWrite, OnSeek, [](thandle_t) { return 0; }, OnSize, nullptr, nullptr,
             options.get());
-        Require(tiff_ != nullptr);
+        Require(tiff != nullptr);
     }
-
-    TIFF* tiff_ = nullptr;
-    std::span<const uint8_t> read_;
-    Bytes written_;
-    uint64_t at_ = 0;
-    bool isMemoryShort_ = false;
-    std::array<char, 200> message_{};  // the library's first words: the later ones are consequences
 };
 
 // How the file's pixels become samples.
@@ -206,39 +177,34 @@ void ReadIndexed(const TiffFile& file, size_t fileSize, size_t maxSamples, Pictu
     picture.samples.resize(picture.RowBytes() * static_cast<size_t>(picture.height));
 }
 
-// Strips are read like tiles of the picture's width.
-void ReadBlocks(const TiffFile& file, const TiffPixels& pixels, Picture& picture) {
+// Where there are no tiles, a row is read like a tile of the picture's width.
+void ReadTiles(const TiffFile& file, const TiffPixels& pixels, Picture& picture) {
     const auto right = static_cast<uint32_t>(picture.width), bottom = static_cast<uint32_t>(picture.height);
     const bool isTiled = TIFFIsTiled(file) != 0;
-    const auto width = isTiled ? file.Field<uint32_t>(TIFFTAG_TILEWIDTH, 0) : right;
-    const auto height = file.Field<uint32_t>(isTiled ? TIFFTAG_TILELENGTH : TIFFTAG_ROWSPERSTRIP, 0);
-    const auto rowBytes = static_cast<size_t>(isTiled ? TIFFTileRowSize(file) : TIFFScanlineSize(file));
+    const uint32_t width = isTiled ? file.Field<uint32_t>(TIFFTAG_TILEWIDTH, 0) : right;
+    const uint32_t height = isTiled ? file.Field<uint32_t>(TIFFTAG_TILELENGTH, 0) : 1;
+    const tmsize_t size = isTiled ? TIFFTileSize(file) : TIFFScanlineSize(file);
     const size_t pixelBytes = picture.PixelBytes(), sampleBytes = static_cast<size_t>(picture.depth / 8);
     const size_t step = pixels.isPlanar ? sampleBytes : pixelBytes;  // in the file
-    const bool isInPlace = !isTiled && !pixels.isPlanar;
-    constexpr tmsize_t kMaxBlock = 1 << 28;
-    const tmsize_t size = isTiled ? TIFFTileSize(file) : TIFFStripSize(file);
-    if (width == 0 || height == 0 || rowBytes != step * width || size <= 0 ||
-        size > std::max(kMaxBlock, static_cast<tmsize_t>(picture.samples.size())))
+    const size_t rowBytes = step * width;
+    constexpr size_t kMaxTile = 1 << 28;
+    if (width == 0 || height == 0 || size <= 0 || static_cast<size_t>(size) / height != rowBytes ||
+        static_cast<size_t>(size) > std::max(kMaxTile, picture.samples.size()))
         ThrowDamaged("its strips or tiles make no sense");
-    Bytes block(isInPlace ? 0 : static_cast<size_t>(size));
-    uint32_t index = 0;
-    for (size_t plane = 0; plane < (pixels.isPlanar ? pixels.samples : 1U); ++plane) {
+    Bytes tile(static_cast<size_t>(size));
+    const uint16_t planes = pixels.isPlanar ? pixels.samples : 1;
+    for (uint16_t plane = 0; plane < planes; ++plane) {
         for (uint32_t top = 0; top < bottom; top += std::min(height, bottom - top)) {
-            const uint32_t rows = std::min(height, bottom - top);
-            for (uint32_t left = 0; left < right; left += std::min(width, right - left), ++index) {
-                if (isTiled) {
-                    file.Require(TIFFReadEncodedTile(file, index, block.data(), size) == size);
-                } else {
-                    const auto wanted = static_cast<tmsize_t>(rows * rowBytes);
-                    void* const to = isInPlace ? picture.Row(top) : block.data();
-                    file.Require(TIFFReadEncodedStrip(file, index, to, wanted) == wanted);
-                }
-                const uint32_t columns = std::min(width, right - left);
-                for (uint32_t y = 0; !isInPlace && y < rows; ++y) {
-                    const uint8_t* const from = &block[y * rowBytes];
-                    uint8_t* const place = picture.Row(top + y) + left * pixelBytes + plane * sampleBytes;
-                    for (size_t x = 0; x < columns; ++x) std::memcpy(place + x * pixelBytes, from + x * step, step);
+            for (uint32_t left = 0; left < right; left += std::min(width, right - left)) {
+                file.Require(isTiled ? TIFFReadTile(file, tile.data(), left, top, 0, plane) == size
+                                     : TIFFReadScanline(file, tile.data(), top, plane) == 1);
+                const size_t columns = std::min(width, right - left), rows = std::min(height, bottom - top);
+                const size_t run = pixels.isPlanar ? 1 : columns;  // pixels that stay together
+                for (size_t y = 0; y < rows; ++y) {
+                    const uint8_t* const from = &tile[y * rowBytes];
+                    uint8_t* const to = picture.Row(top + y) + left * pixelBytes + plane * sampleBytes;
+                    for (size_t x = 0; x < columns; x += run)
+                        std::memcpy(to + x * pixelBytes, from + x * step, run * step);
                 }
             }
         }
@@ -267,15 +233,12 @@ void ReadMetadata(const TiffFile& file, std::span<const uint8_t> bytes, Picture&
     }
     picture.morePages = TIFFLastDirectory(file) == 0;
 
-    const auto compression = file.Field<uint16_t>(TIFFTAG_COMPRESSION, COMPRESSION_NONE);
+    picture.compression = file.Field<uint16_t>(TIFFTAG_COMPRESSION, COMPRESSION_NONE);
+    if (picture.compression == COMPRESSION_DEFLATE) picture.compression = COMPRESSION_ADOBE_DEFLATE;
+    constexpr uint16_t kKept[] = {COMPRESSION_NONE, COMPRESSION_PACKBITS, COMPRESSION_ADOBE_DEFLATE};
+    if (std::ranges::find(kKept, picture.compression) == std::end(kKept))
+        picture.compression = COMPRESSION_LZW;  // lossless, and every program reads it
     const auto predictor = file.Field<uint16_t>(TIFFTAG_PREDICTOR, PREDICTOR_NONE);
-    switch (compression) {
-        case COMPRESSION_NONE:
-        case COMPRESSION_PACKBITS: picture.compression = compression; return;
-        case COMPRESSION_DEFLATE:
-        case COMPRESSION_ADOBE_DEFLATE: picture.compression = COMPRESSION_ADOBE_DEFLATE; break;
-        default: picture.compression = COMPRESSION_LZW; break;  // lossless, and every program reads it
-    }
     if (predictor == PREDICTOR_HORIZONTAL || (predictor == PREDICTOR_FLOATINGPOINT && picture.depth == 32))
         picture.predictor = predictor;
 }
@@ -313,8 +276,7 @@ void WriteTags(const TiffFile& file, const Picture& picture, const ExifReader& e
     for (const auto& [tag, keyword] : kTextTags) {
         std::string text = textOf(keyword);
         if (text.empty()) text = exif.Text(tag);
-        const char* earlier = nullptr;
-        if (!text.empty() && TIFFGetField(file, tag, &earlier) == 0) set(tag, text.c_str());
+        if (!text.empty()) set(tag, text.c_str());
     }
     for (const uint16_t tag : {kExifTag, kGpsTag})
         if (const uint64_t place = exif.Number(tag); place != 0) set(tag, place);
@@ -334,7 +296,7 @@ void ReadTiff(std::span<const uint8_t> bytes, size_t maxSamples, Picture& pictur
         ReadIndexed(file, bytes.size(), maxSamples, picture);
     } else {
         AllocateSamples(bytes.size(), maxSamples, picture);
-        ReadBlocks(file, pixels, picture);
+        ReadTiles(file, pixels, picture);
     }
     ReadMetadata(file, bytes, picture);
 }
@@ -353,7 +315,8 @@ Bytes WriteTiff(const Picture& picture) {
         file.Require(TIFFWriteScanline(file, row.data(), y, 0) == 1);
     }
     file.Require(TIFFWriteDirectory(file) != 0);
-    return file.Close();
+    file.Close();
+    return std::move(file.output);
 }
 
 }  // namespace stairmelt

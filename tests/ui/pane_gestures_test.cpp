@@ -183,6 +183,14 @@ TEST_F(PaneGestures, RightPressShowsThePlaceAtFullSize) {
     PointAt({250 + 30, 190 + 10});
     Send(WM_RBUTTONDOWN);
     EXPECT_SHOWN(240, 180, 1000 + 30 * 16, 750 + 10 * 16);
+    Close(IDCANCEL);
+
+    // In a tall image a place may lie lower than the image is wide.
+    ASSERT_TRUE(OpenPicture(600, 2000));
+    for (int i = 0; i < 2; ++i) ClickOn(IDC_ZOOM_OUT);
+    PointAt({250, 190 + 100});
+    Send(WM_RBUTTONDOWN);
+    EXPECT_SHOWN(240, 180, 300, 1000 + 100 * 4);
 }
 
 TEST_F(PaneGestures, DraggingMovesTheViewAndStopsAtTheEdges) {

@@ -115,7 +115,7 @@ FakeHost::FakeHost() {
     }
     gCurrentHost = this;
     std::memset(&guarded, 0, sizeof(guarded));
-    BeginRun();
+    FakeHost::BeginRun();
 }
 
 FakeHost::~FakeHost() { gCurrentHost = nullptr; }

@@ -26,11 +26,12 @@ KERNELS = re.compile(r"(plain|baseline|avx2)_(d\d+|planner)\.cpp$")
 INCLUDED = re.compile(r'^#include "(.*)"', re.MULTILINE)  # by a file that holds several sources
 KERNELS_READ = ("plain_d8.cpp", "baseline_d16.cpp", "avx2_d32.cpp", "baseline_planner.cpp", "avx2_planner.cpp")
 CROSS_COMPILER = "x86_64-w64-mingw32-g++-posix"
-# For clang's analyzer. Paths through a function to follow at most: its own limit is ten times as high, and what it finds
-# beyond this one, in the string and map templates of the tools, isn't worth the minutes. And functions of included
-# files are read, too.
-ANALYZER = ["--extra-arg=-Xclang", "--extra-arg=-analyzer-config", "--extra-arg=-Xclang", "--extra-arg=max-nodes=20000",
-            "--extra-arg=-Xclang", "--extra-arg=-analyzer-opt-analyze-headers"]
+# Paths through a function that clang's analyzer follows at most. Its own limit is ten times as high, and what it finds
+# beyond this one, in the string and map templates of the tools, isn't worth the minutes.
+NODES = ["--extra-arg=-Xclang", "--extra-arg=-analyzer-config", "--extra-arg=-Xclang", "--extra-arg=max-nodes=20000"]
+# It reads the functions of the sources that a file includes, too. (In the kernels it would take constants that are
+# arguments of templates for uninitialised.)
+INCLUDED_TOO = ["--extra-arg=-Xclang", "--extra-arg=-analyzer-opt-analyze-headers"]
 
 # The style checks would ask for const pointers where the system wants others. Of what cppcheck 2.10 finds it misreads two
 # things: a number made with braces within an index (constStatement), and a pointer to a container's new element
@@ -88,7 +89,9 @@ def run(command):
 
 def tidy(source, headers):
     path, build, is_windows = source
-    command = ["clang-tidy", "-p", build / "static-analysis", "--quiet", "--checks=-bugprone-suspicious-include", *ANALYZER]
+    command = ["clang-tidy", "-p", build / "static-analysis", "--quiet", "--checks=-bugprone-suspicious-include", *NODES]
+    if path.suffix == ".cxx":
+        command += INCLUDED_TOO
     if is_windows:
         command += ["--extra-arg=--target=x86_64-w64-mingw32", "--extra-arg=-nostdinc++"]
         command += [f"--extra-arg=-isystem{folder}" for folder in headers]

@@ -1,6 +1,7 @@
 #include "tools/pictures/picture_file.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
 #include <new>
 #include <string>
@@ -59,7 +60,7 @@ size_t LibraryFile::Write(const uint8_t* from, size_t size) {
 }
 
 void LibraryFile::Report(const char* words) {
-    if (message[0] == '\0') std::strncpy(message.data(), words, message.size() - 1);
+    if (message[0] == '\0') std::snprintf(message.data(), message.size(), "%s", words);
 }
 
 void LibraryFile::Leave(const char* words) {

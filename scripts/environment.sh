@@ -80,7 +80,7 @@ build_targets() (
     if [ -t 2 ]; then
         "${build[@]}" >&2
     else
-        say "building: $steps steps, about $((steps * 2 / 3 + 2)) seconds on two cores"
+        say "building: $steps steps, about $((steps * 2)) seconds on two cores"
         quietly build/build.log "${build[@]}"
     fi
 )

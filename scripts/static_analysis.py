@@ -49,8 +49,8 @@ def cross_headers():
     return [os.path.realpath(f) for f in folders if "c++" in f or f.endswith("x86_64-w64-mingw32/include")]
 
 
-# What only GCC knows, or what makes clang-tidy read the sources as for another system.
-NOT_FOR_CLANG = re.compile(r" -(fno-ipa-ra|fno-threadsafe-statics|Wno-subobject-linkage)\b")
+# What only GCC knows, precompiled headers among it, or what makes clang-tidy read the sources as for another system.
+NOT_FOR_CLANG = re.compile(r' -(fno-ipa-ra|fno-threadsafe-statics|Wno-subobject-linkage)\b| -include (\\".*?\\"|\S*cmake_pch\.hxx)')
 
 
 def commands_for_clang(build):

@@ -247,8 +247,8 @@ class RunFilter(unittest.TestCase):
         self.write("values/settings", b"\0" * 50)
         self.assertIn("threshold 10, softness 70, bias 0", self.smooth("in.png", "out.png"))
         # Without the option they are in the application data. Wine takes that folder from a Windows program alone.
-        subprocess.run([*COMMAND[:-1], "cmd", "/c", f"set APPDATA=.&& {COMMAND[-1]} --bias 5 in.png out.png".replace("/", "\\")],
-                       cwd=self.directory, stdout=subprocess.DEVNULL, check=True)
+        subprocess.run([*COMMAND[:-1], "cmd", "/c", "set", "APPDATA=.&&", COMMAND[-1].replace("/", "\\"), "--bias", "5", "in.png",
+                        "out.png"], cwd=self.directory, stdout=subprocess.DEVNULL, check=True)
         self.assertIn(b"Bias=5", self.read("stairmelt/runfilter.settings"))
 
     def test_repeated_runs_give_the_picture_of_one_and_the_times(self):

@@ -265,12 +265,14 @@ TEST_F(PaneGestures, HostsWithoutCursorsGetTheSystems) {
         ASSERT_TRUE(OpenPicture(600, 500));
         const std::pair<POINT, const char*> rows[] = {{kPaneMiddle, IDC_HAND}, {kBesidePane, IDC_ARROW}};
         for (const auto& [place, wanted] : rows) {
-            PointAt(place);
-            Send(WM_MOUSEMOVE);
-            // The system reports the cursor of whichever window it takes to be in the foreground.
+            // The system reports the cursor of whichever window it takes to be in the foreground, and may change it.
             CURSORINFO info = {};
             info.cbSize = sizeof info;
-            const auto isShown = [&] { return GetCursorInfo(&info) && info.hCursor == LoadCursorA(nullptr, wanted); };
+            const auto isShown = [&] {
+                PointAt(place);
+                Send(WM_MOUSEMOVE);
+                return GetCursorInfo(&info) && info.hCursor == LoadCursorA(nullptr, wanted);
+            };
             for (DWORD waited = 0; !isShown() && waited < kPatience; waited += 10) Sleep(10);
             EXPECT_TRUE(isShown()) << place.x << " " << hasHooks;
         }

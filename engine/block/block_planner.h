@@ -235,8 +235,8 @@ private:
     ActionSink& sink;
     BlockPlace places[kBlocks];  // of the flagged blocks that wait for a full vector
     int placed = 0;
-    uint8_t measuredRamps[kMeasuredKinds + 1][64] =
-        {};  // of a block's pixels, by slot; 0 where not measured: such ramps have higher numbers
+    // Of a block's pixels, by slot. 0 where not measured: measured ramps have the numbers from kStairRamps on.
+    uint8_t measuredRamps[kMeasuredKinds + 1][64] = {};
     RunPair longRuns[kMeasuredKinds][64];  // of those whose ramp is kLongRamp
     Action actions[kBatch];
     RunPair lengths[kBatch];

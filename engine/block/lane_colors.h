@@ -62,8 +62,8 @@ inline __m128i DivideBy65535(__m128i lanes) {
 inline __m256i MixWords(__m256i samples, __m256i targets, __m256i weights) {
     const __m256i lesser = _mm256_min_epi16(samples, targets);
     const __m256i distance = _mm256_sub_epi16(_mm256_max_epi16(samples, targets), lesser);
-    const __m256i ofGreater =
-        _mm256_xor_si256(weights, _mm256_cmpgt_epi16(samples, targets));  // weight, or 65535 minus it,
+    // The weight, or 65535 minus it.
+    const __m256i ofGreater = _mm256_xor_si256(weights, _mm256_cmpgt_epi16(samples, targets));
     const __m256i high = _mm256_mulhi_epu16(distance, ofGreater);
     const __m256i low = _mm256_mullo_epi16(distance, ofGreater);
     const __m256i carry = _mm256_cmpeq_epi16(_mm256_adds_epu16(high, low), _mm256_set1_epi16(-1));

@@ -3,8 +3,8 @@
 //   [name under which a plug-in registered its values]
 //   Thsh=10
 //
-// A key is four letters or digits, or 0x and eight hexadecimal digits. Invalid lines are skipped; the
-// others are still read.
+// A key is four letters or digits, or 0x and eight hexadecimal digits. Invalid lines are skipped; the others
+// are still read.
 #pragma once
 
 #include <filesystem>

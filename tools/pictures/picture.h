@@ -1,5 +1,5 @@
-// A picture and its metadata between reading and writing. Samples have the file's
-// full range here (16 bits: 0..65535), and CMYK counts ink; host_samples.h converts them for the host.
+// A picture and its metadata between reading and writing. Samples have the file's full range here (16 bits: 0..65535),
+// and CMYK counts ink; host_samples.h converts them for the host.
 #pragma once
 
 #include <cstddef>

@@ -9,12 +9,12 @@
 namespace stairmelt {
 namespace {
 
-struct Row {
+struct ResultRow {
     int16_t result;
     const char* words;
 };
 
-constexpr Row kRows[] = {
+constexpr ResultRow kResultRows[] = {
     {kReadErr, "it couldn't read the script's values"},
     {kParamErr, "a call to the host had bad parameters"},
     {kMemFullErr, "there isn't enough memory"},
@@ -35,8 +35,8 @@ constexpr Row kRows[] = {
 
 std::string DescribeResult(int16_t result) {
     const std::string number = " (result " + std::to_string(result) + ")";
-    const auto row = std::ranges::find(kRows, result, &Row::result);
-    if (row != std::end(kRows)) return row->words + number;
+    const auto row = std::ranges::find(kResultRows, result, &ResultRow::result);
+    if (row != std::end(kResultRows)) return row->words + number;
     return (result > 0 ? "it stopped without a reason" : "it failed") + number;
 }
 

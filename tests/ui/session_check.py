@@ -31,7 +31,7 @@ UNFILTERED = (10, 30, 480, 4)  # a part of the pane with a stair, which is unfil
 
 class Session(unittest.TestCase):
     def setUp(self):
-        self.display = self.enter(VirtualDisplay())
+        self.display = self.enter(VirtualDisplay("openbox"))
         self.directory = pathlib.Path(self.enter(tempfile.TemporaryDirectory()))
         y, x = numpy.mgrid[:600, :700]
         samples = numpy.dstack((x & 255, y & 255, (x >> 8) << 4 | y >> 8 | numpy.where(x > 3 * y // 2, 128, 0)))

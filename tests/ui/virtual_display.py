@@ -1,10 +1,12 @@
 #!/usr/bin/env python3
-"""Runs a command on a screen of its own: virtual_display.py COMMAND...
+"""Runs a Windows program on a screen of its own, an Xvfb of 1280 x 1024 pixels: virtual_display.py WINE PROGRAM...
 
-The screen is an Xvfb of 1280 x 1024 pixels with openbox as its window manager. Its own keys and mouse gestures are off,
-since Alt, the wheel and double clicks belong to the programs. Windows have no frames: the height of a title bar depends
-on the installed fonts, and a window whose title bar doesn't fit above it would be moved down. A window gets the focus when
-it is clicked: given to new windows, it would arrive at any time, and Wine would move its own focus then.
+There is no window manager: its answers would arrive at any time, some with places where a window is only in passing. Wine
+frames, places and focuses the windows of such a program itself.
+
+Sessions by real mouse and keyboard input need openbox. Its own keys and mouse gestures are off, since Alt, the wheel and
+double clicks belong to the programs. A window gets the focus when it is clicked: given to new windows, it would arrive at
+any time, and Wine would move its own focus then.
 """
 
 import contextlib
@@ -41,7 +43,11 @@ def eventually(probe, wanted):
 
 
 class VirtualDisplay(contextlib.ExitStack):
-    """Runs for the length of a `with` block; `environment` is for the programs on it."""
+    """Runs for the length of a `with` block; `environment` is for the programs on it. manager: "openbox" or None."""
+
+    def __init__(self, manager=None):
+        super().__init__()
+        self.manager = manager
 
     def __enter__(self):
         self.directory = pathlib.Path(self.enter_context(tempfile.TemporaryDirectory()))
@@ -53,6 +59,8 @@ class VirtualDisplay(contextlib.ExitStack):
         os.close(writing)
         with os.fdopen(reading) as stream:
             self.environment = dict(os.environ, DISPLAY=":" + stream.readline().strip())
+        if self.manager != "openbox":
+            return self
         self.run("openbox", "--sm-disable", "--config-file", config, "--startup", f"touch '{started}'",
                  env=self.environment)
         if not eventually(started.exists, True):
@@ -77,5 +85,8 @@ class VirtualDisplay(contextlib.ExitStack):
 
 
 if __name__ == "__main__":
+    wine, program = sys.argv[1:3]
+    KEY = rf"HKCU\Software\Wine\AppDefaults\{pathlib.Path(program).name}\X11 Driver"
+    subprocess.run([wine, "reg", "add", KEY, "/v", "Managed", "/d", "N", "/f"], stdout=subprocess.DEVNULL, check=True)
     with VirtualDisplay() as display:
         sys.exit(subprocess.run(sys.argv[1:], env=display.environment, check=False).returncode)

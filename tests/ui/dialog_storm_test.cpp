@@ -101,7 +101,7 @@ TEST_F(DialogStorm, EndsInADialogThatWorks) {
     for (const uint64_t seed : {11u, 12u}) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         SeededRandom random(seed);
-        EXPECT_LT(Storm(random, 3000), 300) << "much of it met a closed dialog";
+        EXPECT_LT(Storm(random, 1500), 150) << "much of it met a closed dialog";
         if (HasEnded()) Reopen();
         ASSERT_NE(dialog, nullptr) << "after " << last;
         for (const ParameterRow& row : kRows) {

@@ -5,7 +5,7 @@
 #include <cstring>
 
 #include "engine/kernel_sets.h"
-#include "engine/plain/edge_builder.h"
+#include "engine/plain/plain_kernel.h"
 #include "engine/rules/scan_weights.h"
 
 namespace stairmelt {

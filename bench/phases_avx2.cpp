@@ -23,10 +23,10 @@ PhaseSeconds MeasurePhases(const KernelJob& job) {
     struct Discard final : ActionSink {
         void Perform(const Action*, int, const RunPair*) override {}
     } discard;
-    PlanVisits(job, Format::kPixelBytes, planes, discard);
+    PlanVisits(image.width, image.height, planes, discard);
     const auto planned = Clock::now();
     Painter<Format> painter(job, DeriveScanWeights<Format>(job), planes);
-    PlanVisits(job, Format::kPixelBytes, planes, painter);
+    PlanVisits(image.width, image.height, planes, painter);
     const double plan = seconds(planned - built);
     return {seconds(allocated - start), seconds(built - allocated), plan, seconds(Clock::now() - planned) - plan};
 }

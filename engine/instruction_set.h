@@ -15,10 +15,21 @@
 
 namespace stairmelt {
 
+inline namespace STAIRMELT_SET {
+
+template <class Format>
+struct SampleColors;
+
 // Available on every x86-64 machine. The other set, Avx2, is in avx2.h.
 struct Baseline {
-    static constexpr bool kHasVectors = false;  // wider than SSE2's (block/avx2.h)
+    static constexpr bool kHasVectors = false;  // wider than SSE2's
+    template <class Format>
+    using Colors = SampleColors<Format>;
+    template <class Format>
+    struct StrokeOf {};
 };
+
+}  // namespace STAIRMELT_SET
 
 // True if this machine and its operating system support every instruction that files compiled for AVX2 may use.
 bool HasAvx2();

@@ -4,14 +4,8 @@
 
 namespace stairmelt {
 
-namespace {
-
-bool Always() { return true; }
-
-}  // namespace
-
-const KernelSet kPlainKernels = {"plain", Always, {&kPlainD8, &kPlainD16, &kPlainD32}};
-const KernelSet kBaselineKernels = {"baseline", Always, {&kBaselineD8, &kBaselineD16, &kBaselineD32}};
+const KernelSet kPlainKernels = {"plain", [] { return true; }, {&kPlainD8, &kPlainD16, &kPlainD32}};
+const KernelSet kBaselineKernels = {"baseline", [] { return true; }, {&kBaselineD8, &kBaselineD16, &kBaselineD32}};
 const KernelSet kAvx2Kernels = {"avx2", HasAvx2, {&kAvx2D8, &kAvx2D16, &kAvx2D32}};
 
 bool IsForBlocks(int32_t width, int32_t height) {

@@ -68,9 +68,7 @@ struct PixelFormat : SampleDepth {
     static constexpr int kPixelSize = Channels + Extra;  // samples from one pixel to the next
     static constexpr int kPixelBytes = kPixelSize * static_cast<int>(sizeof(typename Depth::Sample));
     static constexpr int kOpacity = Channels;  // index of the opacity sample
-    // Where the set's vectors are used: to mix all colours of a pixel (a single one gains nothing), to compare chunks
-    // of a row, and to change several pixels at once.
-    static constexpr bool kMixesLanes = Set::kHasVectors && Channels > 1;
+    // Where the set's vectors are used to compare chunks of a row, and to change several pixels at once.
     static constexpr bool kComparesChunks =
         Set::kHasVectors && (Depth::kBits == 32 || (Depth::kBits == 8 && Extra == 0));
     static constexpr bool kMixesStrokes = Set::kHasVectors && Depth::kBits == 8 && Extra == 0;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cassert>
 #include <cstddef>
 #include <cstdint>
@@ -42,6 +43,7 @@ enum ActionKind : uint8_t {
 };
 
 // Runs and tails are numbered in the order of directions.
+constexpr bool IsRunOrTail(int kind) { return kind < kRiserFade || (kind >= kUpRun && kind < kTreadFade); }
 constexpr bool IsTail(int kind) { return kind < kUpRun ? kind % 2 != 0 : (kind - kUpRun) % 2 != 0; }
 constexpr const RunScanner& ScannerOf(int kind) {
     return kDirections[kind < kUpRun ? kind / 2 : 2 + (kind - kUpRun) / 2].forth;
@@ -104,17 +106,15 @@ constexpr RunPair RunOfRamp(int ramp) {
 }
 
 // The blend of each kind that makes a single one; {} for other kinds.
-struct BlendTable {
-    Blend of[kActionKinds];
-};
+using BlendTable = std::array<Blend, kActionKinds>;
 template <class... Rules>
-constexpr void SetBlends(BlendTable& table, int kind) {
-    ((table.of[kind++] = Rules::kBlend), ...);
+constexpr void SetBlends(BlendTable& table, size_t kind) {
+    ((table[kind++] = Rules::kBlend), ...);
 }
 constexpr BlendTable MakeBlends() {
     BlendTable table{};
-    table.of[kContactRightBlend] = kContactRight;
-    table.of[kContactLeftBlend] = kContactLeft;
+    table[kContactRightBlend] = kContactRight;
+    table[kContactLeftBlend] = kContactLeft;
     SetBlends<RestoreRight1, RestoreRight2, RestoreRight3>(table, kRestoreRight);
     SetBlends<RestoreDown1, RestoreDown2, RestoreDown3>(table, kRestoreDown);
     SetBlends<RestoreCorner1, RestoreCorner2>(table, kRestoreCorner);
@@ -124,32 +124,23 @@ constexpr BlendTable MakeBlends() {
 }
 inline constexpr BlendTable kBlends = MakeBlends();
 
-// The number of an unmeasured ramp: `first`, plus a run's facts. Each kind that may be measured has a slot of its own;
-// all others share the last one.
-constexpr int kMeasuredKinds = 2 * (4 + 8);
+// The number of a ramp that isn't measured: `first`, plus a run's facts.
 struct KindRamp {
-    uint8_t first, factShift, slot;
+    uint8_t first, factShift;
 };
-struct KindRampTable {
-    KindRamp of[kActionKinds];
-};
-constexpr KindRampTable MakeKindRamps() {
-    KindRampTable table{};
-    constexpr int kNoFacts = 16;
-    uint8_t slot = 0;
-    for (int kind = 0; kind < kActionKinds; ++kind) {
-        const bool isMeasured = kind < kContactRightBlend || (kind >= kUpRun && kind < kRestoreDown);
-        const int weight = static_cast<int>(kBlends.of[kind].weight);
-        table.of[kind] = {static_cast<uint8_t>(isMeasured ? 0 : kBlendRamps + weight), kNoFacts,
-                          isMeasured ? slot++ : static_cast<uint8_t>(kMeasuredKinds)};
+constexpr std::array<KindRamp, kActionKinds> MakeKindRamps() {
+    std::array<KindRamp, kActionKinds> table{};
+    constexpr uint8_t kNoFacts = 4 * kRunFacts;
+    for (size_t kind = 0; kind < kActionKinds; ++kind) {
+        table[kind] = {static_cast<uint8_t>(kBlendRamps + static_cast<int>(kBlends[kind].weight)), kNoFacts};
     }
-    table.of[kLeftRun].factShift = 0;
-    table.of[kRightRun].factShift = kRunFacts;
-    table.of[kUpRun].factShift = 2 * kRunFacts;
-    table.of[kDownRun].factShift = 3 * kRunFacts;
+    table[kLeftRun] = {0, 0};
+    table[kRightRun] = {0, kRunFacts};
+    table[kUpRun] = {0, 2 * kRunFacts};
+    table[kDownRun] = {0, 3 * kRunFacts};
     return table;
 }
-inline constexpr KindRampTable kKindRamps = MakeKindRamps();
+inline constexpr std::array<KindRamp, kActionKinds> kKindRamps = MakeKindRamps();
 
 // The distance from the image's border at which a visited pixel is inner: ramps of kMaxCached pixels stay inside the
 // image even where vectors process four pixels at a time.

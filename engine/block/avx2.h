@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
 
 #include "engine/block/byte_rows.h"
 #include "engine/block/lane_colors.h"
@@ -14,40 +15,85 @@
 
 namespace stairmelt::inline STAIRMELT_SET {
 
-// 64 pixels of bytes without opacity, and the one after them, channel by channel.
+// For shuffle_epi8, which gives zero where the place is kElsewhere: the places of a plane's 16 bytes in the parts of 16
+// pixels. Byte k of plane c is byte k * kSamples + c of all parts.
 template <int kSamples>
-class ByteRow {
-public:
-    static constexpr int kColumns = 64;
+struct BytePlaces {
+    uint8_t of[kSamples][kSamples][16];  // by plane and part
 
-    // Sums saturate at 255, which has to lie above the threshold.
-    static bool Supports(int32_t threshold) { return threshold >= 0 && threshold < 255; }
+    constexpr BytePlaces() : of() {
+        constexpr uint8_t kElsewhere = 0x80;
+        for (int i = 0; i < 16 * kSamples * kSamples; ++i) {
+            const int plane = i % kSamples, k = i / kSamples % 16, part = i / kSamples / 16;
+            const int place = k * kSamples + plane - 16 * part;
+            of[plane][part][k] = place >= 0 && place < 16 ? static_cast<uint8_t>(place) : kElsewhere;
+        }
+    }
+};
+template <int kSamples>
+inline constexpr BytePlaces<kSamples> kBytePlaces;
+
+// Two halves of a part of a row, and the pixel after it, channel by channel.
+template <class Half>
+class VectorRow {
+public:
+    static constexpr int kColumns = 2 * Half::kColumns;
+
+    static bool Supports(typename Half::Threshold threshold) { return Half::Supports(threshold); }
 
     void Load(const uint8_t* row) {
-        LoadHalf(row, 0);
-        LoadHalf(row + 32 * kSamples, 1);
-        for (int c = 0; c < kSamples; ++c) {
-            // Each plane, one column later.
-            const __m256i last = _mm256_zextsi128_si256(_mm_cvtsi32_si128(row[kColumns * kSamples + c]));
-            const auto shifted = [](__m256i low, __m256i high) {
-                return _mm256_alignr_epi8(_mm256_permute2x128_si256(low, high, 0x21), low, 1);
-            };
-            right[0][c] = shifted(here[0][c], here[1][c]);
-            right[1][c] = shifted(here[1][c], last);
+        Half::Load(row, here[0]);
+        Half::Load(row + Half::kBytes, here[1]);
+        for (int c = 0; c < Half::kSamples; ++c) {
+            right[0][c] = Half::OneLater(here[0][c], here[1][c]);
+            right[1][c] = Half::OneLater(here[1][c], Half::First(row + 2 * Half::kBytes, c));
         }
     }
 
-    static ChunkFlags Compare(const ByteRow& p, const ByteRow& q, int32_t edgeThreshold) {
-        const __m256i threshold = _mm256_set1_epi8(static_cast<char>(edgeThreshold));
+    static ChunkFlags Compare(const VectorRow& p, const VectorRow& q, typename Half::Threshold edgeThreshold) {
+        const typename Half::Vector threshold = Half::Filled(edgeThreshold);
         const auto differing = [&](const Planes& a, const Planes& b) {
-            return Differing(a[0], b[0], threshold) | Differing(a[1], b[1], threshold) << 32;
+            return Half::Differing(a[0], b[0], threshold) | Half::Differing(a[1], b[1], threshold) << Half::kColumns;
         };
         return {differing(p.here, p.right), differing(p.here, q.here), differing(p.here, q.right),
                 differing(p.right, q.here)};
     }
 
 private:
-    using Planes = __m256i[2][kSamples];  // of the first 32 columns, and of the others
+    using Planes = typename Half::Vector[2][Half::kSamples];
+    Planes here, right;
+};
+
+// 32 pixels of bytes without opacity.
+template <int kChannels>
+struct ByteHalf {
+    using Threshold = int32_t;
+    using Vector = __m256i;
+    static constexpr int kSamples = kChannels;
+    static constexpr int kColumns = 32;
+    static constexpr int kBytes = kColumns * kSamples;
+
+    // Sums saturate at 255, which has to lie above the threshold.
+    static bool Supports(int32_t threshold) { return threshold >= 0 && threshold < 255; }
+    static __m256i Filled(int32_t threshold) { return _mm256_set1_epi8(static_cast<char>(threshold)); }
+
+    // Each 16-byte half of a vector holds 16 of the pixels, so that no shuffle crosses the halves.
+    static void Load(const uint8_t* at, __m256i* planes) {
+        for (int c = 0; c < kSamples; ++c) {
+            planes[c] = _mm256_setzero_si256();
+            for (int part = 0; part < kSamples; ++part) {
+                const __m256i bytes = LoadHalves(at + 16 * part, at + kBytes / 2 + 16 * part);
+                const uint8_t* const places = kBytePlaces<kSamples>.of[c][part];
+                planes[c] = _mm256_or_si256(planes[c], _mm256_shuffle_epi8(bytes, LoadHalves(places, places)));
+            }
+        }
+    }
+
+    // A plane one column later, and what follows it.
+    static __m256i OneLater(__m256i plane, __m256i next) {
+        return _mm256_alignr_epi8(_mm256_permute2x128_si256(plane, next, 0x21), plane, 1);
+    }
+    static __m256i First(const uint8_t* at, int c) { return _mm256_zextsi128_si256(_mm_cvtsi32_si128(at[c])); }
 
     // Bit k is set where the pixels k differ.
     static uint64_t Differing(const __m256i* a, const __m256i* b, __m256i threshold) {
@@ -59,93 +105,56 @@ private:
         const __m256i isWithin = _mm256_cmpeq_epi8(_mm256_subs_epu8(sum, threshold), _mm256_setzero_si256());
         return ~static_cast<uint32_t>(_mm256_movemask_epi8(isWithin));
     }
-
-    // Each 16-byte half of a vector holds 16 of the pixels, so that no shuffle crosses the halves.
-    void LoadHalf(const uint8_t* at, int half) {
-        constexpr int kHalf = 16 * kSamples;
-        __m256i* const plane = here[half];
-        const auto part = [&](int index) { return LoadHalves(at + 16 * index, at + kHalf + 16 * index); };
-        if constexpr (kSamples == 1) {
-            plane[0] = part(0);
-        } else if constexpr (kSamples == 2) {
-            const __m256i low = _mm256_set1_epi16(0xFF);
-            plane[0] = _mm256_packus_epi16(_mm256_and_si256(part(0), low), _mm256_and_si256(part(1), low));
-            plane[1] = _mm256_packus_epi16(_mm256_srli_epi16(part(0), 8), _mm256_srli_epi16(part(1), 8));
-        } else if constexpr (kSamples == 3) {
-            // Byte k of plane c is byte 3 * k + c of the 48, which lies in one of three parts; the others give zero
-            // there.
-            const __m256i a = part(0), b = part(1), c = part(2);
-            const auto pick = [](__m256i from, __m128i places) {
-                return _mm256_shuffle_epi8(from, _mm256_broadcastsi128_si256(places));
-            };
-            const auto gather = [&](__m128i inA, __m128i inB, __m128i inC) {
-                return _mm256_or_si256(_mm256_or_si256(pick(a, inA), pick(b, inB)), pick(c, inC));
-            };
-            plane[0] = gather(_mm_setr_epi8(0, 3, 6, 9, 12, 15, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1),
-                              _mm_setr_epi8(-1, -1, -1, -1, -1, -1, 2, 5, 8, 11, 14, -1, -1, -1, -1, -1),
-                              _mm_setr_epi8(-1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, 1, 4, 7, 10, 13));
-            plane[1] = gather(_mm_setr_epi8(1, 4, 7, 10, 13, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1),
-                              _mm_setr_epi8(-1, -1, -1, -1, -1, 0, 3, 6, 9, 12, 15, -1, -1, -1, -1, -1),
-                              _mm_setr_epi8(-1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, 2, 5, 8, 11, 14));
-            plane[2] = gather(_mm_setr_epi8(2, 5, 8, 11, 14, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1),
-                              _mm_setr_epi8(-1, -1, -1, -1, -1, 1, 4, 7, 10, 13, -1, -1, -1, -1, -1, -1),
-                              _mm_setr_epi8(-1, -1, -1, -1, -1, -1, -1, -1, -1, -1, 0, 3, 6, 9, 12, 15));
-        } else {
-            // Four pixels of a part as four bytes of each plane, then the 4 by 4 words exchanged.
-            const __m256i gather =
-                _mm256_broadcastsi128_si256(_mm_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15));
-            const __m256i a = _mm256_shuffle_epi8(part(0), gather), b = _mm256_shuffle_epi8(part(1), gather);
-            const __m256i c = _mm256_shuffle_epi8(part(2), gather), d = _mm256_shuffle_epi8(part(3), gather);
-            const __m256i abLow = _mm256_unpacklo_epi32(a, b), abHigh = _mm256_unpackhi_epi32(a, b);
-            const __m256i cdLow = _mm256_unpacklo_epi32(c, d), cdHigh = _mm256_unpackhi_epi32(c, d);
-            plane[0] = _mm256_unpacklo_epi64(abLow, cdLow);
-            plane[1] = _mm256_unpackhi_epi64(abLow, cdLow);
-            plane[2] = _mm256_unpacklo_epi64(abHigh, cdHigh);
-            plane[3] = _mm256_unpackhi_epi64(abHigh, cdHigh);
-        }
-    }
-
-    Planes here, right;
 };
 
-// 16 pixels of floats, and the one after them, channel by channel.
+// 8 pixels of floats.
 template <class Format>
-class FloatRow {
-public:
-    static constexpr int kColumns = 16;
+struct FloatHalf {
+    using Threshold = float;
+    using Vector = __m256;
+    static constexpr int kSamples = Format::kPixelSize;
+    static constexpr int kColumns = 8;
+    static constexpr int kBytes = kColumns * Format::kPixelBytes;
 
     static bool Supports(float) { return true; }
+    static __m256 Filled(float threshold) { return _mm256_set1_ps(threshold); }
 
-    void Load(const uint8_t* row) {
-        LoadHalf(row, here[0]);
-        LoadHalf(row + 8 * Format::kPixelBytes, here[1]);
-        for (int c = 0; c < kSamples; ++c) {
-            // Each plane, one column later.
-            float last;
-            std::memcpy(&last, row + kColumns * Format::kPixelBytes + c * sizeof last, sizeof last);
-            const auto rotated = [](__m256 plane) {
-                return _mm256_permutevar8x32_ps(plane, _mm256_setr_epi32(1, 2, 3, 4, 5, 6, 7, 0));
-            };
-            const __m256 second = rotated(here[1][c]);
-            right[0][c] = _mm256_blend_ps(rotated(here[0][c]), second, 0x80);
-            right[1][c] = _mm256_blend_ps(second, _mm256_set1_ps(last), 0x80);
+    // Each half of a vector holds 4 of the pixels. Reads nothing beyond the pixel after them.
+    static void Load(const uint8_t* at, __m256* planes) {
+        const auto load = [&](int offset) {
+            return _mm256_castsi256_ps(LoadHalves(at + offset, at + kBytes / 2 + offset));
+        };
+        if constexpr (kSamples == 1) {
+            planes[0] = load(0);
+        } else {
+            // Four samples from each pixel's first one on, 4 by 4 exchanged.
+            const __m256 a = load(0), b = load(Format::kPixelBytes);
+            const __m256 c = load(2 * Format::kPixelBytes), d = load(3 * Format::kPixelBytes);
+            const __m256 abLow = _mm256_unpacklo_ps(a, b), abHigh = _mm256_unpackhi_ps(a, b);
+            const __m256 cdLow = _mm256_unpacklo_ps(c, d), cdHigh = _mm256_unpackhi_ps(c, d);
+            planes[0] = _mm256_shuffle_ps(abLow, cdLow, _MM_SHUFFLE(1, 0, 1, 0));
+            planes[1] = _mm256_shuffle_ps(abLow, cdLow, _MM_SHUFFLE(3, 2, 3, 2));
+            if constexpr (kSamples > 2) planes[2] = _mm256_shuffle_ps(abHigh, cdHigh, _MM_SHUFFLE(1, 0, 1, 0));
+            if constexpr (kSamples > 3) planes[3] = _mm256_shuffle_ps(abHigh, cdHigh, _MM_SHUFFLE(3, 2, 3, 2));
+            if constexpr (kSamples > 4) {
+                float fifth[kColumns];
+                for (int i = 0; i < kColumns; ++i) std::memcpy(&fifth[i], at + i * Format::kPixelBytes + 16, 4);
+                planes[4] = _mm256_loadu_ps(fifth);
+            }
         }
     }
 
-    static ChunkFlags Compare(const FloatRow& p, const FloatRow& q, float edgeThreshold) {
-        const __m256 threshold = _mm256_set1_ps(edgeThreshold);
-        const auto differing = [&](const Planes& a, const Planes& b) {
-            return Differing(a[0], b[0], threshold) | Differing(a[1], b[1], threshold) << 8;
-        };
-        return {differing(p.here, p.right), differing(p.here, q.here), differing(p.here, q.right),
-                differing(p.right, q.here)};
+    static __m256 OneLater(__m256 plane, __m256 next) {
+        const __m256 firstIsNext = _mm256_blend_ps(plane, next, 1);
+        return _mm256_permutevar8x32_ps(firstIsNext, _mm256_setr_epi32(1, 2, 3, 4, 5, 6, 7, 0));
+    }
+    static __m256 First(const uint8_t* at, int c) {
+        float sample;
+        std::memcpy(&sample, at + c * sizeof sample, sizeof sample);
+        return _mm256_set1_ps(sample);
     }
 
-private:
-    static constexpr int kSamples = Format::kPixelSize;
-    using Planes = __m256[2][kSamples];  // of the first 8 columns, and of the others
-
-    // Bit k is set where the pixels k differ; every operation as in Differs.
+    // Every operation as in Differs.
     static uint64_t Differing(const __m256* a, const __m256* b, __m256 threshold) {
         const auto distance = [](__m256 s, __m256 t) {
             return _mm256_andnot_ps(_mm256_set1_ps(-0.0f), _mm256_sub_ps(s, t));
@@ -164,71 +173,16 @@ private:
         }
         return static_cast<uint32_t>(_mm256_movemask_ps(_mm256_cmp_ps(rest, _mm256_setzero_ps(), _CMP_LT_OQ)));
     }
-
-    static __m256 LoadFloatHalves(const uint8_t* low, const uint8_t* high) {
-        return _mm256_castsi256_ps(LoadHalves(low, high));
-    }
-
-    // Each half of a vector holds 4 of the pixels. Reads nothing beyond the last one.
-    static void LoadHalf(const uint8_t* at, __m256* plane) {
-        constexpr int kPixel = kSamples * 4;  // bytes
-        constexpr int kHalf = 4 * kPixel;
-        if constexpr (kSamples == 1) {
-            plane[0] = LoadFloatHalves(at, at + kHalf);
-        } else if constexpr (kSamples == 2) {
-            const __m256 a = LoadFloatHalves(at, at + kHalf), b = LoadFloatHalves(at + 16, at + kHalf + 16);
-            plane[0] = _mm256_shuffle_ps(a, b, _MM_SHUFFLE(2, 0, 2, 0));
-            plane[1] = _mm256_shuffle_ps(a, b, _MM_SHUFFLE(3, 1, 3, 1));
-        } else if constexpr (kSamples == 3) {
-            // x0 y0 z0 x1, y1 z1 x2 y2, z2 x3 y3 z3
-            const __m256 a = LoadFloatHalves(at, at + kHalf), b = LoadFloatHalves(at + 16, at + kHalf + 16);
-            const __m256 c = LoadFloatHalves(at + 32, at + kHalf + 32);
-            const __m256 xy = _mm256_shuffle_ps(b, c, _MM_SHUFFLE(2, 1, 3, 2));  // x2 y2 x3 y3
-            const __m256 yz = _mm256_shuffle_ps(a, b, _MM_SHUFFLE(1, 0, 2, 1));  // y0 z0 y1 z1
-            plane[0] = _mm256_shuffle_ps(a, xy, _MM_SHUFFLE(2, 0, 3, 0));
-            plane[1] = _mm256_shuffle_ps(yz, xy, _MM_SHUFFLE(3, 1, 2, 0));
-            plane[2] = _mm256_shuffle_ps(yz, c, _MM_SHUFFLE(3, 0, 3, 1));
-        } else {
-            // The first four samples of each pixel, 4 by 4 exchanged.
-            const auto part = [&](int pixel) {
-                return LoadFloatHalves(at + pixel * kPixel, at + kHalf + pixel * kPixel);
-            };
-            const __m256 a = part(0), b = part(1), c = part(2), d = part(3);
-            const __m256 abLow = _mm256_unpacklo_ps(a, b), abHigh = _mm256_unpackhi_ps(a, b);
-            const __m256 cdLow = _mm256_unpacklo_ps(c, d), cdHigh = _mm256_unpackhi_ps(c, d);
-            plane[0] = _mm256_shuffle_ps(abLow, cdLow, _MM_SHUFFLE(1, 0, 1, 0));
-            plane[1] = _mm256_shuffle_ps(abLow, cdLow, _MM_SHUFFLE(3, 2, 3, 2));
-            plane[2] = _mm256_shuffle_ps(abHigh, cdHigh, _MM_SHUFFLE(1, 0, 1, 0));
-            plane[3] = _mm256_shuffle_ps(abHigh, cdHigh, _MM_SHUFFLE(3, 2, 3, 2));
-            if constexpr (kSamples == 5) {
-                float fifth[8];
-                for (int pixel = 0; pixel < 8; ++pixel) std::memcpy(&fifth[pixel], at + pixel * kPixel + 16, 4);
-                plane[4] =
-                    _mm256_setr_ps(fifth[0], fifth[1], fifth[2], fifth[3], fifth[4], fifth[5], fifth[6], fifth[7]);
-            }
-        }
-    }
-
-    Planes here, right;
-};
-
-template <class Format, bool kIsBytes>
-struct RowOf {
-    using Row = FloatRow<Format>;
-};
-template <class Format>
-struct RowOf<Format, true> {
-    using Row = ByteRow<Format::kChannels>;
 };
 
 struct Avx2 {
     static constexpr bool kHasVectors = true;
 
+    // A single colour gains nothing from lanes.
     template <class Format>
-    using Colors = LaneColors<Format>;
+    using Colors = std::conditional_t<(Format::kChannels > 1), LaneColors<Format>, SampleColors<Format>>;
     template <class Format>
-    using Row = typename RowOf<Format, Format::kBits == 8>::Row;
-
+    using Row = VectorRow<std::conditional_t<Format::kBits == 8, ByteHalf<Format::kChannels>, FloatHalf<Format>>>;
     template <class Format>
     using StrokeOf = ByteStroke<Format>;
     template <class Format>

@@ -5,8 +5,8 @@
 
 namespace stairmelt::inline STAIRMELT_SET {
 
-void PlanVisits(const KernelJob& job, int pixelBytes, FlagPlanes& planes, ActionSink& sink) {
-    Planner<FourWords>(job, pixelBytes, planes, sink).Run();
+void PlanVisits(int32_t width, int32_t height, FlagPlanes& planes, ActionSink& sink) {
+    Planner<FourWords>(width, height, planes, sink).Run();
 }
 
 }  // namespace stairmelt::inline STAIRMELT_SET

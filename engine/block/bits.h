@@ -13,25 +13,21 @@
 namespace stairmelt::inline STAIRMELT_SET {
 
 // The number of zeros below the lowest set bit, and above the highest one, of a word that isn't 0.
-inline int32_t TrailingZeros(uint64_t word) {
 #if defined(_MSC_VER) && !defined(__clang__)
+inline int32_t TrailingZeros(uint64_t word) {
     unsigned long index;
     _BitScanForward64(&index, word);
     return static_cast<int32_t>(index);
-#else
-    return __builtin_ctzll(word);
-#endif
 }
-
 inline int32_t LeadingZeros(uint64_t word) {
-#if defined(_MSC_VER) && !defined(__clang__)
     unsigned long index;
     _BitScanReverse64(&index, word);
     return 63 - static_cast<int32_t>(index);
-#else
-    return __builtin_clzll(word);
-#endif
 }
+#else
+inline int32_t TrailingZeros(uint64_t word) { return __builtin_ctzll(word); }
+inline int32_t LeadingZeros(uint64_t word) { return __builtin_clzll(word); }
+#endif
 
 // The set bits from the lowest one on, at most `max`, which is below 64; and from the highest one down.
 inline int32_t TrailingOnes(uint64_t word, int max) { return TrailingZeros(~word | uint64_t{1} << max); }

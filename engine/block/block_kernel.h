@@ -2,8 +2,8 @@
 // something is done. The flags are built a little ahead of the scan, so that the pixels are still in the cache when
 // they are changed.
 //
-// The result equals that of the plain form to the bit: the flags are the same, the decisions depend on them alone, and
-// the blends are made in the same order. The one exception is NaN, which may become a different NaN.
+// The result equals that of the plain form: the flags are the same, the decisions depend on them alone, and the blends
+// are made in the same order.
 #pragma once
 
 #include <cstdint>
@@ -28,7 +28,7 @@ int32_t SmoothInBlocks(const KernelJob& job) {
     PlaneBuilder<Format> builder(destination, DeriveEdgeThreshold<Format>(job.colorThreshold), planes);
     planes.BuildBy(builder);
     Painter<Format> painter(job, DeriveScanWeights<Format>(job), planes);
-    PlanVisits(job, Format::kPixelBytes, planes, painter);
+    PlanVisits(destination.width, destination.height, planes, painter);
     return kKernelDone;
 }
 

@@ -2,10 +2,6 @@
 // the runs, tails and diagonals that the decisions call for, and then writes the actions of each pixel.
 #pragma once
 
-#include <xmmintrin.h>
-
-#include <algorithm>
-#include <cassert>
 #include <cstdint>
 
 #include "engine/block/action.h"
@@ -13,7 +9,6 @@
 #include "engine/block/decisions.h"
 #include "engine/block/flag_block.h"
 #include "engine/block/flag_planes.h"
-#include "engine/image.h"
 #include "engine/rules/diagonal_rules.h"
 #include "engine/rules/run_rules.h"
 #include "engine/rules/run_softness.h"
@@ -23,13 +18,8 @@ namespace stairmelt::inline STAIRMELT_SET {
 template <class Words>
 class Planner {
 public:
-    Planner(const KernelJob& kernelJob, int bytesOfPixel, FlagPlanes& flagPlanes, ActionSink& actionSink)
-        : job(kernelJob),
-          width(kernelJob.destination->width),
-          height(kernelJob.destination->height),
-          pixelBytes(bytesOfPixel),
-          planes(flagPlanes),
-          sink(actionSink) {}
+    Planner(int32_t imageWidth, int32_t imageHeight, FlagPlanes& flagPlanes, ActionSink& actionSink)
+        : width(imageWidth), height(imageHeight), planes(flagPlanes), sink(actionSink) {}
 
     void Run() {
         for (int32_t y = 0; y < height; ++y) {
@@ -76,8 +66,7 @@ private:
             uint64_t acting = (others | average) & ColumnsBelow(width, places[i].x);
             const uint64_t onlyAveraged = average & ~others & acting;
             if (acting == 0) continue;
-            const uint64_t inner = InnerColumns(places[i]);
-            Prefetch(firstX + TrailingZeros(acting), firstX + 63 - LeadingZeros(acting), y);
+            const uint64_t inner = ColumnsWithin(places[i], kMargin);
             if ((WordOf(decisions.measured, i) & acting) != 0) MeasureBlock(decisions, {i, acting, firstX, y});
             while (acting != 0) {
                 const int32_t bit = TrailingZeros(acting);
@@ -95,13 +84,13 @@ private:
                 uint64_t kinds = decided & ((uint64_t{1} << kFacts) - 1);
                 do {
                     const int kind = TrailingZeros(kinds);
-                    const KindRamp& known = kKindRamps.of[kind];
+                    const KindRamp& known = kKindRamps[static_cast<size_t>(kind)];
                     // Without a branch: the processor couldn't predict which runs are measured.
-                    uint8_t& measured = measuredRamps[known.slot][bit];
+                    uint8_t& measured = measuredRamps[kind][bit];
                     const int ofFacts = known.first + (facts >> known.factShift & (kShortRuns - 1));
                     const int ramp = measured | (ofFacts & -static_cast<int>(measured == 0));
                     measured = 0;
-                    if (ramp == kLongRamp) lengths[measuredLengths++] = longRuns[known.slot][bit];
+                    if (ramp == kLongRamp) lengths[measuredLengths++] = longRuns[kind][bit];
                     Action& action = actions[queued++];
                     action = {firstX + bit, y, static_cast<uint8_t>(kind), static_cast<uint8_t>(ramp), 1, isInner};
                     kinds &= kinds - 1;
@@ -168,10 +157,8 @@ private:
     }
 
     void SetMeasured(int kind, int bit, uint8_t ramp, const RunPair& run) {
-        const int slot = kKindRamps.of[kind].slot;
-        assert(slot < kMeasuredKinds);
-        measuredRamps[slot][bit] = ramp;
-        if (ramp == kLongRamp) longRuns[slot][bit] = run;
+        measuredRamps[kind][bit] = ramp;
+        if (ramp == kLongRamp) longRuns[kind][bit] = run;
     }
 
     void Flush() {
@@ -191,53 +178,29 @@ private:
     Limits<Words> LimitsOfBlocks() const {
         constexpr int32_t kFar = 3;  // columns or rows from an edge to the far end of a run of two cells
         static_assert(kFar >= kBesideLastColumns && kFar > kBelowFirstRows);
-        const auto isInside = [&](const BlockPlace& place) {
-            return place.x > 0 && place.x + kBlockColumns <= width - kFar && place.y >= kFar && place.y < height - kFar;
+        const auto mayRestoreAbove = [&](int i) {
+            return places[i].y > kBelowFirstRows ? ColumnsBelow(width - kBesideLastColumns, places[i].x) : 0;
         };
-        if (std::all_of(places, places + kBlocks, isInside)) return {~Words{}, ~Words{}, ~Words{}};
-        const auto confined = [&](auto pixels) {
-            return WordsOf<Words>([&](int i) { return pixels(places[i].x, places[i].y); });
-        };
-        return {confined([&](int32_t x, int32_t y) {
-                    return y > kBelowFirstRows ? ColumnsBelow(width - kBesideLastColumns, x) : 0;
-                }),
-                confined([&](int32_t x, int32_t) { return ~ColumnsBelow(1, x); }), confined([&](int32_t x, int32_t y) {
-                    return y >= kFar && y < height - kFar ? ColumnsBelow(width - kFar, x) & ~ColumnsBelow(kFar, x) : 0;
-                })};
+        return {WordsOf<Words>(mayRestoreAbove), WordsOf<Words>([&](int i) { return ~ColumnsBelow(1, places[i].x); }),
+                WordsOf<Words>([&](int i) { return ColumnsWithin(places[i], kFar); })};
     }
 
-    // The bits of a block's inner pixels.
-    uint64_t InnerColumns(const BlockPlace& place) const {
-        if (place.y < kMargin || place.y >= height - kMargin) return 0;
-        return ColumnsBelow(width - kMargin, place.x) & ~ColumnsBelow(kMargin, place.x);
-    }
-
-    // Prefetches the source's pixels from one column to another, in this row and the next. Building the flags has
-    // already cached the destination's. Edges are scattered, and waiting for memory would take most of the time.
-    void Prefetch(int32_t fromX, int32_t toX, int32_t y) const {
-        constexpr ptrdiff_t kCacheLine = 64;
-        const ImageView& source = *job.source;
-        for (const int32_t row : {y, std::min(y + 1, height - 1)}) {
-            const uint8_t* const start = source.base + static_cast<ptrdiff_t>(row) * source.rowStride;
-            const ptrdiff_t end = static_cast<ptrdiff_t>(toX + 1) * pixelBytes;
-            for (ptrdiff_t byte = static_cast<ptrdiff_t>(fromX) * pixelBytes; byte < end; byte += kCacheLine) {
-                _mm_prefetch(reinterpret_cast<const char*>(start + byte), _MM_HINT_T0);
-            }
-        }
+    // The bits of a block's pixels that are at least `margin` columns and rows away from the image's border.
+    uint64_t ColumnsWithin(const BlockPlace& place, int32_t margin) const {
+        if (place.y < margin || place.y >= height - margin) return 0;
+        return ColumnsBelow(width - margin, place.x) & ~ColumnsBelow(margin, place.x);
     }
 
     static constexpr int kBatch = 256;  // actions
 
-    const KernelJob& job;
     const int32_t width, height;
-    const int pixelBytes;
     FlagPlanes& planes;
     ActionSink& sink;
     BlockPlace places[kBlocks];  // of the flagged blocks that wait for a full vector
     int placed = 0;
-    // Of a block's pixels, by slot. 0 where not measured: measured ramps have the numbers from kStairRamps on.
-    uint8_t measuredRamps[kMeasuredKinds + 1][64] = {};
-    RunPair longRuns[kMeasuredKinds][64];  // of those whose ramp is kLongRamp
+    // Of a block's pixels, by kind. 0 where not measured: measured ramps have the numbers from kStairRamps on.
+    uint8_t measuredRamps[kActionKinds][64] = {};
+    RunPair longRuns[kActionKinds][64];  // of those whose ramp is kLongRamp
     Action actions[kBatch];
     RunPair lengths[kBatch];
     int queued = 0, measuredLengths = 0;

@@ -105,14 +105,16 @@ bool AverageByteRow(const KernelJob& job, int32_t x, int32_t y, int32_t count, i
     const float ofFour = 4.0f * static_cast<float>(neighbourWeight);  // exact, as each sum on the way to it
     const __m256 sum = _mm256_set1_ps(ofFour + static_cast<float>(IntegerWeights::kWhole));
     const __m256 whole = _mm256_set1_ps(static_cast<float>(IntegerWeights::kWhole));
+    const ptrdiff_t pixel = Format::kPixelBytes, row = source.rowStride;
+    const ptrdiff_t neighbours[] = {-pixel, pixel, -row, row};
     const uint8_t* const from = PixelAt<Format>(source, x, y);
     uint8_t* const to = PixelAt<Format>(*job.destination, x, y);
     for (int32_t i = 0; i < samples; i += kAtOnce) {
         const uint8_t* const at = from + i;
-        __m256 values = _mm256_mul_ps(load(at - Format::kPixelBytes), weight);
-        values = _mm256_add_ps(values, _mm256_mul_ps(load(at + Format::kPixelBytes), weight));
-        values = _mm256_add_ps(values, _mm256_mul_ps(load(at - static_cast<ptrdiff_t>(source.rowStride)), weight));
-        values = _mm256_add_ps(values, _mm256_mul_ps(load(at + static_cast<ptrdiff_t>(source.rowStride)), weight));
+        __m256 values = _mm256_setzero_ps();
+        for (const ptrdiff_t neighbour : neighbours) {
+            values = _mm256_add_ps(values, _mm256_mul_ps(load(at + neighbour), weight));
+        }
         values = _mm256_add_ps(values, _mm256_mul_ps(load(to + i), whole));
         const __m256i averages = _mm256_cvttps_epi32(_mm256_div_ps(values, sum));
         const __m128i words = _mm_packus_epi32(_mm256_castsi256_si128(averages), _mm256_extracti128_si256(averages, 1));

@@ -22,7 +22,7 @@ static_assert(kActionKinds <= kFacts && 4 * kRunFacts <= 16);
 // The pixels of each kind, one bit for each pixel. Bits beyond the image's last column are meaningless.
 template <class Words>
 struct Decisions {
-    Words pixels[64];           // by ActionKind; from kFacts on by direction and RunFact; zero in between
+    Words pixels[64] = {};      // by ActionKind; from kFacts on by direction and RunFact
     Words runs[4] = {};         // by direction: which have to be measured, since the facts don't describe them
     Words mayTouchDot[4] = {};  // and which may touch a dot of 2 by 2 pixels
     Words others = {};          // at which anything but kAverage is done
@@ -32,14 +32,6 @@ struct Decisions {
         pixels[kind] = where;
         others = others | where;
     }
-
-    // Clears the kinds from `kind` up to `end`, which is excluded.
-    void Clear(int kind, int end) {
-        for (; kind < end; ++kind) pixels[kind] = Words{};
-    }
-
-    // Clears the facts of a direction and the one after it.
-    void ClearFacts(int direction) { Clear(kFacts + kRunFacts * direction, kFacts + kRunFacts * (direction + 2)); }
 
     // Sets the first rule that holds; returns where one does.
     template <class... Rules>
@@ -101,8 +93,6 @@ template <class Words>
 void Decide(const FlagBlocks<Words>& block, const Limits<Words>& limits, Decisions<Words>& decisions) {
     const Words hasRight = block.template Where<R(0, 0)>(), hasDown = block.template Where<D(0, 0)>();
     Words hasTail = {};
-    decisions.Clear(kActionKinds, kFacts);
-    decisions.Clear(kFacts + 4 * kRunFacts, 64);
     if (!IsZero(hasRight)) {
         const Words left =
             decisions.template SetRuns<RunDirection::kLeft>(kLeftRun, block, hasRight, limits.farEndIsInside, hasTail);
@@ -113,9 +103,6 @@ void Decide(const FlagBlocks<Words>& block, const Limits<Words>& limits, Decisio
         decisions.Set(kContactRightBlend, mayContact & ~right);
         decisions.Set(kContactLeftBlend, mayContact & ~left);
         decisions.template SetFirst<RestoreRight1, RestoreRight2, RestoreRight3>(kRestoreRight, block, hasRight);
-    } else {
-        decisions.Clear(kLeftRun, kUpRun);
-        decisions.ClearFacts(0);
     }
     if (!IsZero(hasDown)) {
         decisions.template SetRuns<RunDirection::kUp>(kUpRun, block, hasDown, limits.farEndIsInside, hasTail);
@@ -123,9 +110,6 @@ void Decide(const FlagBlocks<Words>& block, const Limits<Words>& limits, Decisio
         decisions.template SetFades<kTreadDiagonals>(kTreadFade, block, StraightTread::Where(block));
         decisions.template SetFirst<RestoreDown1, RestoreDown2, RestoreDown3>(kRestoreDown, block, hasDown);
         decisions.template SetFirst<RestoreCorner1, RestoreCorner2>(kRestoreCorner, block, hasDown & hasRight);
-    } else {
-        decisions.Clear(kUpRun, kAverage);
-        decisions.ClearFacts(2);
     }
     const Words average = (hasRight | hasDown) & ~hasTail & IsLonePixelOrSpikeTip(block);
     decisions.pixels[kAverage] = average;

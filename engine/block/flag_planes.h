@@ -85,8 +85,7 @@ public:
     }
 
     // The byte with the bit of column -kGuardColumns.
-    uint8_t* Row(uint8_t flag, int32_t y) { return firstRow + y * rowBytes + PlaneOf(flag) * planeBytes; }
-    const uint8_t* Row(uint8_t flag, int32_t y) const { return firstRow + y * rowBytes + PlaneOf(flag) * planeBytes; }
+    uint8_t* Row(uint8_t flag, int32_t y) const { return firstRow + y * rowBytes + PlaneOf(flag) * planeBytes; }
 
     // From a row to the next one of the same plane, and from a plane's row to the next plane's.
     ptrdiff_t RowBytes() const { return rowBytes; }
@@ -175,10 +174,9 @@ struct PlaneCursor {
                     cell.Move(kDx, kDy);
                 }
                 inWindow = TrailingOnes(cells, kWindow);
-            } else if constexpr (kDx > 0) {
-                inWindow = TrailingOnes((at.CellsAlong<kDx>(kTests) & ...), kWindow);
             } else {
-                inWindow = LeadingOnes((at.CellsAlong<kDx>(kTests) & ...), kWindow);
+                const uint64_t cells = (at.CellsAlong<kDx>(kTests) & ...);
+                inWindow = kDx > 0 ? TrailingOnes(cells, kWindow) : LeadingOnes(cells, kWindow);
             }
             n += inWindow;
             if (inWindow < kWindow) return n;

@@ -131,17 +131,19 @@ struct LaneColors {
 
     Sums Weighted(Weight weight) const {
         if constexpr (kIsFloat) {
-            return _mm_mul_ps(_mm_set1_ps(weight), lanes);
+            return Scaled(weight);
         } else {
             return _mm_cvtepi32_ps(_mm_mullo_epi32(lanes, _mm_set1_epi32(weight)));
         }
     }
     Sums Scaled(float factor) const {
+        Sums sums;
         if constexpr (kIsFloat) {
-            return _mm_mul_ps(lanes, _mm_set1_ps(factor));
+            sums = lanes;
         } else {
-            return _mm_mul_ps(_mm_cvtepi32_ps(lanes), _mm_set1_ps(factor));
+            sums = _mm_cvtepi32_ps(lanes);
         }
+        return _mm_mul_ps(sums, _mm_set1_ps(factor));
     }
     static Sums Add(Sums a, Sums b) { return _mm_add_ps(a, b); }
     static Sums Add(float a, Sums b) { return _mm_add_ps(_mm_set1_ps(a), b); }

@@ -15,18 +15,9 @@
 #include "engine/rules/mix.h"
 #include "engine/rules/ramp.h"
 #include "engine/rules/scan_weights.h"
+#include "engine/rules/walks.h"
 
 namespace stairmelt::inline STAIRMELT_SET {
-
-// The form that a format's instruction set gives to strokes if it mixes several pixels at once.
-template <class Format, bool kMixesStrokes>
-struct OwnStrokeOf {
-    struct Type {};
-};
-template <class Format>
-struct OwnStrokeOf<Format, true> {
-    using Type = typename Format::InstructionSet::template StrokeOf<Format>;
-};
 
 template <class Format>
 class Painter final : public ActionSink {
@@ -39,16 +30,14 @@ public:
         for (int kind = 0; kind < kActionKinds; ++kind) {
             if (IsFade(kind)) {
                 SetFade(kind, DiagonalOf(kind));
+            } else if (IsRunOrTail(kind)) {
+                SetRun(kind, ScannerOf(kind));
             } else {
-                const Blend& blend = kBlends.of[kind];
+                const Blend& blend = kBlends[static_cast<size_t>(kind)];
                 strokes[kind] = {Offset(*job.destination, blend.dx, blend.dy),
                                  Offset(*job.source, blend.fromDx, blend.fromDy), 0, 0};
             }
         }
-        SetRun(kLeftRun, RunDirection::kLeft);
-        SetRun(kRightRun, RunDirection::kRight);
-        SetRun(kUpRun, RunDirection::kUp);
-        SetRun(kDownRun, RunDirection::kDown);
         if constexpr (Format::kMixesStrokes) {
             for (int kind = 0; kind < kActionKinds; ++kind) ownStrokes[kind] = OwnStroke(strokes[kind]);
         }
@@ -88,19 +77,16 @@ public:
 
 private:
     using Weights = typename Format::Weights;
-    using OwnStroke = typename OwnStrokeOf<Format, Format::kMixesStrokes>::Type;
+    using OwnStroke = typename Format::InstructionSet::template StrokeOf<Format>;
     // The farthest pixel below a visit that a cached ramp changes: a fade begins one row below it.
     static_assert(kRowsAhead > kMaxCached + 1 && kMargin > kMaxCached + 1);
 
-    // An edge is softened from both sides, and each side moves toward the one sample that lay across it in the source:
-    // walks to the right and down begin beyond the edge.
-    void SetRun(ActionKind kind, RunDirection direction) {
-        const RunScanner& forth = kDirections[static_cast<int>(direction)].forth;
-        const ptrdiff_t advance = Offset(*job.destination, forth.dx, forth.dy);
-        const bool isForward = forth.dx + forth.dy > 0;
-        strokes[kind] = {isForward ? advance : 0, isForward ? 0 : Offset(*job.source, -forth.dx, -forth.dy), advance,
-                         0};
-        strokes[kind + 1] = strokes[kind];  // the tail
+    // As PaintRun (rules/walks.h).
+    void SetRun(int kind, const RunScanner& scanner) {
+        const ptrdiff_t advance = Offset(*job.destination, scanner.dx, scanner.dy);
+        const bool isForward = scanner.dx + scanner.dy > 0;
+        strokes[kind] = {isForward ? advance : 0, isForward ? 0 : Offset(*job.source, -scanner.dx, -scanner.dy),
+                         advance, 0};
     }
 
     // The two parts of a fade lie on parallel diagonals and never change the same pixel: their order makes no
@@ -113,54 +99,26 @@ private:
                          Offset(*job.source, diagonal.stepX, diagonal.stepY)};
     }
 
-    // For pixels near the image's border, where a walk may end early, and for ramps that aren't cached.
+    // For pixels near the image's border, where a walk may end early, and for ramps that aren't cached. Before a ramp
+    // goes down, builds the flags that depend on the pixels that it changes.
     void PaintCarefully(const Action& action, const RunPair& run) {
         const int kind = action.kind;
+        const int32_t x = action.x, y = action.y;
         if (IsFade(kind)) {
-            if (!IsRestoringFade(kind)) PaintFade(DiagonalOf(kind), action.x, action.y, run.length);
-            return;
-        }
-        uint8_t* to = PixelAt<Format>(*job.destination, action.x, action.y) + strokes[kind].to;
-        const auto target =
-            LoadBlendTarget<Format>(PixelAt<Format>(*job.source, action.x, action.y) + strokes[kind].from);
-        if (action.ramp >= kBlendRamps && action.ramp < kStairRamps) {
-            return MixPixel<Format>(to, target, ramps.Find(action.ramp).weights[0]);
-        }
-        const RunScanner& forth = ScannerOf(kind);
-        const bool isForward = forth.dx + forth.dy > 0;
-        const int32_t room =
-            RoomFrom(action.x, action.y, forth.dx, forth.dy, job.destination->width, job.destination->height) +
-            (isForward ? 0 : 1);
-        RampOf<Format> walk = IsTail(kind) ? ramps.Tail(run.length) : ramps.Stair(run);
-        if (forth.dy > 0) NeedRows(walk, action.y + 1);
-        for (int32_t i = 0; i < room && !walk.finished; ++i, to += strokes[kind].advance) {
-            MixPixel<Format>(to, target, NextBentWeight(walk));
-        }
-    }
-
-    void PaintFade(const Diagonal& diagonal, int32_t visitX, int32_t visitY, int32_t length) {
-        const ImageView& image = *job.destination;
-        const int32_t x = visitX + diagonal.pixelX, y = visitY + diagonal.pixelY;
-        const int32_t fromX = x + diagonal.sourceX, fromY = y + diagonal.sourceY;
-        RampOf<Format> third = ramps.Fade(Weights::kThird, length);
-        RampOf<Format> half = ramps.Fade(Weights::kHalf, length);
-        if (diagonal.stepY > 0) NeedRows(third, std::max(y, fromY));
-        // A script's softness can make the ramp outlast the diagonal; it then ends at the image's border.
-        const int32_t columns = diagonal.stepX > 0 ? image.width - std::max(x, fromX) : std::min(x, fromX) + 1;
-        const int32_t rows = diagonal.stepY > 0 ? image.height - std::max(y, fromY) : std::min(y, fromY) + 1;
-        const int32_t count = std::min(columns, rows);
-        uint8_t* to = PixelAt<Format>(image, x, y);
-        uint8_t* restored = PixelAt<Format>(image, fromX, fromY);
-        const uint8_t* from = PixelAt<Format>(*job.source, fromX, fromY);
-        const ptrdiff_t toStep = Offset(image, diagonal.stepX, diagonal.stepY);
-        const ptrdiff_t fromStep = Offset(*job.source, diagonal.stepX, diagonal.stepY);
-        for (int32_t i = 0; i < count && !third.finished; ++i) {
-            const auto target = LoadBlendTarget<Format>(from);
-            MixPixel<Format>(to, target, NextBentWeight(third));
-            if (diagonal.restores) MixPixel<Format>(restored, target, NextBentWeight(half));
-            to += toStep;
-            restored += toStep;
-            from += fromStep;
+            if (IsRestoringFade(kind)) return;  // made with the blends
+            const Diagonal& diagonal = DiagonalOf(kind);
+            const RampOf<Format> third = ramps.Fade(Weights::kThird, run.length);
+            if (diagonal.stepY > 0) NeedRows(third, y + diagonal.pixelY + std::max(diagonal.sourceY, 0));
+            PaintFade<Format>(job, diagonal, x, y, third, ramps.Fade(Weights::kHalf, run.length));
+        } else if (action.ramp >= kBlendRamps && action.ramp < kStairRamps) {
+            MixPixel<Format>(PixelAt<Format>(*job.destination, x, y) + strokes[kind].to,
+                             LoadBlendTarget<Format>(PixelAt<Format>(*job.source, x, y) + strokes[kind].from),
+                             ramps.Find(action.ramp).weights[0]);
+        } else {
+            const RunScanner& forth = ScannerOf(kind);
+            const RampOf<Format> ramp = IsTail(kind) ? ramps.Tail(run.length) : ramps.Stair(run);
+            if (forth.dy > 0) NeedRows(ramp, y + 1);
+            PaintRun<Format>(job, forth.dx, forth.dy, x, y, ramp);
         }
     }
 
@@ -171,7 +129,7 @@ private:
         for (; count > 0; --count) AverageIsolatedPixel<Format>(job, x++, y, neighbourWeight);
     }
 
-    // Builds the flags that depend on pixels from row y on before a ramp that isn't cached changes them.
+    // For a ramp that changes pixels from row y on.
     void NeedRows(const RampOf<Format>& ramp, int32_t y) {
         planes.Need(y + std::min(MaxPixels(ramp), job.destination->height - y));
     }
@@ -185,7 +143,7 @@ private:
     FlagPlanes& planes;
     RampCache<Weights> ramps;
     Stroke strokes[kActionKinds];
-    OwnStroke ownStrokes[kActionKinds];
+    OwnStroke ownStrokes[kActionKinds];  // where the format mixes strokes
 };
 
 }  // namespace stairmelt::inline STAIRMELT_SET

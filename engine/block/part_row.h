@@ -26,41 +26,34 @@ template <class Format>
 using PartValue =
     std::conditional_t<Format::kBits == 8, int16_t, std::conditional_t<Format::kBits == 16, int32_t, float>>;
 
-// A threshold in that type. Thresholds larger than any distance are clamped, so that no sum overflows.
+// A threshold in that type. Thresholds beyond any distance are clamped, so that no sum overflows. At 16 bits, distances
+// of samples out of range wrap, and may be negative.
 template <class Format>
 PartValue<Format> PartThreshold(EdgeThreshold<Format> threshold) {
-    if constexpr (Format::kBits == 8) {
-        return static_cast<int16_t>(std::clamp<int32_t>(threshold, -1, 1 << 14));
-    } else if constexpr (Format::kBits == 16) {
-        return std::clamp<int32_t>(threshold, -(1 << 20), 1 << 20);
-    } else {
+    if constexpr (Format::kBits == 32) {
         return threshold;
+    } else {
+        constexpr int32_t kMost = Format::kBits == 8 ? 1 << 14 : 1 << 20;
+        return static_cast<PartValue<Format>>(std::clamp(threshold, -kMost, kMost));
     }
 }
 
 // Bit mask of the columns with negative values; -0.0 does not count as negative.
-inline uint64_t NegativeColumns(const int16_t (&values)[16]) {
+template <class Value>
+uint64_t NegativeColumns(const Value (&values)[16]) {
     const auto* const at = reinterpret_cast<const __m128i*>(values);
-    // Saturation keeps the sign.
-    return static_cast<uint32_t>(_mm_movemask_epi8(_mm_packs_epi16(_mm_loadu_si128(at), _mm_loadu_si128(at + 1))));
-}
-
-inline uint64_t NegativeColumns(const int32_t (&values)[16]) {
-    uint32_t columns = 0;
-    for (int x = 0; x < 16; x += 4) {
-        const __m128i four = _mm_loadu_si128(reinterpret_cast<const __m128i*>(values + x));
-        columns |= static_cast<uint32_t>(_mm_movemask_ps(_mm_castsi128_ps(four))) << x;
+    if constexpr (sizeof(Value) == 2) {
+        // Saturation keeps the sign.
+        return static_cast<uint32_t>(_mm_movemask_epi8(_mm_packs_epi16(_mm_loadu_si128(at), _mm_loadu_si128(at + 1))));
+    } else {
+        uint32_t columns = 0;
+        for (int i = 0; i < 4; ++i) {
+            __m128 four = _mm_castsi128_ps(_mm_loadu_si128(at + i));
+            if constexpr (std::is_floating_point_v<Value>) four = _mm_cmplt_ps(four, _mm_setzero_ps());
+            columns |= static_cast<uint32_t>(_mm_movemask_ps(four)) << (4 * i);
+        }
+        return columns;
     }
-    return columns;
-}
-
-inline uint64_t NegativeColumns(const float (&values)[16]) {
-    uint32_t columns = 0;
-    for (int x = 0; x < 16; x += 4) {
-        const __m128 isNegative = _mm_cmplt_ps(_mm_loadu_ps(values + x), _mm_setzero_ps());
-        columns |= static_cast<uint32_t>(_mm_movemask_ps(isNegative)) << x;
-    }
-    return columns;
 }
 
 template <class Format>
@@ -92,23 +85,20 @@ private:
     static uint64_t Differing(const PartRow& a, int aShift, const PartRow& b, int bShift, Value threshold) {
         Value rest[kColumns];
         for (int x = 0; x < kColumns; ++x) rest[x] = threshold;
+        const auto subtract = [&](int channel, auto partOf) {
+            const Value* const s = a.planes[channel] + aShift;
+            const Value* const t = b.planes[channel] + bShift;
+            for (int x = 0; x < kColumns; ++x) rest[x] = static_cast<Value>(rest[x] - partOf(Distance(s[x], t[x]), x));
+        };
+        const auto all = [](Value distance, int) { return distance; };
         if constexpr (Format::kExtra == 1) {
             const Value* const u = a.planes[Format::kOpacity] + aShift;
             const Value* const v = b.planes[Format::kOpacity] + bShift;
-            for (int x = 0; x < kColumns; ++x) rest[x] = static_cast<Value>(rest[x] - Distance(u[x], v[x]));
-            for (int c = 0; c < Format::kChannels; ++c) {
-                const Value* const s = a.planes[c] + aShift;
-                const Value* const t = b.planes[c] + bShift;
-                for (int x = 0; x < kColumns; ++x) {
-                    rest[x] = static_cast<Value>(rest[x] - VisibleDistance(Distance(s[x], t[x]), u[x], v[x]));
-                }
-            }
+            const auto visible = [&](Value distance, int x) { return VisibleDistance(distance, u[x], v[x]); };
+            subtract(Format::kOpacity, all);
+            for (int c = 0; c < Format::kChannels; ++c) subtract(c, visible);
         } else {
-            for (int c = 0; c < Format::kChannels; ++c) {
-                const Value* const s = a.planes[c] + aShift;
-                const Value* const t = b.planes[c] + bShift;
-                for (int x = 0; x < kColumns; ++x) rest[x] = static_cast<Value>(rest[x] - Distance(s[x], t[x]));
-            }
+            for (int c = 0; c < Format::kChannels; ++c) subtract(c, all);
         }
         return NegativeColumns(rest);
     }

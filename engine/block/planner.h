@@ -2,15 +2,15 @@
 // know the pixel format, so one copy for each instruction set is enough for all kernels.
 #pragma once
 
+#include <cstdint>
+
 #include "engine/block/action.h"
 #include "engine/block/flag_planes.h"
-#include "engine/image.h"
 
 namespace stairmelt::inline STAIRMELT_SET {
 
-// Passes all actions on a picture of the job's size to the sink, in the order of the scan. They arrive in batches, any
-// number of rows after they were planned; that is safe, since flags are never built from changed rows. Meanwhile the
-// pixels concerned are prefetched.
-void PlanVisits(const KernelJob& job, int pixelBytes, FlagPlanes& planes, ActionSink& sink);
+// Passes all actions on a picture to the sink, in the order of the scan. They arrive in batches, any number of rows after
+// they were planned; that is safe, since flags are never built from changed rows.
+void PlanVisits(int32_t width, int32_t height, FlagPlanes& planes, ActionSink& sink);
 
 }  // namespace stairmelt::inline STAIRMELT_SET

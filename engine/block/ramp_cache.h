@@ -56,11 +56,10 @@ public:
 
     RampCache(const KernelJob& job, int32_t biasOfTails, Weight cornerWeight)
         : softness(job.softness), bias(job.bias), tailBias(biasOfTails) {
-        for (const BlendWeight blend : kBlendWeights) {
-            const Weight weight = WeightOf<Weights>(blend, cornerWeight);
+        Cached* ramp = ramps + kBlendRamps;
+        for (const Weight weight : BlendWeightsOf<Weights>(cornerWeight)) {
             const bool isInRange = weight >= 0 && weight <= Weights::kWhole;
-            ramps[kBlendRamps + static_cast<int>(blend)] = {
-                isInRange ? Cached::kReady : Cached::kOutOfRange, 1, {weight}};
+            *ramp++ = {isInRange ? Cached::kReady : Cached::kOutOfRange, 1, {weight}};
         }
         ramps[kLongRamp].state = Cached::kTooLong;
     }

@@ -24,16 +24,13 @@ struct ShortWalk {
     Words counts;    // at least one cell, and not dropped
 
     explicit ShortWalk(const FlagBlocks<Words>& block)
-        : cells{GoesOn<1>(block), GoesOn<2>(block), GoesOn<3>(block)}, counts(WalkCounts<kForth, kWalk>(block)) {}
+        : cells{WalkGoesOn<kForth, kWalk, 1>(block), WalkGoesOn<kForth, kWalk, 2>(block),
+                WalkGoesOn<kForth, kWalk, 3>(block)},
+          counts(WalkCounts<kForth, kWalk>(block)) {}
 
     Words IsOne() const { return counts & ~cells[1]; }
     Words IsTwo() const { return counts & cells[1] & ~cells[2]; }
     Words IsLong() const { return counts & cells[1] & cells[2]; }
-
-    template <int kCell>
-    static Words GoesOn(const FlagBlocks<Words>& block) {
-        return WalkGoesOn<kForth, kWalk, kCell>(block);
-    }
 };
 
 template <RunDirection kDirection, class Words>
@@ -54,16 +51,13 @@ ShortRuns<Words> FindShortRuns(const FlagBlocks<Words>& block, Words hasEdge) {
 
     // A walk back crosses the same cells and ends at the edge at the latest: a far run is never longer than the run. It
     // consists of the continuing cells at its own end, unless its guard drops it.
-    const auto backGuard1 = [&]<int kCells>() {
-        return block.template Where<Not(Moved(kBack.first.guard, (kCells + 1) * dx, (kCells + 1) * dy))>();
+    const auto notDropped = [&]<FlagTest kGuard, int kCells>() {
+        return block.template Where<Not(Moved(kGuard, (kCells + 1) * dx, (kCells + 1) * dy))>();
     };
-    const auto backGuard2 = [&]<int kCells>() {
-        return block.template Where<Not(Moved(kBack.second.guard, (kCells + 1) * dx, (kCells + 1) * dy))>();
-    };
-    const Words one = (first.cells[0] & backGuard1.template operator()<1>()) |
-                      (second.cells[0] & backGuard2.template operator()<1>());
-    const Words back1 = first.cells[1] & backGuard1.template operator()<2>();
-    const Words back2 = second.cells[1] & backGuard2.template operator()<2>();
+    const Words one = (first.cells[0] & notDropped.template operator()<kBack.first.guard, 1>()) |
+                      (second.cells[0] & notDropped.template operator()<kBack.second.guard, 1>());
+    const Words back1 = first.cells[1] & notDropped.template operator()<kBack.first.guard, 2>();
+    const Words back2 = second.cells[1] & notDropped.template operator()<kBack.second.guard, 2>();
     const Words two = (back1 & first.cells[0]) | (back2 & second.cells[0]);
     runs.farIsTwo = runs.isTwo & two;
     runs.farIsOne = (runs.isOne & one) | (runs.isTwo & (back1 | back2) & ~two);

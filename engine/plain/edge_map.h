@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 
 #include "engine/rules/flag_pattern.h"
 
@@ -17,13 +18,30 @@ namespace stairmelt {
 class EdgeMap {
 public:
     EdgeMap() = default;
-    ~EdgeMap();
+    ~EdgeMap() { std::free(memory); }
     EdgeMap(const EdgeMap&) = delete;
     EdgeMap& operator=(const EdgeMap&) = delete;
 
     // Allocates a zeroed map; called once. Returns false if memory is short; the map is then empty. Sizes below 1 are
     // valid: a map without pixels consists of two guard rows.
-    bool Allocate(int32_t width, int32_t height);
+    bool Allocate(int32_t width, int32_t height) {
+        constexpr int64_t kLeftGuard = 4;   // cells; keeps column 0 aligned to a word
+        constexpr int64_t kRightGuard = 1;  // cells, at least
+        constexpr int64_t kGuardRows = 2;   // one above, one below
+        const int64_t rowWords = (width + kLeftGuard + kRightGuard + 3) / 4;
+        if (rowWords < 0 || rowWords > INT32_MAX / 4 || height + kGuardRows < 0) return false;
+        const bool hasPixels = width >= 1 && height >= 1;
+        // Below 2^61: either factor is below 2^32.
+        const int64_t wordCount = rowWords * (hasPixels ? height + kGuardRows : kGuardRows);
+        static_assert(sizeof(size_t) == sizeof wordCount);
+
+        // calloc hands out zeroed pages as they are touched, so that flat parts of an image cost no memory traffic.
+        memory = std::calloc(static_cast<size_t>(wordCount), 4);
+        if (memory == nullptr) return false;
+        stride = static_cast<int32_t>(rowWords * 4);
+        cells = static_cast<uint8_t*>(memory) + stride + kLeftGuard;
+        return true;
+    }
 
     uint8_t* CellAt(int32_t x, int32_t y) { return cells + static_cast<ptrdiff_t>(y) * stride + x; }
     const uint8_t* CellAt(int32_t x, int32_t y) const { return cells + static_cast<ptrdiff_t>(y) * stride + x; }

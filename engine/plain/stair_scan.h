@@ -4,6 +4,7 @@
 // fixes the result.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -18,13 +19,12 @@
 #include "engine/rules/run_softness.h"
 #include "engine/rules/scan_weights.h"
 #include "engine/rules/visit_rules.h"
+#include "engine/rules/walks.h"
 
 namespace stairmelt {
 
 template <class Format>
 struct StairScan {
-    using Ramp = RampOf<Format>;
-
     const KernelJob& job;
     const EdgeMap& map;
     ScanWeights<Format> weights;
@@ -97,29 +97,15 @@ struct StairScan {
         RunPair run = MeasureRun<kDirection>(at, RoomFrom(x, y, dx, dy, width, height));
         if (run.length != 0) {
             if (MayTouchDot(run)) run.farLength = FarLengthAtDot(kDirection, x, y, width, height, map);
-            WalkRamp<dx, dy>(x, y, StairRamp<Weights>(RunSoftness(job.softness, run), run.length, job.bias));
+            PaintRun<Format>(job, dx, dy, x, y,
+                             StairRamp<Weights>(RunSoftness(job.softness, run), run.length, job.bias));
             return true;
         }
         const int32_t tail = TailLength<kRules.tail>(at);
         if (tail == 0) return false;
-        WalkRamp<dx, dy>(x, y, TailRamp<Weights>(job.softness, tail, weights.tailBias));
+        PaintRun<Format>(job, dx, dy, x, y, TailRamp<Weights>(job.softness, tail, weights.tailBias));
         tailRan = true;
         return true;
-    }
-
-    // Walks a ramp away from the edge at (x, y). An edge is softened from both sides, and each side moves toward the
-    // one sample that lay across it in the source: the ramp spreads that value outward. A walk looks at nothing but the
-    // weight and the image's bounds, and crosses other edges.
-    template <int kDx, int kDy>
-    void WalkRamp(int32_t x, int32_t y, Ramp ramp) {
-        constexpr bool kIsForward = kDx + kDy > 0;  // begins beyond the edge
-        constexpr int32_t kAcrossX = kDx != 0, kAcrossY = kDy != 0;
-        const auto target = LoadBlendTarget<Format>(
-            PixelAt<Format>(*job.source, kIsForward ? x : x + kAcrossX, kIsForward ? y : y + kAcrossY));
-        if (kIsForward) x += kAcrossX, y += kAcrossY;
-        for (; !ramp.finished && Contains(x, y); x += kDx, y += kDy) {
-            MixPixel<Format>(PixelAt<Format>(*job.destination, x, y), target, NextBentWeight(ramp));
-        }
     }
 
     // Measures and fades all four diagonals; returns whether any was faded. Several of them can be faded.
@@ -134,31 +120,10 @@ struct StairScan {
     bool FadeDiagonal(int32_t x, int32_t y) {
         const int32_t n = DiagonalLength<kDiagonal>(CursorAt(map, x, y));
         if (n < kShortestDiagonal) return false;
-        FadeAlong(kDiagonal, x, y, n);
-        return true;
-    }
-
-    // In each pair of pixels across the stair, one takes a part of the other's value; where the stair goes upward, the
-    // other is also brought back toward its own source value. A script's softness can make the ramp outlast the
-    // measured cells; then the walk ends before it leaves the image.
-    void FadeAlong(const Diagonal& diagonal, int32_t x, int32_t y, int32_t n) {
         using Weights = typename Format::Weights;
-        Ramp third = FadeRamp<Weights>(Weights::kThird, job.softness, n, job.bias);
-        Ramp half = FadeRamp<Weights>(Weights::kHalf, job.softness, n, job.bias);
-        x += diagonal.pixelX;
-        y += diagonal.pixelY;
-        while (!third.finished) {
-            const int32_t sourceX = x + diagonal.sourceX, sourceY = y + diagonal.sourceY;
-            if (!Contains(x, y) || !Contains(sourceX, sourceY)) return;
-            MixPixelAt<Format>(job, x, y, sourceX, sourceY, NextBentWeight(third));
-            if (diagonal.restores) MixPixelAt<Format>(job, sourceX, sourceY, sourceX, sourceY, NextBentWeight(half));
-            x += diagonal.stepX;
-            y += diagonal.stepY;
-        }
-    }
-
-    bool Contains(int32_t x, int32_t y) const {
-        return x >= 0 && x < job.destination->width && y >= 0 && y < job.destination->height;
+        PaintFade<Format>(job, kDiagonal, x, y, FadeRamp<Weights>(Weights::kThird, job.softness, n, job.bias),
+                          FadeRamp<Weights>(Weights::kHalf, job.softness, n, job.bias));
+        return true;
     }
 
     // Makes the blend of the first rule that holds; returns whether one did.
@@ -178,8 +143,9 @@ struct StairScan {
     }
 
     void Apply(const Blend& blend, int32_t x, int32_t y) {
+        const auto blendWeights = BlendWeightsOf<typename Format::Weights>(weights.cornerWeight);
         MixPixelAt<Format>(job, x + blend.dx, y + blend.dy, x + blend.fromDx, y + blend.fromDy,
-                           WeightOf<typename Format::Weights>(blend.weight, weights.cornerWeight));
+                           blendWeights[static_cast<size_t>(blend.weight)]);
     }
 };
 

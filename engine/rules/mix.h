@@ -100,16 +100,8 @@ private:
     }
 };
 
-template <class Format, bool kHasOwn>
-struct ColorsChoice {
-    using Colors = SampleColors<Format>;
-};
 template <class Format>
-struct ColorsChoice<Format, true> {
-    using Colors = typename Format::InstructionSet::template Colors<Format>;
-};
-template <class Format>
-using ColorsOf = typename ColorsChoice<Format, Format::kMixesLanes>::Colors;
+using ColorsOf = typename Format::InstructionSet::template Colors<Format>;
 
 template <class Format>
 typename Format::Weight LoadOpacity(const uint8_t* at) {

@@ -3,6 +3,8 @@
 // before any that lies beyond the guard border.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 
 #include "engine/rules/flag_pattern.h"
@@ -10,8 +12,6 @@
 namespace stairmelt::inline STAIRMELT_SET {
 
 enum class BlendWeight : uint8_t { kContact, kHalf, kThreeQuarters, kOneSixth };
-constexpr BlendWeight kBlendWeights[] = {BlendWeight::kContact, BlendWeight::kHalf, BlendWeight::kThreeQuarters,
-                                         BlendWeight::kOneSixth};
 
 // Moves one destination pixel toward one source pixel; both are offsets from the visited pixel.
 struct Blend {
@@ -20,15 +20,10 @@ struct Blend {
     BlendWeight weight;
 };
 
+// By BlendWeight.
 template <class Weights>
-constexpr typename Weights::Weight WeightOf(BlendWeight weight, typename Weights::Weight cornerWeight) {
-    switch (weight) {
-        case BlendWeight::kContact: return cornerWeight;
-        case BlendWeight::kHalf: return Weights::kHalf;
-        case BlendWeight::kThreeQuarters: return Weights::kThreeQuarters;
-        case BlendWeight::kOneSixth: break;
-    }
-    return Weights::kOneSixth;
+constexpr std::array<typename Weights::Weight, 4> BlendWeightsOf(typename Weights::Weight cornerWeight) {
+    return {cornerWeight, Weights::kHalf, Weights::kThreeQuarters, Weights::kOneSixth};
 }
 
 // The contact blends soften a right edge that no ramp has softened on one or both of its sides.

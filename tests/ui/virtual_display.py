@@ -54,8 +54,8 @@ class VirtualDisplay(contextlib.ExitStack):
         config, started = self.directory / "rc.xml", self.directory / "started"
         config.write_text(OPENBOX, encoding="utf-8")
         reading, writing = os.pipe()
-        self.run("Xvfb", "-displayfd", str(writing), "-screen", "0", "1280x1024x24", "-nolisten", "tcp", "-fbdir",
-                 self.directory, pass_fds=(writing,))
+        self.run("Xvfb", "-displayfd", str(writing), "-screen", "0", "1280x1024x24", "-nolisten", "tcp",
+                 "-noreset", "-fbdir", self.directory, pass_fds=(writing,))
         os.close(writing)
         with os.fdopen(reading) as stream:
             self.environment = dict(os.environ, DISPLAY=":" + stream.readline().strip())
@@ -89,4 +89,7 @@ if __name__ == "__main__":
     KEY = rf"HKCU\Software\Wine\AppDefaults\{pathlib.Path(program).name}\X11 Driver"
     subprocess.run([wine, "reg", "add", KEY, "/v", "Managed", "/d", "N", "/f"], stdout=subprocess.DEVNULL, check=True)
     with VirtualDisplay() as display:
-        sys.exit(subprocess.run(sys.argv[1:], env=display.environment, check=False).returncode)
+        status = subprocess.run(sys.argv[1:], env=display.environment, check=False).returncode
+    if status not in (0, 1):
+        print(f"{program} ended with the status {status}", file=sys.stderr)
+    sys.exit(status)

@@ -61,7 +61,7 @@ void BlockStore::Unlock(MovableBlock& block) {
 
 void BlockStore::Resize(MovableBlock& block, size_t size) {
     CheckGuardsOf(block);
-    // The new memory exists before the old is freed, which makes sure that the address changes.
+    // The new memory is allocated before the old is freed, so that the address always changes.
     GuardedMemory moved(size);
     std::memcpy(moved.Data(), block.memory.Data(), std::min(size, block.memory.Size()));
     TakeMemory(block, std::move(moved));

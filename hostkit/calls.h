@@ -1,4 +1,4 @@
-// What the services of the imitated host say of the calls of a plug-in.
+// How the fake host's services log a plug-in's calls and report its faults.
 #pragma once
 
 #include <cstdint>
@@ -8,18 +8,18 @@
 
 namespace stairmelt {
 
-// Announces a call of one of the current host's services: the routine's name, then its telling arguments, as in
+// Logs a call to one of the current host's services: the routine's name, then the arguments that matter, as in
 // "disposeProc #1".
 void NoteCall(const std::string& call);
 
-// The same for a call that can report a failure. Returns kNoErr, or the code with which it has to fail: `code`, or what
-// a test wants.
+// The same for a call that can report a failure. Returns kNoErr, or the code with which the call has to fail: `code`,
+// unless a test sets another.
 OSErr FailureOf(const std::string& call, OSErr code = kParamErr);
 
 // Appends a line to the current host's faults: something that a plug-in must not do, such as disposing twice.
 void ReportFault(const std::string& text);
 
-// The four characters of a code, such as "Thsh". Unprintable ones become points.
+// The four characters of a code, such as "Thsh". Unprintable ones become dots.
 std::string CodeText(uint32_t code);
 
 }  // namespace stairmelt

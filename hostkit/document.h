@@ -14,13 +14,13 @@ struct FakeDocument {
     int32_t width = 0;  // pixels
     int32_t height = 0;
     int16_t imageMode = kModeRGBColor;
-    int16_t planes = 3;              // samples of a pixel, transparency included
-    int32_t depth = 8;               // bits per sample; a depth below 8 is held as a byte per sample
+    int16_t planes = 3;              // samples per pixel, transparency included
+    int32_t depth = 8;               // bits per sample; a depth below 8 takes a byte per sample
     bool hasTransparency = false;    // the image is a layer whose last plane is its transparency
     std::optional<VRect> selection;  // within the image; the filter's result is kept inside it
     bool isFloating = false;         // the selection floats; the filter gets its mask with every delivery
-    std::vector<uint8_t> source;     // interleaved samples, rows tightly packed; what the filter is shown
-    std::vector<uint8_t> result;     // the same with what the filter delivered; the source's again after a failed run
+    std::vector<uint8_t> source;     // interleaved samples, rows tightly packed; the filter's input
+    std::vector<uint8_t> result;     // the same with the filter's output; equal to the source after a failed run
 
     int32_t SampleBytes() const { return depth >= 8 ? depth / 8 : 1; }
     size_t PixelBytes() const {
@@ -31,7 +31,7 @@ struct FakeDocument {
     bool IsBig() const { return width > 32767 || height > 32767; }  // beyond the 16-bit coordinates
 };
 
-// Fills in size, mode, depth and planes of the record, and the coordinates of both forms; nothing is requested yet.
+// Fills in the record's size, mode, depth and planes, and both forms of its coordinates. Requests nothing.
 void DescribeDocument(const FakeDocument& document, FilterRecord& record, BigDocumentStruct& big);
 
 }  // namespace stairmelt

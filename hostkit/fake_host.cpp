@@ -11,14 +11,14 @@ namespace {
 
 FakeHost* gCurrentHost = nullptr;
 
-// No filter that asks for an image in pieces needs more than this; one that never stops asking is stopped.
-constexpr int kMostContinues = 100000;
+// More than a filter needs that processes an image in pieces. One that never stops making requests is stopped here.
+constexpr int kMaxContinues = 100000;
 
 constexpr Fixed kScreenResolution = 72 << 16;   // pixels per inch
 constexpr int32_t kSpaceForFilter = 256 << 20;  // bytes
 
 // The fields that a filter may write and this host honours, and those that the host itself writes while a selector
-// runs. First and last field; everything between them counts.
+// runs: byte offsets, the end exclusive.
 struct FieldRange {
     size_t first, end;
 };
@@ -49,9 +49,9 @@ void CheckRecord(const GuardedRecord& guarded, const FilterRecord& before, int16
     }
 }
 
-// Memory that the plug-in can reach and has to leave alone, besides the fields of the record.
+// Memory outside the record that the plug-in can reach but must not change.
 struct Region {
-    const char* name;  // for texts
+    const char* name;  // for messages
     const void* begin;
     size_t size;  // bytes
     std::vector<uint8_t> before = {};
@@ -62,7 +62,7 @@ Region RegionOf(const char* name, const Field& field) {
     return {name, &field, sizeof(field)};
 }
 
-// Copies of all of it.
+// Copies all such regions, for CheckRegions.
 std::vector<Region> SaveRegions(const FakeHost& host) {
     std::vector<Region> regions = {
         RegionOf("imageSize32", host.big.imageSize32),
@@ -121,7 +121,7 @@ FakeHost::FakeHost() {
 FakeHost::~FakeHost() { gCurrentHost = nullptr; }
 
 void FakeHost::BeginRun() {
-    // What an unfinished run still holds was cut for the document as it was then: it goes unchecked.
+    // Drops the buffers of an unfinished run unchecked: they may not fit the document as it is now.
     pixels = FakePixels{.deliveries = pixels.deliveries};
     document.source.resize(static_cast<size_t>(document.height) * document.RowBytes());
     document.result = document.source;
@@ -204,10 +204,10 @@ int16_t FakeHost::RunFilter(PluginMainProc pluginMain, RunKind kind) {
         }
     }
 
-    // Once Start has succeeded Finish comes in any case.
+    // Once Start has succeeded, the host always sends Finish.
     int16_t result = kNoErr;
     for (int continues = 0; result == kNoErr && pixels.IsAnythingAsked(); ++continues) {
-        if (continues == kMostContinues) {
+        if (continues == kMaxContinues) {
             ReportFault("the filter never stops asking for more");
             result = kParamErr;
             break;

@@ -12,7 +12,7 @@ bool HoldsPattern(const uint8_t* bytes, size_t size) {
 }
 
 GuardedMemory::GuardedMemory(size_t size) : size_(size) {
-    // The language limits an array to half the address space; asking for more would throw another exception.
+    // An array may take at most half the address space. Requesting more would throw a different exception.
     if (size > static_cast<size_t>(std::numeric_limits<ptrdiff_t>::max()) - 2 * kGuardBytes) throw std::bad_alloc();
     block_.reset(new uint8_t[size + 2 * kGuardBytes]);
     std::memset(block_.get(), kFillPattern, size + 2 * kGuardBytes);

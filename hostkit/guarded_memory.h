@@ -1,4 +1,4 @@
-// Memory with guard zones on both sides, filled with a pattern, so that a stray write shows.
+// Memory with guard zones on both sides, filled with a pattern that reveals stray writes.
 #pragma once
 
 #include <cstddef>
@@ -7,10 +7,10 @@
 
 namespace stairmelt {
 
-// Fresh memory holds this in every byte, so that nobody gets along with a block that happens to be zero.
+// Fills fresh memory, so that no code works by luck because a block happens to be zero.
 constexpr uint8_t kFillPattern = 0xA5;
 
-// Under the address sanitizer there are no zones: its own begin right at the block and show stray reads as well.
+// Under the address sanitizer there are no zones: its own start right at the block and reveal stray reads, too.
 #if defined(__SANITIZE_ADDRESS__)
 constexpr size_t kGuardBytes = 0;
 #elif defined(__has_feature)
@@ -19,18 +19,18 @@ constexpr size_t kGuardBytes = __has_feature(address_sanitizer) ? 0 : 64;
 constexpr size_t kGuardBytes = 64;
 #endif
 
-// True when every byte of the range holds kFillPattern.
+// True if every byte of the range is kFillPattern.
 bool HoldsPattern(const uint8_t* bytes, size_t size);
 
 class GuardedMemory {
 public:
     GuardedMemory() = default;
-    // Throws std::bad_alloc where there is no room.
+    // Throws std::bad_alloc.
     explicit GuardedMemory(size_t size);
 
     uint8_t* Data() const { return block_ ? block_.get() + kGuardBytes : nullptr; }
     size_t Size() const { return size_; }
-    bool IsIntact() const;  // whether both zones hold what they held at first
+    bool IsIntact() const;  // whether both zones are unchanged
 
 private:
     std::unique_ptr<uint8_t[]> block_;

@@ -10,9 +10,9 @@ struct FakeHandles {
     FakeHandles();
 
     HandleProcs procs{};
-    BlockStore blocks{"handle", {}};  // the plug-in's and the host's own
+    BlockStore blocks{"handle", {}};  // made by the plug-in or by the host itself
 
-    // A handle that the host itself makes. Not logged, and no failure switch applies. Throws std::bad_alloc.
+    // Makes a handle for the host itself. This isn't logged, and tests can't make it fail. Throws std::bad_alloc.
     Handle Make(const void* bytes, size_t size) { return &blocks.Make(bytes, size).inner; }
 };
 

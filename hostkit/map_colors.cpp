@@ -16,11 +16,11 @@ double SrgbCurve(double linear) {
     return linear <= 0.0031308 ? 12.92 * linear : 1.055 * std::pow(linear, 1 / 2.4) - 0.055;
 }
 
-// Inverse of the cube-root curve that Lab is made of.
+// The inverse of Lab's cube-root curve.
 double LabCube(double t) { return t > 6.0 / 29 ? t * t * t : (t - 4.0 / 29) * (108.0 / 841); }
 
-// Lightness 0..255 stands for 0..100; a and b are offset by 128. Taken as relative to the screen's own white, which
-// spares the adaptation and is near enough for the eye.
+// Lightness 0..255 stands for 0..100; a and b are offset by 128. The screen's white serves as the reference white,
+// which avoids a chromatic adaptation and is close enough to the eye.
 Color FromLab(int lightness, int a, int b) {
     const double fy = (lightness * 100.0 / 255 + 16) / 116;
     const double x = 0.9505 * LabCube(fy + (a - 128) / 500.0);
@@ -31,7 +31,7 @@ Color FromLab(int lightness, int a, int b) {
             ToByte(SrgbCurve(0.0557 * x - 0.2040 * y + 1.0570 * z))};
 }
 
-// The host holds ink inverted: 0 is full ink.
+// The host inverts inks: 0 is full ink.
 Color FromCmyk(int cyan, int magenta, int yellow, int black) {
     return {cyan * black / 255, magenta * black / 255, yellow * black / 255};
 }
@@ -46,7 +46,7 @@ Color ColorAt(const PSPixelMap& map, const uint8_t* pixel) {
     }
 }
 
-// Opacity 0..255 at a place given from the map's top left corner.
+// Opacity 0..255 at a position relative to the map's top left corner.
 int MaskAt(const PSPixelMap& map, int32_t row, int32_t column) {
     const PSPixelMask* mask = map.masks;
     if (!mask || !mask->maskData) return 255;

@@ -27,7 +27,7 @@ struct Requests {
     VRect input, output, mask;
 };
 
-// In the form that counts: the plug-in turns the 32-bit one on.
+// In the form of coordinates in use: the plug-in turns the 32-bit one on.
 Requests ReadRequests() {
     const FilterRecord& record = CurrentHost().record;
     const BigDocumentStruct* big = record.bigDocumentData;
@@ -35,7 +35,7 @@ Requests ReadRequests() {
     return {Widened(record.inRect), Widened(record.outRect), Widened(record.maskRect)};
 }
 
-// Bytes of a row without the padding.
+// Bytes per row without the padding.
 size_t SpanOf(const Delivery& delivery) {
     return static_cast<size_t>(delivery.pixelBytes) * static_cast<size_t>(delivery.rect.right - delivery.rect.left);
 }
@@ -44,14 +44,14 @@ uint8_t* RowOf(const Delivery& delivery, int32_t y) {
     return delivery.Data() + static_cast<size_t>(y - delivery.rect.top) * static_cast<size_t>(delivery.rowBytes);
 }
 
-// Where a row of the document's samples begins for this delivery: at its left edge and first plane.
+// The offset of pixel (x, y) in the document's samples, at the first plane of this delivery.
 size_t OffsetInDocument(const FakeDocument& document, const Delivery& delivery, int32_t x, int32_t y) {
     return static_cast<size_t>(y) * document.RowBytes() + static_cast<size_t>(x) * document.PixelBytes() +
            static_cast<size_t>(delivery.loPlane) * static_cast<size_t>(document.SampleBytes());
 }
 
-// Calls `visit(to, from, bytes)` for each run of bytes that lies together both in the document and in the delivery, in
-// the part of the delivery inside `rect`. The first argument is an offset in the document's samples.
+// Calls `visit(to, from, bytes)` for each run of bytes inside `rect` that is contiguous in both the document and the
+// delivery. The first argument is an offset in the document's samples.
 template <class Visit>
 void VisitRuns(const FakeDocument& document, const Delivery& delivery, const VRect& rect, Visit visit) {
     const size_t pixelBytes = document.PixelBytes();
@@ -74,7 +74,7 @@ void VisitRuns(const FakeDocument& document, const Delivery& delivery, const VRe
     }
 }
 
-// A buffer for the rectangle. Its last row ends without padding, so that the sanitizer sees a read beyond it.
+// A buffer for the rectangle. Its last row has no padding, so that the sanitizer detects a read beyond it.
 Delivery Allocate(const char* name, const VRect& rect, int loPlane, int pixelBytes, int padding) {
     Delivery delivery{name, rect, loPlane, pixelBytes};
     const size_t span = SpanOf(delivery);
@@ -85,7 +85,7 @@ Delivery Allocate(const char* name, const VRect& rect, int loPlane, int pixelByt
     return delivery;
 }
 
-// The whole image, where the document has it.
+// The whole image, in the document's own samples.
 Delivery InPlace(const char* name, const FakeDocument& document, std::vector<uint8_t>& samples) {
     Delivery delivery{name, document.Bounds(), 0, static_cast<int32_t>(document.PixelBytes())};
     delivery.rowBytes = static_cast<int32_t>(document.RowBytes());
@@ -107,7 +107,7 @@ void FillMask(const FakeDocument& document, const Delivery& delivery) {
             RowOf(delivery, y)[x - delivery.rect.left] = IsWithin({y, x, y + 1, x + 1}, selected) ? kSelected : 0;
 }
 
-// Puts the buffers' addresses and steps where the filter finds them: null and 0 for what isn't held.
+// Sets the buffers' addresses and steps in the record: null and 0 for those that the filter doesn't have.
 void Announce(const FakePixels& pixels, FilterRecord& record) {
     const int32_t sampleBytes = CurrentHost().document.SampleBytes();
     record.inData = pixels.input.Data();
@@ -161,19 +161,19 @@ OSErr FakePixels::Deliver() {
     FilterRecord& record = host.record;
     Commit();
     Check();
-    // The old buffers live on until the new ones exist, which makes sure that the addresses change.
+    // Keep the old buffers until the new ones exist, so that the addresses always change.
     const Delivery old[] = {std::exchange(input, Delivery{input.name}), std::exchange(output, Delivery{output.name}),
                             std::exchange(mask, Delivery{mask.name})};
     Drop();
 
     Requests requests = ReadRequests();
-    // The mask of a floating selection comes unasked, since the filter's preview may show it.
+    // The mask of a floating selection is delivered unrequested, since the filter's preview may show it.
     if (document.isFloating && IsEmpty(requests.mask)) requests.mask = document.Bounds();
     struct Wanted {
         Delivery& delivery;
         const VRect& rect;
         int loPlane, hiPlane, planes, sampleBytes;
-        std::vector<uint8_t>* samples;  // of the document, where it has them as they are delivered
+        std::vector<uint8_t>* samples;  // the document's, if they can be delivered in place
     };
     const Wanted wanted[] = {
         {input, requests.input, record.inLoPlane, record.inHiPlane, document.planes, document.SampleBytes(),
@@ -189,8 +189,8 @@ OSErr FakePixels::Deliver() {
             return kFilterBadParameters;
     }
     ++deliveries;
-    // Whole samples, so that rows may still be read as arrays of samples; different from delivery to delivery and
-    // from input to output.
+    // Padding is a whole number of samples, so that rows may still be read as arrays of samples. It differs from
+    // delivery to delivery and from input to output.
     int padding = 3 + 2 * (deliveries % 5);
     try {
         for (const Wanted& want : wanted) {

@@ -1,9 +1,9 @@
-// The fake host's delivery of pixels: what a filter asks for by rectangle and planes is copied into fresh buffers, and
-// what it wrote is copied back when the host next advances.
+// The fake host's delivery of pixels: the rectangle and planes that a filter requests are copied into fresh buffers,
+// and its output is copied back at the next advance.
 //
-// Each delivery has new addresses and other row bytes than the one before, with guarded padding behind the rows, and
-// the old buffers are freed. A request that reaches beyond the image or its planes is refused: this host doesn't pad.
-// Where host.checksPixels is false, the whole image is delivered where the document has it instead.
+// Each delivery uses new addresses and different row bytes, with guarded padding after each row, and frees the previous
+// buffers. A request beyond the image or its planes is refused: this host doesn't pad. If host.checksPixels is false, a
+// request for the whole image gets the document's own samples instead of a copy.
 #pragma once
 
 #include <cstdint>
@@ -18,15 +18,15 @@ inline bool IsWithin(const VRect& inner, const VRect& outer) {
            inner.right <= outer.right;
 }
 
-// One buffer handed to the filter. Nothing is held while `rect` is empty.
+// One buffer lent to the filter; none while `rect` is empty.
 struct Delivery {
-    const char* name;  // "input", "output" or "mask", for texts
+    const char* name;  // "input", "output" or "mask", for messages
     VRect rect{};
     int32_t loPlane = 0;
-    int32_t pixelBytes = 0;  // of the planes from loPlane on that were asked for
+    int32_t pixelBytes = 0;  // of the requested planes, the first of which is loPlane
     int32_t rowBytes = 0;    // padding included
     GuardedMemory memory{};
-    uint8_t* inPlace = nullptr;  // instead of the memory: the document's own samples
+    uint8_t* inPlace = nullptr;  // the document's own samples, used in place of `memory`
 
     uint8_t* Data() const { return inPlace != nullptr ? inPlace : memory.Data(); }
 };
@@ -35,24 +35,24 @@ struct FakePixels {
     Delivery input{"input"};
     Delivery output{"output"};
     Delivery mask{"mask"};
-    int advances = 0;               // successful calls of advanceState by the filter
+    int advances = 0;               // the filter's successful calls of advanceState
     int deliveries = 0;             // those and the host's own; varies the padding
-    bool hasAdvanceFailed = false;  // in the selector that runs; a further call of advanceState is a fault then
+    bool hasAdvanceFailed = false;  // in the current selector, where calling advanceState again would be a fault
 
-    // Commits the output, then delivers what the record asks for. kFilterBadParameters for a request outside the
-    // image, kMemFullErr where there is no room; then the filter has no buffers at all.
+    // Commits the output, then delivers what the record requests. Returns kFilterBadParameters for a request outside
+    // the image and kMemFullErr if memory runs out; the filter then has no buffers at all.
     OSErr Deliver();
 
-    // Whether the record asks for anything, in the form of coordinates that the plug-in turned on.
+    // Whether the record requests anything, in the form of coordinates that the plug-in has selected.
     bool IsAnythingAsked() const;
 
-    // Copies the output into the document's result, inside the selection where the host masks.
+    // Copies the output into the document's result, limited to the selection if the host masks.
     void Commit();
 
-    // Takes the buffers away from the filter, and reports what was written where it must not be.
+    // Takes the buffers away from the filter and reports stray writes.
     void Drop();
 
-    // Reports stray writes around and within the buffers that are out.
+    // Reports stray writes around and within the buffers that the filter has.
     void Check() const;
 };
 

@@ -11,7 +11,7 @@ namespace {
 
 FakeRegistry& Registry() { return CurrentHost().registry; }
 
-// The live descriptor, or null with a fault reported.
+// The live descriptor. Reports a fault and returns null if there is none.
 HostActionDescriptor* Live(PIActionDescriptor descriptor, const std::string& caller) {
     CurrentHost().suites.RequireAcquired(kActionDescriptorSuite, caller);
     for (HostActionDescriptor& candidate : Registry().descriptors)

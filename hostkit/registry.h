@@ -1,4 +1,4 @@
-// The fake host's action descriptors, and the registry that keeps copies of them.
+// The fake host's action descriptors, and the registry that stores copies of them.
 #pragma once
 
 #include <cstdint>
@@ -12,10 +12,10 @@
 
 namespace stairmelt {
 
-// Integers by key, in the order in which they were first put.
+// Integers by key, in the order of their first put.
 using StoredValues = std::vector<std::pair<DescriptorKeyID, int32_t>>;
 
-// What a PIActionDescriptor points at. Freed ones stay, so that a later use is told.
+// What a PIActionDescriptor points at. Freed ones are kept, so that a later use is detected.
 struct HostActionDescriptor {
     StoredValues values;
     bool isLive = true;
@@ -28,7 +28,7 @@ struct FakeRegistry {
     PSActionDescriptorProcs descriptorProcs{};
     std::deque<HostActionDescriptor> descriptors;
 
-    std::map<std::string, StoredValues> persistent;  // by the string under which they were registered
+    std::map<std::string, StoredValues> persistent;  // by the key under which they were registered
 
     int CountLiveDescriptors() const;
 };

@@ -1,4 +1,4 @@
-// Stands in for the screen where there is none.
+// The screen on systems other than Windows: there is none.
 #include "hostkit/screen.h"
 
 namespace stairmelt {

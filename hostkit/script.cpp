@@ -13,7 +13,7 @@
 namespace stairmelt {
 namespace {
 
-// What stands in the caller's list in place of a key that has turned up. Not 0, which would end the list early.
+// Replaces a key in the caller's list once it is found. It can't be 0, which would end the list early.
 constexpr DescriptorKeyID kFoundKey = FourCharCode("null");
 
 Handle HandleOf(const std::vector<ScriptValue>& values) {
@@ -26,7 +26,7 @@ std::vector<ScriptValue> ValuesOf(const MovableBlock& block) {
     return values;
 }
 
-// The open token, or null with a fault reported.
+// The open token. Reports a fault and returns null if there is none.
 template <class Token>
 Token* OpenToken(std::deque<Token>& tokens, Token* token, const char* caller) {
     for (Token& candidate : tokens)
@@ -43,7 +43,7 @@ HostWriteDescriptor* Writing(PIWriteDescriptor token, const char* caller) {
     return OpenToken(CurrentHost().script.writeTokens, token, caller);
 }
 
-// Errors are negative; a coerced value counts for less than any of them.
+// Errors are negative and outrank the code for a coerced value.
 void NoteResult(HostReadDescriptor& token, OSErr result) {
     if (result != kNoErr && (token.worst == kNoErr || result < token.worst)) token.worst = result;
 }
@@ -129,7 +129,7 @@ OSErr CloseWrite(PIWriteDescriptor token, PIDescriptorHandle* descriptor) {
     }
 }
 
-// What a run left to the host. A null handle is nothing; one that is disposed of already is a fault.
+// Disposes of a handle that a run left to the host. Null is ignored; a handle disposed of before is a fault.
 void DisposeOf(Handle handle) {
     BlockStore& blocks = CurrentHost().handles.blocks;
     if (MovableBlock* block = blocks.Find(handle, "taking the record")) blocks.Dispose(*block);
@@ -160,7 +160,7 @@ void FakeScript::BeginRun() {
     handedOver_ = played.empty() && !playsWithoutValues ? nullptr : HandleOf(played);
     parameters = {};
     parameters.playInfo = playInfo;
-    parameters.recordInfo = -1;  // none of the values, so that a filter that doesn't write it shows
+    parameters.recordInfo = -1;  // not a valid value, so that a filter that doesn't set it is noticed
     parameters.descriptor = handedOver_;
     parameters.readDescriptorProcs = &readProcs;
     parameters.writeDescriptorProcs = &writeProcs;
@@ -172,7 +172,7 @@ void FakeScript::TakeRecorded() {
     recordInfo = parameters.recordInfo;
     const Handle left = std::exchange(parameters.descriptor, nullptr);
     const Handle own = std::exchange(handedOver_, nullptr);
-    // Values that could be read are the plug-in's to dispose of.
+    // The plug-in has to dispose of values that it could read.
     if (left && left == own && !isUnreadable) ReportFault("the filter left the played descriptor in its place");
     if (left != own) {
         if (const MovableBlock* block = CurrentHost().handles.blocks.Find(left, "taking the record")) {

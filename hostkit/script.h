@@ -1,4 +1,4 @@
-// The fake host's script descriptors: what a script plays into a filter, and what a filter records.
+// The fake host's script descriptors: the values that a script plays, and those that a filter records.
 #pragma once
 
 #include <deque>
@@ -12,15 +12,15 @@ namespace stairmelt {
 struct ScriptValue {
     DescriptorKeyID key;
     int32_t value;
-    DescriptorTypeID type = kTypeInteger;  // getIntegerProc refuses any other
+    DescriptorTypeID type = kTypeInteger;  // the only type that getIntegerProc accepts
     bool operator==(const ScriptValue&) const = default;
 };
 
-// What the two token types point at. Closed tokens stay, so that a later use is told.
+// What the two token types point at. Closed tokens are kept, so that a later use is detected.
 struct HostReadDescriptor {
     std::vector<ScriptValue> values;
-    DescriptorKeyID* keys;  // the caller's list; entries are overwritten as their keys turn up
-    size_t next = 0;        // index of the value that getKeyProc gives next
+    DescriptorKeyID* keys;  // the caller's list; entries are overwritten as their keys are found
+    size_t next = 0;        // index of the next value for getKeyProc
     OSErr worst = kNoErr;
     bool isOpen = true;
 };
@@ -39,24 +39,24 @@ struct FakeScript {
     std::deque<HostReadDescriptor> readTokens;
     std::deque<HostWriteDescriptor> writeTokens;
 
-    // Set by the user of the host, and put before the filter when each run begins.
-    std::vector<ScriptValue> played;  // empty: no descriptor, but for
-    bool playsWithoutValues = false;  // a script that sets none
+    // Set by the caller, and offered to the filter when a run begins.
+    std::vector<ScriptValue> played;  // if empty, there is no descriptor, unless the next field is set
+    bool playsWithoutValues = false;  // a descriptor without values
     int16_t playInfo = kPlugInDialogDisplay;
 
-    // What the last finished run recorded.
+    // Recorded by the last finished run.
     bool hasRecorded = false;
     std::vector<ScriptValue> recorded;
     int16_t recordInfo = 0;
 
-    // The plug-in was given no way to read the played values in this run. Their handle then stays the host's.
+    // The plug-in has no way to read the played values in this run, so their handle still belongs to the host.
     bool isUnreadable = false;
 
-    // Fills `parameters` for a run: the played values go into a new handle, which from then on is the plug-in's.
-    // Disposes of what a run that wasn't finished left there.
+    // Fills `parameters` for a run: the played values go into a new handle, which belongs to the plug-in from then on.
+    // Disposes of the handle that an unfinished run left there.
     void BeginRun();
 
-    // Takes what the plug-in left in the descriptor field and disposes of the handle.
+    // Reads the recorded values from the descriptor field and disposes of the handle.
     void TakeRecorded();
 
     int CountOpenTokens() const;

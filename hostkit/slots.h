@@ -1,4 +1,4 @@
-// Slots for routines that a filter has no need to call: calling one is reported as a fault.
+// Slots for routines that a filter has no reason to call: calling one is a fault.
 #pragma once
 
 #include <algorithm>
@@ -11,7 +11,7 @@
 
 namespace stairmelt {
 
-// Can be called through any routine's type, since it takes nothing and its caller cleans the stack.
+// Can be called through any routine's type, since it takes no arguments and the caller cleans up the stack.
 inline void ReportUncalled() { ReportFault("call of a routine that a filter has no need for"); }
 
 template <class Routine>
@@ -23,7 +23,7 @@ Routine Uncalled() {
     return slot;
 }
 
-// Fills the table, its head of version and count included; the caller then sets what there is.
+// Fills the whole table, including its version and count; the caller then sets the members that exist.
 template <class Table>
 void FillSlots(Table& table) {
     static_assert(std::is_trivially_copyable_v<Table> && sizeof(Table) % sizeof(UnusedSlot) == 0);

@@ -7,7 +7,7 @@
 namespace stairmelt {
 namespace {
 
-// The table of the suite, or null where this host has none of that name and version.
+// The suite's table, or null if this host has none with that name and version.
 const void* FindSuite(const std::string& name, int32_t version) {
     FakeHost& host = CurrentHost();
     const struct {

@@ -1,4 +1,4 @@
-// The fake host's basic suite: the list of suites, and who holds them.
+// The fake host's basic suite: acquiring and releasing suites.
 #pragma once
 
 #include <map>
@@ -14,7 +14,7 @@ struct FakeSuites {
     SPBasicSuite basic{};
     std::map<std::string, int> held;  // acquired and not yet released, by name; only suites that were ever acquired
 
-    // Reports a call of a member of a suite that isn't held.
+    // Reports a fault if the suite isn't held; `caller` is the member that was called.
     void RequireAcquired(const char* name, const std::string& caller);
 };
 

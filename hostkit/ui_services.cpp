@@ -52,7 +52,7 @@ OSErr DisplayPixels(const PSPixelMap* map, const VRect* part, int32_t row, int32
         return kParamErr;
 
     DisplayedMap display;
-    // A version 1 map ends before the overlays: nothing is read from there on.
+    // A version 1 map ends before the overlays: read nothing from there on.
     std::memcpy(&display.map, map, offsetof(PSPixelMap, pixelOverlays));
     for (const PSPixelMask* mask = map->masks; mask; mask = mask->next) display.masks.push_back(*mask);
     display.part = *part;

@@ -1,4 +1,4 @@
-// The fake host's services for dialogs: drawing of previews, cursors, progress.
+// The fake host's services for dialogs: previews, cursors, progress.
 #pragma once
 
 #include <cstdint>
@@ -10,8 +10,8 @@
 
 namespace stairmelt {
 
-// All that one call of displayPixels was handed. The pointers inside `map` and `masks` are for comparing only: what
-// they point at belongs to the plug-in and may be gone.
+// The arguments of one call of displayPixels. The pointers inside `map` and `masks` may only be compared: their targets
+// belong to the plug-in and may be gone.
 struct DisplayedMap {
     PSPixelMap map{};
     std::vector<PSPixelMask> masks;
@@ -19,7 +19,7 @@ struct DisplayedMap {
     int32_t row = 0, column = 0;
     const void* context = nullptr;
     std::vector<uint8_t> samples;  // copy of the part, plane after plane; multichannel has only its first plane
-    std::vector<uint32_t> screen;  // what was drawn, as 0x00RRGGBB
+    std::vector<uint32_t> screen;  // the pixels drawn, as 0x00RRGGBB
 };
 
 struct FakeUi {
@@ -27,11 +27,11 @@ struct FakeUi {
 
     PSUIHooksSuite1 hooks{};
     int displays = 0;                     // accepted calls of displayPixels
-    std::optional<DisplayedMap> display;  // the last of them
+    std::optional<DisplayedMap> display;  // the last one
     std::vector<std::string> cursors;     // names set so far; a null name is ""
 };
 
-// What the record and the suite point at. Draws into the device context on Windows; elsewhere it only notes the call.
+// The routines in the record and the suite. On Windows, DisplayPixels draws into the device context.
 OSErr DisplayPixels(const PSPixelMap* map, const VRect* part, int32_t row, int32_t column, void* context);
 void ShowProgress(int32_t done, int32_t total);
 

@@ -5,10 +5,10 @@
 namespace stairmelt {
 namespace {
 
-// Counts one call. True when this is the one that has to fail.
+// Counts one call. Returns whether it has to fail.
 bool Fires(Countdown& countdown) { return countdown == kEveryCall || (countdown > 0 && --countdown == 0); }
 
-// The services' own routines, and what stands before them.
+// The services' own routines, which the functions below wrap.
 decltype(ReadDescriptorProcs::closeReadDescriptorProc) gCloseRead;
 decltype(SPBasicSuite::AcquireSuite) gAcquireSuite;
 

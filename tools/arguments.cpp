@@ -14,14 +14,14 @@ int32_t ParseValue(const std::string& option, const std::string& word) {
     return *value;
 }
 
-int32_t ParseCount(const std::string& option, const std::string& word, int32_t most) {
+int32_t ParseCount(const std::string& option, const std::string& word, int32_t max) {
     const int32_t count = ParseValue(option, word);
-    if (count < 1 || count > most)
-        throw UsageError(option + " needs a number from 1 to " + std::to_string(most) + ", not " + word);
+    if (count < 1 || count > max)
+        throw UsageError(option + " needs a number from 1 to " + std::to_string(max) + ", not " + word);
     return count;
 }
 
-// Options for a single picture only, and for batches only.
+// Checks the files against the options for single pictures and those for batches.
 void TakeFiles(std::vector<std::string> files, bool isForMany, Arguments& arguments) {
     if (!arguments.outDirectory) {
         if (isForMany) throw UsageError("--jobs, --skip-existing and --files need a directory given with --out");
@@ -43,7 +43,7 @@ Arguments ParseArguments(const std::vector<std::string>& words) {
     bool optionsEnded = false, isForMany = false;
     for (size_t i = 0; i < words.size(); ++i) {
         std::string word = words[i];
-        std::optional<std::string> attached;  // what stands behind an option's equals sign
+        std::optional<std::string> attached;  // the text after an option's equals sign
         if (const size_t equals = word.find('=');
             !optionsEnded && word.starts_with("--") && equals != std::string::npos) {
             attached = word.substr(equals + 1);
@@ -69,11 +69,11 @@ Arguments ParseArguments(const std::vector<std::string>& words) {
         } else if (word == "--bias") {
             arguments.bias = ParseValue(word, next());
         } else if (word == "--repeat") {
-            arguments.repeat = ParseCount(word, next(), kMostRuns);
+            arguments.repeat = ParseCount(word, next(), kMaxRuns);
         } else if (word == "--out") {
             arguments.outDirectory = PathFromText(next());
         } else if (word == "--jobs") {
-            arguments.jobs = ParseCount(word, next(), kMostJobs);
+            arguments.jobs = ParseCount(word, next(), kMaxJobs);
             isForMany = true;
         } else if (word == "--skip-existing") {
             arguments.skipExisting = isForMany = true;

@@ -12,7 +12,7 @@
 
 namespace stairmelt {
 
-// Texts about options that only runfilter.exe supports: the other form has the plug-in linked in, without its dialogs.
+// Text about options that only runfilter.exe supports: on other systems the plug-in is linked in, without its dialogs.
 #ifdef _WIN32
 #define ON_WINDOWS(text) text
 #else
@@ -60,8 +60,8 @@ inline constexpr char kHelp[] =
     "  runfilter --threshold 20 --softness 100 drawing.png smooth.png\n"
     "  runfilter --out smoothed " ON_WINDOWS("--jobs 4 ") "frames/*.png";
 
-constexpr int32_t kMostRuns = 10000;
-constexpr int32_t kMostJobs = 64;
+constexpr int32_t kMaxRuns = 10000;
+constexpr int32_t kMaxJobs = 64;
 
 // An invalid command line; the usage line follows the message.
 struct UsageError : ToolError {
@@ -69,30 +69,30 @@ struct UsageError : ToolError {
 };
 
 struct Arguments {
-    std::optional<std::filesystem::path> plugin;    // stairmelt.8bf beside the program when not given
-    std::optional<std::filesystem::path> settings;  // in the user's application data when not given
+    std::optional<std::filesystem::path> plugin;    // default: stairmelt.8bf beside the program
+    std::optional<std::filesystem::path> settings;  // default: in the user's application data
     // Any 32-bit value is passed to the plug-in; omitted ones come from the settings.
     std::optional<int32_t> threshold, softness, bias;
-    std::optional<int32_t> repeat;  // runs to be timed, 1..kMostRuns; never with a dialog
+    std::optional<int32_t> repeat;  // number of timed runs, 1..kMaxRuns; never with a dialog
     bool dialog = false;
     bool about = false;                  // only the about box, without files
-    bool help = false, version = false;  // nothing else counts then
+    bool help = false, version = false;  // if set, everything else is ignored
     std::filesystem::path in, out;
 
-    // A batch, if an output directory is given; `in` and `out` are then empty.
+    // A batch if an output directory is given; `in` and `out` are then empty.
     std::optional<std::filesystem::path> outDirectory;
     std::vector<std::string> files;            // names and patterns
-    std::vector<std::filesystem::path> lists;  // text files with more of them, one in a line; "-" is the input
-    int32_t jobs = 1;                          // processes, 1..kMostJobs
-    bool skipExisting = false;                 // pictures whose result is there are left out
-    bool isWorker = false;                     // one of a batch's processes; only the tool asks for it
+    std::vector<std::filesystem::path> lists;  // text files with more of them, one per line; "-" is standard input
+    int32_t jobs = 1;                          // processes, 1..kMaxJobs
+    bool skipExisting = false;                 // skip pictures whose result exists
+    bool isWorker = false;                     // one of a batch's processes; only the tool itself sets it
 
     FilterRequest Request() const { return {threshold, softness, bias, dialog, repeat}; }
 };
 
-// Parses the words after the program's name, in UTF-8. Options may stand anywhere, the last of several equal ones
-// counts, and "--" ends them. An option's value is the next word, unless that begins with "--", or follows an equals
-// sign. Throws UsageError.
+// Parses the words after the program's name, in UTF-8. Options may appear anywhere before "--", and the last one of a
+// kind wins. An option's value follows an equals sign, or is the next word, which then can't begin with "--". Throws
+// UsageError.
 Arguments ParseArguments(const std::vector<std::string>& words);
 
 }  // namespace stairmelt

@@ -1,4 +1,4 @@
-// Numbers in files: reading and appending them in either byte order, whatever the machine's own.
+// Reads and appends numbers of files in either byte order, whatever the machine's own.
 #pragma once
 
 #include <concepts>

@@ -22,7 +22,7 @@ std::string PathText(const fs::path& path) {
         const std::u8string text = path.u8string();
         readable.assign(text.begin(), text.end());
     } catch (const std::system_error&) {
-        // Windows allows unpaired surrogates in a name.
+        // Windows allows unpaired surrogates in names, and they have no UTF-8 form.
         for (const auto character : path.native())
             readable += static_cast<uint32_t>(character) < 0x80 ? static_cast<char>(character) : '?';
     }
@@ -82,10 +82,10 @@ Bytes LoadFile(const fs::path& path) {
     const uintmax_t size = fs::file_size(path, error);
     if (error) throw ToolError("can't be read");
     Bytes bytes(static_cast<size_t>(size));
-    // In pieces, since Windows' runtime reads less than 2 GB at a time.
-    constexpr size_t kMost = 1 << 30;
+    // In pieces, since the Windows runtime can't read 2 GB at once.
+    constexpr size_t kMaxPiece = 1 << 30;
     for (std::span<uint8_t> left = bytes; !left.empty();) {
-        const std::span<uint8_t> piece = left.first(std::min(left.size(), kMost));
+        const std::span<uint8_t> piece = left.first(std::min(left.size(), kMaxPiece));
         file.read(reinterpret_cast<char*>(piece.data()), static_cast<std::streamsize>(piece.size()));
         if (static_cast<size_t>(file.gcount()) != piece.size()) throw ToolError("can't be read");
         left = left.subspan(piece.size());

@@ -15,7 +15,7 @@ namespace stairmelt {
 std::string PathText(const std::filesystem::path& path);
 std::filesystem::path PathFromText(const std::string& text);
 
-// Runs a step on one file. The file's name is put before the message of a failure.
+// Runs a step that concerns one file. The message of a failure begins with the file's name.
 template <class Step>
 auto With(const std::filesystem::path& file, Step step) {
     try {

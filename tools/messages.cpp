@@ -35,7 +35,7 @@ std::string DescribeException() {
     } catch (const std::bad_alloc&) {
         return kNoMemory;
     } catch (const std::length_error&) {
-        return kNoMemory;  // beyond what a vector could ever hold
+        return kNoMemory;  // a size that no vector can have
     } catch (const std::exception& error) {
         return error.what();
     }

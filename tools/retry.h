@@ -1,5 +1,5 @@
-// For steps that another program may block for an instant: several of these tools may store their values in one file at
-// once, and Windows refuses access to a file that is open elsewhere.
+// Retries a step that another program may block for a moment: several instances of this tool may store their values in
+// the same file, and Windows refuses access to a file that is open elsewhere.
 #pragma once
 
 #include <chrono>
@@ -7,14 +7,14 @@
 
 namespace stairmelt {
 
-// Calls attempt() until it returns true, for half a second at most; returns whether it did.
+// Calls attempt() until it returns true, but for at most half a second. Returns whether it succeeded.
 template <class Attempt>
 bool RetryBriefly(Attempt attempt) {
-    constexpr int kMostTries = 25;
+    constexpr int kMaxTries = 25;
     constexpr std::chrono::milliseconds kBetween(20);
     for (int tries = 1;; ++tries) {
         if (attempt()) return true;
-        if (tries == kMostTries) return false;
+        if (tries == kMaxTries) return false;
         std::this_thread::sleep_for(kBetween);
     }
 }

@@ -1,5 +1,5 @@
-// runfilter: loads a filter plug-in the way the host does and filters one or more image files. Failures are reported in
-// one line on the error output; the output file is then unchanged.
+// runfilter: loads a filter plug-in the way the host does and filters one or more image files. A failure is reported in
+// one line on the error output and leaves the output file unchanged.
 #include <cstdio>
 #include <string>
 #include <string_view>
@@ -19,7 +19,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// For a batch, failed means that one of its pictures did.
+// A batch has failed if any of its pictures has.
 enum ExitStatus { kDone = 0, kFailed = 1, kMisused = 2, kInterrupted = kInterruptedStatus };
 
 std::string Printed(const char* format, auto... values) {
@@ -48,7 +48,7 @@ void PrintTimes(const FilterTimes& times, int32_t runs, const Picture& picture) 
     PrintLine("medians of " + std::to_string(runs) + " runs:");
     print("plug-in", times.kernel);
     print("copy   ", times.copy);
-    // The clock doesn't see the copy of a few pixels.
+    // Copying a few pixels is too short for the clock.
     if (times.copy > 0) PrintLine(Printed("ratio   %.2f", times.kernel / times.copy));
 }
 
@@ -62,7 +62,7 @@ void ShowAbout(const fs::path& pluginPath) {
 
 void RunOnPicture(const Arguments& arguments) {
     PictureFilter filter(*arguments.plugin, *arguments.settings, arguments.Request());
-    Picture picture;  // what is told of it; the samples go another way
+    Picture picture;  // only its size, for the report
     const FilterReport report = filter.Filter(arguments.in, arguments.out, [&](const Picture& read) {
         PrintPicture(arguments.in, read);
         picture.width = read.width;
@@ -96,8 +96,8 @@ ExitStatus Run(Arguments arguments) {
     return kDone;
 }
 
-// The usage of the command that the user started.
-std::string InItsName(std::string text) {
+// Replaces the tool's name in its usage by that of the command that the user started.
+std::string WithProgramName(std::string text) {
     constexpr std::string_view kName = "runfilter ";
     const std::string name = ProgramName() + ' ';
     for (size_t at = 0; (at = text.find(kName, at)) != std::string::npos; at += name.size())
@@ -109,7 +109,7 @@ ExitStatus RunCommandLine(const std::vector<std::string>& words) {
     try {
         const Arguments arguments = ParseArguments(words);
         if (arguments.help) {
-            PrintLine(InItsName(kUsage) + "\n\n" + InItsName(kHelp));
+            PrintLine(WithProgramName(kUsage) + "\n\n" + WithProgramName(kHelp));
         } else if (arguments.version) {
             PrintLine("stairmelt " VERSION_TEXT);
         } else {
@@ -117,7 +117,7 @@ ExitStatus RunCommandLine(const std::vector<std::string>& words) {
         }
         return kDone;
     } catch (const UsageError& error) {
-        PrintError(error.what() + ("\n" + InItsName(kUsage)));
+        PrintError(error.what() + ("\n" + WithProgramName(kUsage)));
         return kMisused;
     } catch (...) {
         PrintError(DescribeException());

@@ -1,4 +1,4 @@
-// What the program needs of the system besides files and the plug-in: one implementation for each system.
+// The program's other dependencies on the system, with one implementation for each system.
 #pragma once
 
 #include <cstddef>
@@ -13,9 +13,9 @@ namespace stairmelt {
 // Call it at the start of main, with main's arguments. Ctrl+C (or Ctrl+Break) ends the program with
 // kInterruptedStatus from then on; by default the status might be 0.
 void PrepareSystem();
-constexpr int kInterruptedStatus = 130;  // as shells have it
+constexpr int kInterruptedStatus = 130;  // the convention of shells
 
-// The first interrupt is only recorded from now on, the next one ends the program.
+// From now on, the first interrupt is only recorded; a second one ends the program.
 void RememberFirstInterrupt();
 bool IsInterrupted();
 
@@ -31,10 +31,10 @@ std::filesystem::path ProgramPath();
 // A folder that every user may write to, wherever the program is installed; if there is none, the program's own.
 std::filesystem::path SettingsFolder();
 
-// Width of the output if it is a terminal, else 0.
+// The width of the standard output if it is a terminal, otherwise 0.
 size_t TerminalColumns();
 
-// Throws UsageError or ToolError if what the user asks for can't be had on this system. Without a display, the dialog
+// Throws UsageError or ToolError if this system doesn't support what the user requests. Without a display, the dialog
 // would fail silently and the picture would be filtered with other values.
 void RequireSupported(const Arguments& arguments);
 

@@ -9,7 +9,7 @@
 namespace stairmelt {
 namespace {
 
-std::atomic<bool> gRemembersFirst = false, gIsInterrupted = false;  // free of locks, as a signal's handler needs it
+std::atomic<bool> gRemembersFirst = false, gIsInterrupted = false;  // lock-free, as required in a signal handler
 
 void OnInterrupt(int) {
     if (gIsInterrupted.exchange(true) || !gRemembersFirst) _exit(kInterruptedStatus);
@@ -31,7 +31,7 @@ std::filesystem::path SettingsFolder() {
     return home != nullptr ? std::filesystem::path(home) / ".config/stairmelt" : ProgramPath().parent_path();
 }
 
-size_t TerminalColumns() { return 0; }  // a farm keeps what is printed
+size_t TerminalColumns() { return 0; }  // render farms log the output, so there is no progress bar
 
 void RequireSupported(const Arguments& arguments) {
     if (arguments.about || arguments.dialog || arguments.plugin || arguments.jobs != 1)

@@ -18,7 +18,7 @@ enum class Attitude { kEnd, kRemember, kIgnore };
 
 std::atomic<Attitude> gAttitude = Attitude::kEnd;
 std::atomic<bool> gIsInterrupted = false;
-UINT gCodePage = 0;  // of the console before
+UINT gCodePage = 0;  // the console's, to be restored
 
 // Called on a system thread.
 BOOL WINAPI OnConsoleEvent(DWORD event) {
@@ -41,12 +41,12 @@ LONG WINAPI EndAtOnce(EXCEPTION_POINTERS* crash) {
 
 void PrepareSystem() {
     SetConsoleCtrlHandler(OnConsoleEvent, TRUE);
-    // Report a plug-in that can't be loaded in a line, not in a message box.
+    // A plug-in that can't be loaded is reported in one line instead of a message box.
     SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
     gCodePage = GetConsoleOutputCP();
     SetConsoleOutputCP(CP_UTF8);
     if (gCodePage != 0) std::atexit([] { SetConsoleOutputCP(gCodePage); });
-    // A script on Linux expects lines to end with a line feed alone.
+    // Scripts on Linux expect lines to end with a line feed alone.
     for (const int stream : {1, 2}) _setmode(stream, ProgramName() == "runfilter" ? _O_TEXT : _O_BINARY);
 }
 
@@ -59,7 +59,7 @@ void PrepareWorker() {
     SetUnhandledExceptionFilter(EndAtOnce);
 }
 
-// Those of main are in the system's code page.
+// The arguments of main are in the system's code page, which can't hold all names.
 std::vector<std::string> CommandLineWords(int, char**) {
     int count = 0;
     wchar_t** words = CommandLineToArgvW(GetCommandLineW(), &count);

@@ -18,8 +18,8 @@ std::optional<Number> ParseNumber(std::string_view text, int base = 10) {
     return error == std::errc() && stopped == end ? std::optional(value) : std::nullopt;
 }
 
-// Removes the part before the first `end`, and that `end`, from the text and returns the part; all of it if there is
-// none.
+// Returns the part of the text before the first `end`, or the whole text if there is none, and removes it and that
+// `end` from the text.
 inline std::string_view TakeUntil(std::string_view& text, char end) {
     const std::string_view part = text.substr(0, text.find(end));
     text.remove_prefix(std::min(part.size() + 1, text.size()));

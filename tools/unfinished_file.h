@@ -1,6 +1,6 @@
-// A file that is written under a temporary name and renamed once it is finished. If the program ends before, even by
-// being killed, the file is deleted: on Windows, the system does so. A symbolic link stays a link, and its target is
-// replaced. Functions throw ToolError.
+// A file that is written under a temporary name and renamed once it is finished. An unfinished file is deleted, on
+// Windows even if the program is killed. A symbolic link stays a link, and its target is replaced. Functions throw
+// ToolError.
 #pragma once
 
 #include <cstdint>
@@ -12,18 +12,18 @@ namespace stairmelt {
 
 class UnfinishedFile {
 public:
-    // Named like `place` with a suffix. Overwrites a file of that name left by a program that was killed between the
-    // last two steps of Finish, each of which is a single system call.
+    // The temporary name is `place` with a suffix. Overwrites a file of that name: a program that was killed between
+    // the last two system calls of Finish has left it.
     explicit UnfinishedFile(const std::filesystem::path& place);
     ~UnfinishedFile();
     UnfinishedFile(const UnfinishedFile&) = delete;
     UnfinishedFile& operator=(const UnfinishedFile&) = delete;
 
     void Write(std::span<const uint8_t> bytes);
-    void Finish();  // in its place from now on, where another file may have been; nothing is written after it
+    void Finish();  // renames it to `place`, replacing a file there; nothing may be written afterwards
 
 private:
-    struct Handle;  // the system's
+    struct Handle;
     std::filesystem::path place_;
     std::unique_ptr<Handle> handle_;  // null once finished
 };

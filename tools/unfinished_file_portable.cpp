@@ -1,4 +1,4 @@
-// The program itself deletes the file; one that is killed leaves it behind.
+// The program itself deletes the file. If it is killed, the file stays.
 #include <fstream>
 #include <random>
 #include <system_error>
@@ -18,7 +18,7 @@ struct UnfinishedFile::Handle {
 UnfinishedFile::UnfinishedFile(const fs::path& place) : place_(place), handle_(std::make_unique<Handle>()) {
     std::error_code error;
     for (int links = 0; links < 40 && fs::is_symlink(place_, error); ++links)
-        place_ = place_.parent_path() / fs::read_symlink(place_, error);  // also where its target is missing
+        place_ = place_.parent_path() / fs::read_symlink(place_, error);  // even if its target is missing
     handle_->path = place_;
     // Another node of a farm may be writing to the same place.
     handle_->path += ".unfinished" + std::to_string(std::random_device()());

@@ -34,7 +34,7 @@ fs::path FollowLinks(const fs::path& place) {
     const HANDLE handle = CreateFileW(place.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                                       OPEN_EXISTING, 0, nullptr);
     if (handle != INVALID_HANDLE_VALUE) {
-        length = GetFinalPathNameByHandleW(handle, target.data(), kMaxPath, 0);  // some drives' drivers can't tell
+        length = GetFinalPathNameByHandleW(handle, target.data(), kMaxPath, 0);  // fails on some drives
         CloseHandle(handle);
     }
     if (length == 0 || length > kMaxPath) return fs::absolute(place).make_preferred();
@@ -56,9 +56,9 @@ UnfinishedFile::UnfinishedFile(const fs::path& place) : place_(FollowLinks(place
             return;
         }
         // Another process may be writing to the same file.
-        constexpr int kMostAtATime = 8;
+        constexpr int kMaxProcesses = 8;
         const DWORD error = GetLastError();
-        if ((error != ERROR_SHARING_VIOLATION && error != ERROR_ACCESS_DENIED) || i == kMostAtATime)
+        if ((error != ERROR_SHARING_VIOLATION && error != ERROR_ACCESS_DENIED) || i == kMaxProcesses)
             throw ToolError("can't be written: its directory is missing or doesn't allow it");
     }
 }
@@ -68,10 +68,10 @@ UnfinishedFile::~UnfinishedFile() {
 }
 
 void UnfinishedFile::Write(std::span<const uint8_t> bytes) {
-    constexpr size_t kMost = 1 << 30;  // a write takes a size of 32 bits
+    constexpr size_t kMaxPiece = 1 << 30;  // WriteFile takes a 32-bit size
     while (!bytes.empty()) {
         DWORD written = 0;
-        const auto size = static_cast<DWORD>(std::min(bytes.size(), kMost));
+        const auto size = static_cast<DWORD>(std::min(bytes.size(), kMaxPiece));
         if (!WriteFile(handle_->handle, bytes.data(), size, &written, nullptr) || written != size)
             throw ToolError("can't be written: the disk is full or failing");
         bytes = bytes.subspan(size);

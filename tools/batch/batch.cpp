@@ -21,7 +21,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The output for the user. Several threads report their pictures to it.
+// The user's view of the batch. Several threads report their pictures to it.
 class BatchScreen {
 public:
     explicit BatchScreen(size_t total) { counts_.total = total; }
@@ -29,17 +29,17 @@ public:
     void Tell(const BatchItem& item, const BatchAnswer& answer) {
         const std::lock_guard lock(mutex_);
         if (!answer.values.empty() && !hasValues_) {
-            hasValues_ = true;  // they are those of every picture
+            hasValues_ = true;  // all pictures have the same ones
             ClearBar();
             stairmelt::PrintLine(answer.values);
         }
         ++(answer.isSmoothed ? counts_.smoothed : counts_.failed);
         const std::string name = PathText(item.in);
         if (!answer.isSmoothed) {
-            PrintError(answer.words);
+            PrintError(answer.message);
             PrintLine(name + " failed");
         } else {
-            if (!answer.words.empty()) PrintError(name + ": " + answer.words);
+            if (!answer.message.empty()) PrintError(name + ": " + answer.message);
             PrintLine(name + ", " + std::to_string(answer.changedPixels) + " pixels changed");
         }
         DrawBar(false);
@@ -84,13 +84,13 @@ private:
 
     void DrawBar(bool isLast) {
         if (!isTerminal_) return;
-        // Terminals are slow, and nobody reads faster.
+        // Terminals are slow, and more often would be unreadable.
         constexpr std::chrono::milliseconds kBetweenBars(100);
         const Clock::time_point now = Clock::now();
         if (!isLast && now - lastDrawn_ < kBetweenBars) return;
         lastDrawn_ = now;
         std::string bar = ProgressBar(counts_, Seconds(), columns_);
-        bar.resize(columns_, ' ');  // over the end of a longer one
+        bar.resize(columns_, ' ');  // overwrites the end of a longer one
         std::printf("\r%s", bar.c_str());
         std::fflush(stdout);
     }
@@ -99,7 +99,7 @@ private:
     BatchCounts counts_;
     bool hasValues_ = false;
     const bool isTerminal_ = TerminalColumns() != 0;
-    // In the last column a terminal may begin a new line.
+    // Writing to the last column may start a new line on some terminals.
     const size_t columns_ = std::max<size_t>(TerminalColumns(), 41) - 1;
     const Clock::time_point start_ = Clock::now();
     Clock::time_point lastDrawn_ = {};
@@ -169,7 +169,7 @@ std::vector<std::string> WordsOf(const Arguments& arguments) {
     return words;
 }
 
-// Reports an unreadable plug-in or settings file once, and not for each picture.
+// Loads plug-in and settings once, so that a failure is reported only once and not for each picture.
 void RequireFilter(const Arguments& arguments) {
     const PictureFilter filter(*arguments.plugin, *arguments.settings, arguments.Request());
 }
@@ -180,7 +180,7 @@ void RunWorkers(WorkList& work, BatchScreen& screen, const Arguments& arguments)
         for (int32_t i = 0; i < arguments.jobs; ++i)
             threads.emplace_back([&] { FilterByWorker(work, screen, arguments); });
     } catch (const std::system_error&) {
-        // The system is out of threads; continue with those that were started.
+        // The system has no more threads; continue with those already started.
         if (threads.empty()) throw ToolError("there can't be more processes");
     }
 }

@@ -9,11 +9,11 @@ namespace stairmelt {
 
 struct BatchResult {
     BatchCounts counts;
-    bool isInterrupted = false;  // by the user; what was in work then is finished, and the rest left
+    bool isInterrupted = false;  // by the user; pictures in progress are finished, the remaining ones aren't processed
 };
 
-// `arguments` lists all files. Prints a progress bar on a terminal, or else a line for each picture, and then a
-// summary. Throws ToolError if no picture can be processed at all.
+// `arguments` must name the plug-in and the settings file. Prints a progress bar on a terminal, otherwise a line for
+// each picture, and then a summary. Throws ToolError if no picture can be processed at all.
 BatchResult RunBatch(const Arguments& arguments);
 
 }  // namespace stairmelt

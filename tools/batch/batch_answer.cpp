@@ -10,10 +10,10 @@ namespace {
 
 constexpr std::string_view kSmoothed = "smoothed", kFailed = "failed";
 
-std::string InOneLine(std::string_view words) {
+std::string InOneLine(std::string_view text) {
     std::string line;
-    while (!words.empty()) {
-        const std::string_view part = TakeUntil(words, '\n');
+    while (!text.empty()) {
+        const std::string_view part = TakeUntil(text, '\n');
         if (!line.empty() && !part.empty()) line += "; ";
         line += part;
     }
@@ -30,7 +30,7 @@ std::string AnswerLine(const BatchAnswer& answer) {
     std::string line(answer.isSmoothed ? kSmoothed : kFailed);
     line += '\t' + InOneLine(answer.values) + '\t';
     if (answer.isSmoothed) line += std::to_string(answer.changedPixels);
-    return line + '\t' + InOneLine(answer.words);
+    return line + '\t' + InOneLine(answer.message);
 }
 
 std::optional<BatchAnswer> ParseAnswer(std::string_view line) {

@@ -10,15 +10,15 @@ namespace stairmelt {
 
 struct BatchAnswer {
     bool isSmoothed = false;
-    std::string values;        // where it is smoothed: with which values, for the user
-    size_t changedPixels = 0;  // where it is smoothed
-    std::string words;         // why it isn't; where it is, what the user should know of it, as a rule nothing
+    std::string values;        // of a smoothed picture: the values used, for the user
+    size_t changedPixels = 0;  // of a smoothed picture
+    std::string message;       // why it failed; of a smoothed picture: what the user should know, usually empty
 };
 
 // The outcome for a file that failed.
 BatchAnswer Failed(const std::filesystem::path& file, const std::string& why);
 
-// "smoothed\tvalues\t123\twords" or "failed\t\t\twords", without a line break: line breaks within become "; ".
+// "smoothed\tvalues\t123\tmessage" or "failed\t\t\tmessage". Line breaks within it become "; ".
 std::string AnswerLine(const BatchAnswer& answer);
 
 // Empty if the line isn't an answer.

@@ -21,7 +21,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Gives equal results for names that the file system treats as the same.
+// Gives equal results for names that the file system considers equal.
 fs::path::string_type Folded(fs::path::string_type text) {
 #ifdef _WIN32
     CharUpperBuffW(text.data(), static_cast<DWORD>(text.size()));
@@ -40,7 +40,7 @@ fs::path::string_type PlaceOf(const fs::path& path) {
 // Both arguments are case-folded.
 bool Matches(fs::path::string_type name, fs::path::string_type pattern) {
     size_t n = 0, p = 0;
-    size_t star = fs::path::string_type::npos, resume = 0;  // the last star, and where what it stands for ends so far
+    size_t star = fs::path::string_type::npos, resume = 0;  // the last star, and the end of its match so far
     while (n < name.size()) {
         if (p < pattern.size() && pattern[p] == '*') {
             star = p++;
@@ -60,7 +60,7 @@ bool Matches(fs::path::string_type name, fs::path::string_type pattern) {
 
 std::vector<fs::path> FilesThatMatch(const fs::path& pattern) {
     const fs::path::string_type last = pattern.filename().native(), wanted = Folded(last);
-    // As the user typed it, including its slashes.
+    // Keeps the folder as the user typed it, including its slashes.
     const fs::path::string_type before = pattern.native().substr(0, pattern.native().size() - last.size());
     std::vector<fs::path> found;
     std::error_code error;
@@ -98,7 +98,8 @@ fs::path ResultName(const fs::path& in) {
 
 std::vector<BatchItem> ListBatch(const std::vector<std::string>& words, const fs::path& directory) {
     std::vector<BatchItem> items;
-    std::map<fs::path::string_type, const fs::path*> pictures, results;  // by their places
+    // The pictures, by their own paths and by those of their results.
+    std::map<fs::path::string_type, const fs::path*> pictures, results;
     std::set<fs::path::string_type> listed;
     const auto add = [&](const fs::path& in) {
         if (listed.insert(PlaceOf(in)).second) items.push_back({in, directory / ResultName(in)});

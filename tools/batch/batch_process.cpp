@@ -36,7 +36,7 @@ std::wstring WorkerCommand(const Arguments& arguments) {
     return command;
 }
 
-// Closes its handle at the end.
+// Closes its handle when it is destroyed.
 class Owned {
 public:
     explicit Owned(HANDLE handle = nullptr) : handle_(handle) {}
@@ -55,7 +55,7 @@ private:
     HANDLE handle_;
 };
 
-// All processes in this job end together with this one. For that, its handle is left for the system to close.
+// The system ends all processes in this job when it closes the job's handle at the end of this process.
 HANDLE JobThatEndsWithUs() {
     static const HANDLE job = [] {
         const HANDLE created = CreateJobObjectW(nullptr, nullptr);
@@ -71,12 +71,12 @@ HANDLE JobThatEndsWithUs() {
 
 struct BatchWorker::Process {
     Owned process, input, output;
-    std::string unread;  // output of the process behind the last line
+    std::string unread;  // output of the process after the last complete line
 };
 
 BatchWorker::BatchWorker(const Arguments& arguments) : process_(std::make_unique<Process>()) {
-    // A process inherits every handle that is inheritable at the time. Another worker started just then would keep this
-    // one's input open forever.
+    // A process inherits every handle that is inheritable when it starts. Another worker started at the same time would
+    // keep this one's input open forever.
     static std::mutex gOneAtATime;
     const std::lock_guard lock(gOneAtATime);
 
@@ -95,7 +95,7 @@ BatchWorker::BatchWorker(const Arguments& arguments) : process_(std::make_unique
     startup.hStdOutput = theirOutput;
     startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
     PROCESS_INFORMATION made = {};
-    // In a process group of its own, it isn't reached by Ctrl+C before it can ignore it.
+    // A process group of its own keeps Ctrl+C away from it until it can ignore it.
     std::wstring command = WorkerCommand(arguments);
     if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, CREATE_NEW_PROCESS_GROUP, nullptr, nullptr,
                         &startup, &made))
@@ -119,7 +119,7 @@ BatchAnswer BatchWorker::Ask(const BatchItem& item) {
             std::string line = process_->unread.substr(0, end);
             process_->unread.erase(0, end + 1);
             if (line.ends_with('\r')) line.pop_back();
-            // Ignores what the plug-in itself prints.
+            // Skip whatever the plug-in itself prints.
             if (const std::optional<BatchAnswer> answer = ParseAnswer(line)) return *answer;
             continue;
         }

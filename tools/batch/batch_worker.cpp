@@ -15,17 +15,17 @@ BatchAnswer FilterItem(PictureFilter& filter, const BatchItem& item) {
         const std::string range = RangeText(report);
         BatchAnswer answer = {true, ValueText(report), report.changedPixels, {}};
         if (!range.empty()) answer.values += "\nnot remembered: " + range;
-        for (const std::string& note : report.notes) answer.words += note + '\n';
-        if (!report.faults.empty()) answer.words += "the plug-in breaks the host's rules: " + report.faults;
+        for (const std::string& note : report.notes) answer.message += note + '\n';
+        if (!report.faults.empty()) answer.message += "the plug-in breaks the host's rules: " + report.faults;
         return answer;
     } catch (...) {
-        const std::string words = DescribeException();
-        const bool isNamed = words.starts_with(PathText(item.in)) || words.starts_with(PathText(item.out));
-        return isNamed ? BatchAnswer{false, {}, 0, words} : Failed(item.in, words);
+        const std::string message = DescribeException();
+        const bool hasName = message.starts_with(PathText(item.in)) || message.starts_with(PathText(item.out));
+        return hasName ? BatchAnswer{false, {}, 0, message} : Failed(item.in, message);
     }
 }
 
-#ifndef _WIN32  // where batch_process.cpp has it
+#ifndef _WIN32  // for Windows, see batch_process.cpp
 
 struct BatchWorker::Process {
     PictureFilter filter;
@@ -35,7 +35,7 @@ BatchWorker::BatchWorker(const Arguments& arguments)
     : process_(new Process{{*arguments.plugin, *arguments.settings, arguments.Request()}}) {}
 BatchWorker::~BatchWorker() { process_->filter.Remember(); }
 
-// By way of its line, so that the words are those of a process.
+// Converts the answer to a line and back, so that messages are the same as from a process.
 BatchAnswer BatchWorker::Ask(const BatchItem& item) {
     return *ParseAnswer(AnswerLine(FilterItem(process_->filter, item)));
 }

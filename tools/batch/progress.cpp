@@ -13,7 +13,7 @@ std::string Rounded(double value) {
     return text;
 }
 
-// 0 if none has been smoothed in a measurable time.
+// 0 if no picture has been smoothed yet.
 double PicturesPerSecond(const BatchCounts& counts, double seconds) {
     return seconds > 0 ? static_cast<double>(counts.smoothed) / seconds : 0;
 }
@@ -31,7 +31,7 @@ std::string ClockText(double seconds) {
 }  // namespace
 
 std::string ProgressBar(const BatchCounts& counts, double seconds, size_t columns) {
-    constexpr size_t kMostCells = 30;
+    constexpr size_t kMaxCells = 30;
     std::string text = std::to_string(counts.Ended()) + " of " + std::to_string(counts.total);
     if (const double rate = PicturesPerSecond(counts, seconds); rate > 0) {
         text += ", " + Rounded(rate) + " per second";
@@ -39,7 +39,7 @@ std::string ProgressBar(const BatchCounts& counts, double seconds, size_t column
     }
     constexpr size_t kFrame = 3;  // two brackets and a space
     if (text.size() + kFrame >= columns) return text.substr(0, columns);
-    const size_t cells = std::min(kMostCells, columns - text.size() - kFrame);
+    const size_t cells = std::min(kMaxCells, columns - text.size() - kFrame);
     const size_t full = counts.total == 0 ? cells : cells * counts.Ended() / counts.total;
     std::string bar = "[";
     bar.append(full, '#').append(cells - full, '-').append("] ");

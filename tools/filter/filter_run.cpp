@@ -18,7 +18,7 @@ using Clock = std::chrono::steady_clock;
 
 double SecondsSince(Clock::time_point start) { return std::chrono::duration<double>(Clock::now() - start).count(); }
 
-// The upper of the two middle values if their number is even.
+// For an even number of values, the upper of the two in the middle.
 double Median(std::vector<double> values) {
     const auto middle = values.begin() + static_cast<ptrdiff_t>(values.size() / 2);
     std::nth_element(values.begin(), middle, values.end());
@@ -65,7 +65,7 @@ std::optional<int32_t> Recorded(const FakeScript& script, DescriptorKeyID key) {
     return std::nullopt;
 }
 
-// One run without the dialog; a failure ends in ToolError. Returns its seconds.
+// Runs without the dialog and returns the seconds. Throws ToolError.
 double RunSilently(FakeHost& host, PluginMainProc pluginMain) {
     const Clock::time_point start = Clock::now();
     const int16_t result = host.RunFilter(pluginMain, RunKind::kRepeat);
@@ -73,7 +73,8 @@ double RunSilently(FakeHost& host, PluginMainProc pluginMain) {
     return SecondsSince(start);
 }
 
-// One run with the dialog. The time for which it is open doesn't count: the filter requests the picture afterwards.
+// Runs with the dialog and returns the seconds after it: the clock restarts at each advance, and the last one follows
+// the dialog.
 double RunWithDialog(FakeHost& host, PluginMainProc pluginMain) {
     Clock::time_point start = Clock::now();
     host.onAdvance = [&] {
@@ -87,7 +88,7 @@ double RunWithDialog(FakeHost& host, PluginMainProc pluginMain) {
     return SecondsSince(start);
 }
 
-// Timed runs. The host's own work doesn't count, above all the delivery of pixels: the clock is restarted after it.
+// Timed runs. The host's own work, mainly the delivery of pixels, doesn't count: the clock restarts after it.
 class TimedRuns {
 public:
     explicit TimedRuns(FakeHost& host) : host_(host), copy_(host.document.source) {
@@ -112,7 +113,7 @@ public:
         start_ = Clock::now();
         std::memcpy(copy_.data(), source.data(), source.size());
         copies_.push_back(SecondsSince(start_));
-        start_ = Clock::now();  // for a filter that asks for no pixels
+        start_ = Clock::now();  // for a filter that requests no pixels
         return RunSilently(host_, pluginMain);
     }
 
@@ -155,7 +156,7 @@ FilterReport RunFilterOn(FakeHost& host, PluginMainProc pluginMain, const Filter
     OpenDocument(picture, host.document);
     host.registry.persistent = settings;
     host.script.played = ValuesToPlay(request);
-    // Without a script, a filter shows its dialog, as if the user had chosen it from the menu.
+    // Without a script, the filter would open its dialog, as if the user had chosen it from the menu.
     host.script.playsWithoutValues = !request.dialog;
     host.script.playInfo = request.dialog ? kPlugInDialogDisplay : kPlugInDialogDontDisplay;
 

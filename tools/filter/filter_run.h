@@ -1,4 +1,4 @@
-// One run of a filter on a picture, in an imitation of the host.
+// One run of a filter on a picture, in the fake host.
 #pragma once
 
 #include <cstdint>
@@ -14,27 +14,27 @@
 namespace stairmelt {
 
 struct FilterRequest {
-    std::optional<int32_t> threshold{}, softness{}, bias{};  // go in as a script's values
-    bool dialog = false;                                     // without it no dialog is shown, whatever else is given
-    std::optional<int32_t> repeat{};  // where given, so many runs are timed, at least 1; the picture is the last one's
+    std::optional<int32_t> threshold{}, softness{}, bias{};  // passed to the filter like a script's values
+    bool dialog = false;                                     // whether the filter's dialog opens
+    std::optional<int32_t> repeat{};  // number of timed runs, at least 1; the result is that of the last one
 };
 
 // Medians over the runs, in seconds.
 struct FilterTimes {
     double kernel = 0;  // from the host's last delivery of pixels to the end of Start: the filter's own work
-    double copy = 0;    // a memcpy of the picture, right before each run
+    double copy = 0;    // a memcpy of the picture, just before each run
 };
 
 struct FilterReport {
     std::optional<int32_t> threshold, softness, bias;  // as the filter recorded them
     size_t changedPixels = 0;
-    double seconds = 0;  // of the last run, with the host's work; from the dialog's end where there is one
-    std::optional<FilterTimes> times;  // where asked for
-    std::vector<std::string> notes;    // what the user should know of a run that succeeded; empty as a rule
-    std::string faults;                // lines about rules of the host that the filter broke; empty as a rule
+    double seconds = 0;  // of the last run, including the host's work, but not the time the dialog was open
+    std::optional<FilterTimes> times;  // if runs were timed
+    std::vector<std::string> notes;    // what the user should know about a successful run; usually empty
+    std::string faults;                // lines about the filter's violations of the host's rules; usually empty
 };
 
-// "threshold 20, softness 100, bias 0"; empty where the filter has recorded less.
+// "threshold 20, softness 100, bias 0", or empty if the filter hasn't recorded all three.
 std::string ValueText(const FilterReport& report);
 
 // Describes values outside the range of the filter's dialog; usually empty.
@@ -45,9 +45,9 @@ struct CancelledError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// Filters the picture in place, in a host of its own, which must outlive the filter's library: the library may hold the
-// host's services until it is unloaded. The settings are what the host keeps for plug-ins; the filter reads and changes
-// them. Throws ToolError if the filter refuses, and CancelledError; picture and settings are then unchanged.
+// Filters the picture in place. The host must outlive the filter's library, which may hold the host's services until it
+// is unloaded. The settings are the values that the host stores for plug-ins; the filter reads and changes them. Throws
+// ToolError if the filter fails, and CancelledError; picture and settings are then unchanged.
 FilterReport RunFilterOn(FakeHost& host, PluginMainProc pluginMain, const FilterRequest& request, Picture& picture,
                          Settings& settings);
 

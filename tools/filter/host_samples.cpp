@@ -5,7 +5,7 @@
 namespace stairmelt {
 namespace {
 
-// Calls visit(at) for the address of each ink sample.
+// Calls visit(at) for the offset of each ink sample.
 template <class Visit>
 void VisitInks(const Picture& picture, size_t size, Visit visit) {
     if (picture.colors != 4) return;
@@ -14,7 +14,7 @@ void VisitInks(const Picture& picture, size_t size, Visit visit) {
         for (size_t at = pixel; at < pixel + inks; at += sampleBytes) visit(at);
 }
 
-void TurnOver8(const Picture& picture, Bytes& samples) {
+void InvertInks8(const Picture& picture, Bytes& samples) {
     VisitInks(picture, samples.size(), [&](size_t at) { samples[at] = static_cast<uint8_t>(255 - samples[at]); });
 }
 
@@ -26,8 +26,8 @@ uint16_t SampleAt(const Bytes& samples, size_t at) {
 
 void PutSample(Bytes& samples, size_t at, uint16_t sample) { std::memcpy(&samples[at], &sample, 2); }
 
-// Within the host's range; values above it become 0.
-void TurnOver16(const Picture& picture, Bytes& samples) {
+// Inverts within the host's range; values above it become 0.
+void InvertInks16(const Picture& picture, Bytes& samples) {
     VisitInks(picture, samples.size(), [&](size_t at) {
         const uint16_t sample = SampleAt(samples, at);
         PutSample(samples, at, sample > 32768 ? uint16_t{0} : static_cast<uint16_t>(32768 - sample));
@@ -40,12 +40,12 @@ Bytes GiveSamples(Picture& picture) {
     if (picture.depth != 16) {
         Bytes samples;
         samples.swap(picture.samples);
-        TurnOver8(picture, samples);
+        InvertInks8(picture, samples);
         return samples;
     }
     Bytes samples = picture.samples;
     for (size_t at = 0; at < samples.size(); at += 2) PutSample(samples, at, ToHostSample(SampleAt(samples, at)));
-    TurnOver16(picture, samples);
+    InvertInks16(picture, samples);
     return samples;
 }
 
@@ -56,12 +56,12 @@ size_t TakeSamples(const Bytes& given, Bytes& returned, Picture& picture) {
         changed += std::memcmp(&given[pixel], &returned[pixel], pixelBytes) != 0 ? 1 : 0;
     if (picture.depth != 16) {
         picture.samples = std::move(returned);
-        TurnOver8(picture, picture.samples);
+        InvertInks8(picture, picture.samples);
         return changed;
     }
     std::vector<bool> isKept(given.size() / 2);
     for (size_t at = 0; at < given.size(); at += 2) isKept[at / 2] = SampleAt(given, at) == SampleAt(returned, at);
-    TurnOver16(picture, returned);
+    InvertInks16(picture, returned);
     for (size_t at = 0; at < returned.size(); at += 2)
         if (!isKept[at / 2]) PutSample(picture.samples, at, FromHostSample(SampleAt(returned, at)));
     return changed;

@@ -16,12 +16,12 @@ constexpr uint16_t FromHostSample(uint16_t sample) {
     return sample >= 32768 ? 65535 : static_cast<uint16_t>((sample * 65535U + 16384) / 32768);
 }
 
-// Moves the samples to the host, laid out as in the picture. Only at 16 bits does the picture keep its own; otherwise
-// there is a single copy, which belongs to the host until TakeSamples.
+// Moves the samples to the host, laid out as in the picture. To save memory, the picture keeps its own samples only at
+// 16 bits; otherwise there is a single copy, which belongs to the host until TakeSamples.
 Bytes GiveSamples(Picture& picture);
 
-// Takes the samples back. The host's range has half as many values as the file's, so a sample that the plug-in didn't
-// change keeps the file's value. `given` is the result of GiveSamples; `returned` has the same size, holds the filtered
+// Takes the samples back. The host's range has half as many values as the file's, so samples that the plug-in didn't
+// change keep the file's values. `given` is the result of GiveSamples; `returned`, of the same size, holds the filtered
 // samples and is consumed. Returns the number of pixels with a changed sample.
 size_t TakeSamples(const Bytes& given, Bytes& returned, Picture& picture);
 

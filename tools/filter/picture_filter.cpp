@@ -25,13 +25,13 @@ FilterReport PictureFilter::Filter(const fs::path& in, const fs::path& out,
         if (fs::equivalent(in, out, error)) throw ToolError("is the picture itself, which would be lost");
         RequireReplaceable(out);
     });
-    // Read the picture first: in a batch, the result is named after it and shouldn't be blamed for an unreadable
-    // format.
+    // Read the picture first: in a batch, the result is named after the picture, and a message about an unreadable
+    // format should name the picture.
     Picture picture = With(in, [&] { return ReadPicture(in); });
     const FileKind kind = With(out, [&] { return KindToWrite(out); });
     With(out, [&] { RequireWritable(picture, kind); });
     if (onRead) onRead(picture);
-    host_.faults.clear();  // of the previous picture
+    host_.faults.clear();  // the previous picture's
     FilterReport report =
         With(pluginPath_.filename(), [&] { return RunFilterOn(host_, plugin_.entry(), request_, picture, settings_); });
     isBeyondDialog_ = !RangeText(report).empty();
@@ -43,7 +43,7 @@ FilterReport PictureFilter::Filter(const fs::path& in, const fs::path& out,
 void PictureFilter::Remember() {
     if (settings_ == loaded_ || isBeyondDialog_) return;
     try {
-        std::error_code error;  // told by what follows
+        std::error_code error;  // ignored, since StoreSettings then fails, too
         if (settingsPath_.has_parent_path()) fs::create_directories(settingsPath_.parent_path(), error);
         StoreSettings(settingsPath_, settings_);
         loaded_ = settings_;

@@ -1,4 +1,4 @@
-// A plug-in, loaded once, and picture files filtered with it one after the other. For one thread, as the host is.
+// Loads a plug-in once and filters picture files with it, one after the other. For one thread, like the host.
 #pragma once
 
 #include <filesystem>
@@ -18,7 +18,7 @@ public:
     PictureFilter(const std::filesystem::path& plugin, const std::filesystem::path& settings,
                   const FilterRequest& request);
 
-    // Reads the picture `in`, filters it and writes the result to `out`. `onRead` is called between the first two.
+    // Reads the picture `in`, calls `onRead`, filters the picture and writes the result to `out`.
     // Throws ToolError or std::bad_alloc; `out` is then unchanged.
     FilterReport Filter(const std::filesystem::path& in, const std::filesystem::path& out,
                         const std::function<void(const Picture&)>& onRead = {});
@@ -33,7 +33,7 @@ private:
     FakeHost host_;  // outlives the library, which may hold its services
     PluginLibrary plugin_;
     Settings loaded_, settings_;
-    bool isBeyondDialog_ = false;  // the values of the last run
+    bool isBeyondDialog_ = false;  // whether the last run's values are outside the dialog's range
 };
 
 }  // namespace stairmelt

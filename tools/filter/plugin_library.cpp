@@ -19,7 +19,7 @@ namespace stairmelt {
 PluginLibrary::PluginLibrary(const std::filesystem::path& path) {
     std::error_code error;
     if (!std::filesystem::exists(path, error)) throw ToolError("there is no such file");
-    // A bare name would be searched for in the system's directories.
+    // Windows would search its own directories for a bare name.
     const HMODULE module = LoadLibraryW(std::filesystem::absolute(path).c_str());
     if (module == nullptr)
         throw ToolError("isn't a library that can be loaded (code " + std::to_string(GetLastError()) + ")");

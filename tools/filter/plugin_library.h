@@ -1,4 +1,4 @@
-// A plug-in's file, loaded; other systems than Windows have stairmelt's code linked in instead.
+// A loaded plug-in. On systems other than Windows, the code of stairmelt is linked in instead.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +10,7 @@ class PluginLibrary {
 public:
     using EntryPoint = void (*)(int16_t selector, void* record, intptr_t* data, int16_t* result);
 
-    // Throws ToolError when the file is no plug-in or can't be loaded.
+    // Throws ToolError if the file isn't a plug-in or can't be loaded.
     explicit PluginLibrary(const std::filesystem::path& path);
     ~PluginLibrary();
     PluginLibrary(const PluginLibrary&) = delete;

@@ -1,10 +1,9 @@
-// The values that plug-ins store with the host between runs, in a text file:
+// A text file with the values that plug-ins store with the host between runs:
 //
 //   [name under which a plug-in registered its values]
 //   Thsh=10
 //
-// A key is four letters or digits, or 0x and eight hexadecimal digits. Invalid lines are skipped; the others
-// are still read.
+// A key is four letters or digits, or 0x and eight hexadecimal digits. Invalid lines are skipped.
 #pragma once
 
 #include <filesystem>
@@ -23,10 +22,10 @@ Settings ParseSettings(std::string_view text);
 // Names that don't fit on one line are omitted.
 std::string FormatSettings(const Settings& settings);
 
-// A missing file, or one that isn't text, gives no settings. Throws ToolError if the file can't be read.
+// Returns no settings for a missing file or one that isn't text. Throws ToolError if the file can't be read.
 Settings LoadSettings(const std::filesystem::path& path);
 
-// Throws ToolError; the file is then unchanged.
+// On failure, throws ToolError and leaves the file unchanged.
 void StoreSettings(const std::filesystem::path& path, const Settings& settings);
 
 }  // namespace stairmelt

@@ -1,4 +1,5 @@
-// One function for each library and direction, for picture_file.cpp, and what they share. They throw ToolError.
+// The functions behind picture_file.cpp, one for each library and direction, and their common parts. They throw
+// ToolError.
 #pragma once
 
 #include <array>
@@ -16,7 +17,7 @@ void ReadJpeg(std::span<const uint8_t> bytes, size_t maxSamples, Picture& pictur
 Bytes WritePng(const Picture& picture);
 Bytes WriteTiff(const Picture& picture);
 
-// Allocates the samples once the other fields are set, if they are plausible for a file of that size.
+// Allocates the samples, after the other fields have been set. Refuses sizes that aren't plausible for the file's size.
 void AllocateSamples(size_t fileSize, size_t maxSamples, Picture& picture);
 
 // Ignores anything that isn't an orientation or an EXIF block.
@@ -31,26 +32,26 @@ void SetExif(std::span<const uint8_t> block, Picture& picture);
 
 // A file in memory that a C library reads or writes, and what the library reports about it.
 struct LibraryFile {
-    std::span<const uint8_t> input{};  // empty where a file is written
+    std::span<const uint8_t> input{};  // empty when writing
     Bytes output{};
-    size_t at = 0;                    // where in either the next access is
-    std::array<char, 200> message{};  // the library's first words: the later ones are consequences
+    size_t at = 0;                    // the offset of the next access in either
+    std::array<char, 200> message{};  // the library's first message: later ones are consequences of the first
     bool isMemoryShort = false;
     std::jmp_buf jump{};
 
-    // For callbacks, which can't throw. They return the bytes that were there, or for which there was memory.
+    // For callbacks, which can't throw. They return the number of bytes read, or written before memory ran out.
     size_t Read(uint8_t* to, size_t size);
     size_t Write(const uint8_t* from, size_t size);
-    void Report(const char* words);
-    [[noreturn]] void Leave(const char* words);  // ends the current Do()
+    void Report(const char* text);
+    [[noreturn]] void Leave(const char* text);  // ends the current Do()
 
-    [[noreturn]] void Throw() const;  // what was reported
+    [[noreturn]] void Throw() const;  // with the reported message
 
-    // Calls body(), which a callback may end by Leave(). Neither body nor its callees may have objects that need to be
-    // destroyed.
+    // Calls body(), which a callback may end by Leave(). Neither body nor the functions that it calls may have objects
+    // with destructors.
     template <class Body>
     void Do(const Body& body) {
-        // NOLINTNEXTLINE(cert-err52-cpp): the libraries' only way to report errors
+        // NOLINTNEXTLINE(cert-err52-cpp): the libraries have no other way to report errors
         if (setjmp(jump) != 0) Throw();
         body();
     }

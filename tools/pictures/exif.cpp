@@ -57,9 +57,9 @@ std::string ExifReader::Text(uint16_t tag) const {
     return {entry.data.begin(), std::ranges::find(entry.data, uint8_t{0})};
 }
 
-// Appends a directory, and after it its values and the directories that it points at. Returns its offset. In damaged
-// files directories point at themselves, and values overlap: `level` counts the directories above this one, and `left`
-// the bytes that values may still take.
+// Appends a directory, followed by its values and the directories that it points at. Returns its offset. In damaged
+// files, directories may point at themselves and values may overlap: `level` is the depth of nesting, and `left` the
+// number of bytes that values may still take.
 uint32_t ExifReader::Copy(const std::vector<Entry>& entries, int level, size_t& left, Bytes& to) const {
     constexpr int kMaxLevel = 2;
     const uint32_t start = ExtendToEven(to);

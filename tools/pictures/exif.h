@@ -1,5 +1,5 @@
-// EXIF data: directories of tagged values in the layout of a TIFF file. PNG and JPEG files hold them as a block that
-// begins like a TIFF file; in a TIFF file its own directory points at them.
+// EXIF data: directories of tagged values in the layout of a TIFF file. PNG and JPEG files store them in a block that
+// begins like a TIFF file. In a TIFF file, its own directory points at them.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,7 @@ namespace stairmelt {
 
 constexpr uint16_t kOrientationTag = 274, kExifTag = 34665, kGpsTag = 34853;
 
-// Reads a block or a TIFF file, which must outlive the reader. BigTIFF and anything else counts as empty; values
+// Reads a block or a TIFF file, which must outlive the reader. BigTIFF and everything else count as empty. Values
 // outside the bytes are skipped.
 class ExifReader {
 public:
@@ -22,7 +22,8 @@ public:
     bool IsEmpty() const { return first_.empty(); }
     bool IsBigEndian() const { return bigEndian_; }
 
-    // Of the first directory: a number, or where in the bytes another directory is; 0 or "" where the tag is missing.
+    // Values of the first directory: a number, which may be the offset of another directory, or a text. 0 or "" if the
+    // tag is missing.
     uint32_t Number(uint16_t tag) const;
     std::string Text(uint16_t tag) const;
 
@@ -33,7 +34,7 @@ private:
     struct Entry {
         uint16_t tag = 0, type = 0;
         uint32_t count = 0;               // values, not bytes
-        std::span<const uint8_t> data{};  // empty where the tag is missing
+        std::span<const uint8_t> data{};  // empty if the tag is missing
     };
     template <class T>
     T At(size_t at) const {

@@ -50,7 +50,7 @@ struct JpegFile : LibraryFile {
         jpeg->err->format_message(jpeg, message);
         static_cast<JpegFile*>(jpeg->client_data)->Leave(message);
     }
-    // For missing pixels, the library invents some and only warns.
+    // The library only warns about missing pixels and makes some up.
     static void OnWarning(j_common_ptr jpeg, int level) {
         constexpr int kFatal[] = {JWRN_HIT_MARKER, JWRN_HUFF_BAD_CODE, JWRN_JPEG_EOF, JWRN_MUST_RESYNC};
         if (level < 0 && std::ranges::find(kFatal, jpeg->err->msg_code) != std::end(kFatal)) OnError(jpeg);
@@ -110,7 +110,7 @@ void ReadJpeg(std::span<const uint8_t> bytes, size_t maxSamples, Picture& pictur
 }
 
 bool IsCmykJpeg(const std::filesystem::path& path) {
-    constexpr size_t kHeader = size_t{1} << 20;  // profile and preview included
+    constexpr size_t kHeader = size_t{1} << 20;  // includes profile and preview
     Bytes head(kHeader);
     std::ifstream stream(path, std::ios::binary);
     stream.read(reinterpret_cast<char*>(head.data()), static_cast<std::streamsize>(head.size()));

@@ -1,5 +1,5 @@
-// A picture and its metadata between reading and writing. Samples have the file's full range here (16 bits: 0..65535),
-// and CMYK counts ink; host_samples.h converts them for the host.
+// A picture and its metadata between reading and writing. Samples have the file's full range (16 bits: 0..65535), and
+// CMYK samples are amounts of ink; host_samples.h converts them for the host.
 #pragma once
 
 #include <cstddef>
@@ -18,20 +18,20 @@ struct Picture {
     int32_t width = 0;      // pixels, at least 1
     int32_t height = 0;     // rows, at least 1
     int colors = 0;         // 1 gray, 3 red green blue, 4 cyan magenta yellow black
-    bool hasAlpha = false;  // an opacity sample follows the colours of each pixel; colours aren't multiplied by it
-    int depth = 0;          // bits in a sample: 8, 16, or 32 for a float with white at 1
+    bool hasAlpha = false;  // an opacity sample follows the colours of each pixel; colours aren't premultiplied
+    int depth = 0;          // bits per sample: 8, 16, or 32 for a float with white at 1
     Bytes samples{};        // interleaved, row after row without padding, in the machine's byte order
 
-    double dpiX = 0, dpiY = 0;  // pixels per inch; 0 where the file doesn't say
-    uint16_t orientation = 1;   // as in TIFF: 1 upright, 2..8 turned or mirrored; that of the EXIF block, if it has one
-    Bytes profile{};            // ICC profile; empty where the file has none
-    Bytes exif{};               // a block as PNG and JPEG files hold it; likewise
-    std::vector<Bytes> chunks{};  // a PNG's chunks about colours, type and data, for another PNG
-    uint16_t compression = 1;     // a TIFF's, for another TIFF; 1 for none
+    double dpiX = 0, dpiY = 0;    // pixels per inch; 0 if unknown
+    uint16_t orientation = 1;     // as in TIFF: 1 upright, 2..8 rotated or mirrored; the EXIF block's, if it has one
+    Bytes profile{};              // ICC profile; empty if there is none
+    Bytes exif{};                 // a block as in PNG and JPEG files; empty if there is none
+    std::vector<Bytes> chunks{};  // a PNG's chunks about colours, type and data, for writing PNG
+    uint16_t compression = 1;     // a TIFF's, for writing TIFF; 1 for none
     uint16_t predictor = 1;       // likewise
-    bool morePages = false;       // the file holds further pictures, which aren't read
+    bool morePages = false;       // the file holds more pictures, which aren't read
 
-    // Texts about the picture in UTF-8, by the keywords of PNG. An XMP packet is among them.
+    // Texts about the picture in UTF-8, by PNG keyword, including an XMP packet.
     struct Text {
         std::string keyword, text;
     };

@@ -19,7 +19,7 @@ using namespace std::string_view_literals;
 void ThrowDamaged(const std::string& why) { throw ToolError("the file is damaged: " + why); }
 
 void AllocateSamples(size_t fileSize, size_t maxSamples, Picture& picture) {
-    // No compression makes less of a picture this large; smaller ones may be blank.
+    // No format compresses a picture this large any better; smaller ones may be blank.
     constexpr size_t kLarge = size_t{1} << 30, kMaxRatio = 4096;
     const auto rows = static_cast<size_t>(picture.height);
     if (picture.RowBytes() > maxSamples / rows) throw std::bad_alloc();
@@ -59,12 +59,12 @@ size_t LibraryFile::Write(const uint8_t* from, size_t size) {
     return size;
 }
 
-void LibraryFile::Report(const char* words) {
-    if (message[0] == '\0') std::snprintf(message.data(), message.size(), "%s", words);
+void LibraryFile::Report(const char* text) {
+    if (message[0] == '\0') std::snprintf(message.data(), message.size(), "%s", text);
 }
 
-void LibraryFile::Leave(const char* words) {
-    Report(words);
+void LibraryFile::Leave(const char* text) {
+    Report(text);
     std::longjmp(jump, 1);  // NOLINT(cert-err52-cpp)
 }
 

@@ -1,6 +1,6 @@
-// Picture files: PNG, TIFF and JPEG in, PNG and TIFF out, by libpng, libtiff and libjpeg-turbo. Nothing is
-// premultiplied, turned or colour-managed on the way, and a TIFF's compression is kept as far as it is without loss.
-// Functions throw ToolError.
+// Reads PNG, TIFF and JPEG files and writes PNG and TIFF files, with libpng, libtiff and libjpeg-turbo. Pictures aren't
+// premultiplied, rotated or colour-managed, and a TIFF keeps its compression if that is lossless. Functions throw
+// ToolError.
 #pragma once
 
 #include <filesystem>
@@ -11,10 +11,10 @@
 
 namespace stairmelt {
 
-enum class FileKind { kPng, kTiff };  // those that are written
+enum class FileKind { kPng, kTiff };  // the formats that can be written
 
-// Reads a picture from a file's bytes, of which the first identify the format. Refuses pictures with more than
-// `maxSamples` bytes of samples.
+// Reads a picture from a file's bytes; the first ones identify the format. Refuses pictures with more than `maxSamples`
+// bytes of samples.
 Picture DecodePicture(std::span<const uint8_t> file, size_t maxSamples = std::numeric_limits<size_t>::max());
 
 Picture ReadPicture(const std::filesystem::path& path);

@@ -24,7 +24,7 @@ using namespace std::string_view_literals;
 constexpr char kKeptChunks[] = "iCCP\0sRGB\0gAMA\0cHRM\0cICP\0mDCV\0cLLI\0sBIT\0acTL";
 constexpr int kKeptCount = sizeof(kKeptChunks) / 5;
 
-// The library's records, which are freed at the end.
+// The library's records, freed by the destructor.
 struct PngFile : LibraryFile {
     png_structp png = nullptr;
     png_infop info = nullptr;
@@ -33,7 +33,7 @@ struct PngFile : LibraryFile {
         Do([&] {
             png = input.empty() ? png_create_write_struct(PNG_LIBPNG_VER_STRING, this, OnError, OnWarning)
                                 : png_create_read_struct(PNG_LIBPNG_VER_STRING, this, OnError, OnWarning);
-            info = png_create_info_struct(png);  // null for null
+            info = png_create_info_struct(png);  // returns null for null
         });
         if (info == nullptr) throw std::bad_alloc();
         input.empty() ? png_set_write_fn(png, this, OnWrite, nullptr) : png_set_read_fn(png, this, OnRead);
@@ -46,8 +46,8 @@ struct PngFile : LibraryFile {
     PngFile(const PngFile&) = delete;
     PngFile& operator=(const PngFile&) = delete;
 
-    [[noreturn]] static void OnError(png_structp png, png_const_charp words) {
-        static_cast<PngFile*>(png_get_error_ptr(png))->Leave(words);
+    [[noreturn]] static void OnError(png_structp png, png_const_charp text) {
+        static_cast<PngFile*>(png_get_error_ptr(png))->Leave(text);
     }
     static void OnWarning(png_structp, png_const_charp) {}
     static void OnRead(png_structp png, png_bytep to, size_t size) {
@@ -91,7 +91,7 @@ void ReadPixels(PngFile& file, size_t maxSamples, Picture& picture) {
     });
 }
 
-// The chunk holds a name, a zero and the method before the compressed profile, which begins with its own size.
+// The chunk has a name, a zero and the method before the compressed profile, which begins with its own size.
 Bytes InflateProfile(std::span<const uint8_t> chunk) {
     const auto zero = std::ranges::find(chunk, uint8_t{0});
     if (chunk.end() - zero < 2) return {};
@@ -139,7 +139,7 @@ void ReadMetadata(const PngFile& file, Picture& picture) {
     png_get_text(file.png, file.info, &texts, &count);
     for (const png_text& text : std::span(texts, static_cast<size_t>(count))) {
         const bool isUtf8 = text.compression >= PNG_ITXT_COMPRESSION_NONE;
-        // The library doesn't write empty ones.
+        // The library can't write texts with a blank keyword.
         if (std::ranges::all_of(std::string_view(text.key), [](char c) { return c <= ' '; })) continue;
         picture.texts.push_back({text.key, isUtf8 ? text.text : Utf8FromLatin1(text.text)});
     }
@@ -205,7 +205,7 @@ Bytes WritePng(const Picture& picture) {
     }
     const int colors = (picture.colors == 3 ? PNG_COLOR_MASK_COLOR : 0) | (picture.hasAlpha ? PNG_COLOR_MASK_ALPHA : 0);
     const auto perMetre = [](double dpi) { return static_cast<png_uint_32>(std::lround(dpi * kInchesPerMetre)); };
-    // Higher levels take several times as long and make files hardly smaller.
+    // Higher levels take several times as long for files that are hardly smaller.
     constexpr int kCompressionLevel = 4;
     png_set_compression_level(png, kCompressionLevel);
     file.Do([&] {

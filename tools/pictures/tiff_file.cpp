@@ -18,7 +18,7 @@ namespace {
 
 constexpr double kCentimetresPerInch = 2.54;
 
-// The texts for which TIFF has tags, and their PNG keywords. If two share a tag, the last is used.
+// The texts that have TIFF tags, and their PNG keywords. If two share a tag, the last one is used.
 constexpr std::pair<uint16_t, const char*> kTextTags[] = {
     {TIFFTAG_DOCUMENTNAME, "Title"},
     {TIFFTAG_IMAGEDESCRIPTION, "Comment"},
@@ -31,19 +31,19 @@ constexpr std::pair<uint16_t, const char*> kTextTags[] = {
     {TIFFTAG_COPYRIGHT, "Copyright"},
 };
 
-// Colours by the kind of pixels. The first one of each number is written.
+// The number of colours for each photometric interpretation. The first one with a number is used for writing.
 using Kind = std::pair<uint16_t, int>;
 constexpr Kind kPhotometrics[] = {
     {PHOTOMETRIC_MINISBLACK, 1}, {PHOTOMETRIC_RGB, 3},     {PHOTOMETRIC_SEPARATED, 4},
     {PHOTOMETRIC_MINISWHITE, 1}, {PHOTOMETRIC_PALETTE, 1},
 };
 
-// The library's handle, which is closed at the end.
+// The library's handle, closed by the destructor.
 struct TiffFile : LibraryFile {
     TIFF* tiff = nullptr;
 
     explicit TiffFile(std::span<const uint8_t> bytes) : LibraryFile{.input = bytes} { Open("r"); }
-    // For writing after the bytes that are there already; the library replaces the first eight of them.
+    // Writes after the given bytes, of which the library replaces the first eight.
     TiffFile(const char* mode, Bytes begin) : LibraryFile{.output = std::move(begin)} { Open(mode); }
     ~TiffFile() { Close(); }
     TiffFile(const TiffFile&) = delete;
@@ -81,9 +81,9 @@ private:
     }
     static toff_t OnSize(thandle_t file) { return Of(file).input.size() + Of(file).output.size(); }
     static int OnError(TIFF*, void* file, const char*, const char* format, va_list values) {
-        char words[sizeof(message)];
-        std::vsnprintf(words, sizeof(words), format, values);
-        Of(file).Report(words);
+        char text[sizeof(message)];
+        std::vsnprintf(text, sizeof(text), format, values);
+        Of(file).Report(text);
         return 1;
     }
 
@@ -105,11 +105,11 @@ private:
     }
 };
 
-// How the file's pixels become samples.
+// How the file's pixels are converted to samples.
 struct TiffPixels {
     uint16_t samples = 1, bits = 1, photometric = 0;
     bool isPlanar = false;
-    bool isIndexed = false;  // by a palette, or with fewer than 8 bits
+    bool isIndexed = false;  // has a palette or fewer than 8 bits
 };
 
 void RequireSupported(const TiffFile& file, TiffPixels& pixels, Picture& picture) {
@@ -130,7 +130,7 @@ void RequireSupported(const TiffFile& file, TiffPixels& pixels, Picture& picture
     const bool isPalette = pixels.photometric == PHOTOMETRIC_PALETTE;
     const bool isFew = pixels.bits == 1 || pixels.bits == 2 || pixels.bits == 4;
     const bool isWhole = (pixels.bits == 8 || pixels.bits == 16) && format == SAMPLEFORMAT_UINT;
-    // Float inks have no full scale against which to invert them.
+    // Float inks have no full scale to invert them by.
     const bool isFloat = pixels.bits == 32 && format == SAMPLEFORMAT_IEEEFP;
     const bool isKnown = isPalette ? isFew || pixels.bits == 8
                                    : isWhole || (isFloat && pixels.photometric != PHOTOMETRIC_MINISWHITE) ||
@@ -156,7 +156,7 @@ void RequireSupported(const TiffFile& file, TiffPixels& pixels, Picture& picture
     picture.height = static_cast<int32_t>(height);
 }
 
-// Palettes and pixels with few bits, which the library expands exactly. Gray where no pixel has a colour.
+// Reads indexed pixels, which the library expands exactly. The result is gray if no pixel has a colour.
 void ReadIndexed(const TiffFile& file, size_t fileSize, size_t maxSamples, Picture& picture) {
     constexpr size_t kRasterBytes = 4;  // of a pixel: red, green, blue, opacity
     picture.colors = kRasterBytes;
@@ -177,7 +177,7 @@ void ReadIndexed(const TiffFile& file, size_t fileSize, size_t maxSamples, Pictu
     picture.samples.resize(picture.RowBytes() * static_cast<size_t>(picture.height));
 }
 
-// Where there are no tiles, a row is read like a tile of the picture's width.
+// If there are no tiles, a row is read like a tile of the picture's width.
 void ReadTiles(const TiffFile& file, const TiffPixels& pixels, Picture& picture) {
     const auto right = static_cast<uint32_t>(picture.width), bottom = static_cast<uint32_t>(picture.height);
     const bool isTiled = TIFFIsTiled(file) != 0;
@@ -199,7 +199,7 @@ void ReadTiles(const TiffFile& file, const TiffPixels& pixels, Picture& picture)
                 file.Require(isTiled ? TIFFReadTile(file, tile.data(), left, top, 0, plane) == size
                                      : TIFFReadScanline(file, tile.data(), top, plane) == 1);
                 const size_t columns = std::min(width, right - left), rows = std::min(height, bottom - top);
-                const size_t run = pixels.isPlanar ? 1 : columns;  // pixels that stay together
+                const size_t run = pixels.isPlanar ? 1 : columns;  // pixels copied at once
                 for (size_t y = 0; y < rows; ++y) {
                     const uint8_t* const from = &tile[y * rowBytes];
                     uint8_t* const to = picture.Row(top + y) + left * pixelBytes + plane * sampleBytes;
@@ -222,7 +222,7 @@ void ReadMetadata(const TiffFile& file, std::span<const uint8_t> bytes, Picture&
     SetExif(ExifReader(bytes).MakeBlock(), picture);
     const uint16_t ofBlock = picture.orientation;
     SetOrientation(file.Field<uint16_t>(TIFFTAG_ORIENTATION, 1), picture);
-    if (picture.orientation != ofBlock) picture.exif.clear();  // a damaged file: what one sees goes first
+    if (picture.orientation != ofBlock) picture.exif.clear();  // they contradict each other: the visible one wins
     picture.profile = file.BytesField<Bytes>(TIFFTAG_ICCPROFILE);
     if (const auto xmp = file.BytesField<std::string>(TIFFTAG_XMLPACKET); !xmp.empty())
         picture.texts.push_back({kXmpKeyword, xmp});
@@ -237,7 +237,7 @@ void ReadMetadata(const TiffFile& file, std::span<const uint8_t> bytes, Picture&
     if (picture.compression == COMPRESSION_DEFLATE) picture.compression = COMPRESSION_ADOBE_DEFLATE;
     constexpr uint16_t kKept[] = {COMPRESSION_NONE, COMPRESSION_PACKBITS, COMPRESSION_ADOBE_DEFLATE};
     if (std::ranges::find(kKept, picture.compression) == std::end(kKept))
-        picture.compression = COMPRESSION_LZW;  // lossless, and every program reads it
+        picture.compression = COMPRESSION_LZW;  // lossless, and supported everywhere
     const auto predictor = file.Field<uint16_t>(TIFFTAG_PREDICTOR, PREDICTOR_NONE);
     if (predictor == PREDICTOR_HORIZONTAL || (predictor == PREDICTOR_FLOATINGPOINT && picture.depth == 32))
         picture.predictor = predictor;
@@ -309,7 +309,7 @@ Bytes WriteTiff(const Picture& picture) {
     const ExifReader exif(isLarge ? std::span<const uint8_t>() : picture.exif);
     TiffFile file(isLarge ? "w8" : exif.IsBigEndian() ? "wb" : "wl", isLarge ? Bytes() : picture.exif);
     WriteTags(file, picture, exif);
-    Bytes row(picture.RowBytes());  // the library changes it
+    Bytes row(picture.RowBytes());  // a copy, since the library changes it
     for (uint32_t y = 0; y < static_cast<uint32_t>(picture.height); ++y) {
         std::memcpy(row.data(), picture.Row(y), row.size());
         file.Require(TIFFWriteScanline(file, row.data(), y, 0) == 1);

@@ -8,7 +8,7 @@ namespace stairmelt {
 
 namespace {
 
-// The columns of a row that a convex shape covers, widened part by part.
+// The columns of a row that a convex shape covers, extended part by part.
 struct Extent {
     double left = std::numeric_limits<double>::max();
     double right = std::numeric_limits<double>::lowest();
@@ -31,7 +31,7 @@ void IncludeEdge(Extent& extent, Point a, Point b, double y) {
     extent.Include(a.x + (y - a.y) / (b.y - a.y) * (b.x - a.x));
 }
 
-// The rows whose centres lie between two heights.
+// The rows whose centres are between two heights.
 struct Rows {
     int32_t first, end;
 };
@@ -96,7 +96,7 @@ void Canvas::Stroke(const std::vector<Point>& path, double thickness, Color colo
 
 void Canvas::StrokePiece(Point from, Point to, double radius, Color color) {
     const double length = std::hypot(to.x - from.x, to.y - from.y);
-    // Across the line, as long as the radius.
+    // Perpendicular to the line, with the length of the radius.
     const double dx = length > 0 ? (to.y - from.y) / length * radius : 0;
     const double dy = length > 0 ? (from.x - to.x) / length * radius : 0;
     const Point corners[4] = {

@@ -1,6 +1,6 @@
-// A picture of 8-bit RGB and the hard-edged primitives that the benchmark's pictures are drawn with: a pixel belongs to
-// a shape or it doesn't, by its centre. Coordinates are in pixels and grow right and down; pixel (x, y) covers the
-// square from (x, y) to (x + 1, y + 1). Everything is clipped to the canvas.
+// An 8-bit RGB picture and hard-edged primitives for drawing the benchmark's pictures: a pixel belongs to a shape if
+// its centre does. Coordinates are in pixels and grow right and down; pixel (x, y) covers the square from (x, y) to (x
+// + 1, y + 1). Everything is clipped to the canvas.
 #pragma once
 
 #include <cstddef>
@@ -26,16 +26,16 @@ struct Canvas {
     uint8_t* PixelAt(int32_t x, int32_t y) { return bytes.data() + (static_cast<size_t>(y) * Width() + Index(x)) * 3; }
     void Put(int32_t x, int32_t y, Color color);
 
-    // Makes the whole canvas paper of that colour: where it stays, layers with an opacity are transparent.
+    // Fills the canvas with paper of this colour. In formats with opacity, pixels that keep it are transparent.
     void LayPaper(Color color);
 
-    // The pixels of row y whose centres lie from `left` on and before `right`.
+    // The pixels of row y whose centres are between `left`, inclusive, and `right`, exclusive.
     void FillSpan(int32_t y, double left, double right, Color color);
 
     // A closed polygon, by the even-odd rule.
     void FillPolygon(const std::vector<Point>& corners, Color color);
 
-    // A line through all the points with round ends and joints.
+    // A line through all the points, with round ends and joints.
     void Stroke(const std::vector<Point>& path, double thickness, Color color);
 
     int32_t width, height;

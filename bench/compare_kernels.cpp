@@ -2,9 +2,9 @@
 //
 //   compare_kernels LIBRARY [FORMAT...]
 //
-// Both smooth the same pictures alternately, so that a load on the machine falls on both. Each line shows the median
-// times in milliseconds per megapixel and the median of the ratios of neighbouring runs; above 1, this build is faster.
-// Results that differ end the program with status 1.
+// Both smooth the same pictures alternately, so that other load on the machine affects both. Each line shows the median
+// times in milliseconds per megapixel and the median ratio of neighbouring runs; above 1, this build is faster. If
+// results differ, the exit status is 1.
 #include <dlfcn.h>
 
 #include <algorithm>
@@ -31,7 +31,7 @@ double MedianOf(std::vector<double> values) {
     return *middle;
 }
 
-// The kernel's name as both compilers of this platform write it.
+// The kernel's name as this platform's compilers mangle it.
 Kernel OtherKernel(void* library, const std::string& format) {
     const std::string name = "Smooth" + format;
     const std::string symbol = "_ZN9stairmelt" + std::to_string(name.size()) + name + "ERKNS_9KernelJobE";

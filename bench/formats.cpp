@@ -12,7 +12,7 @@ namespace stairmelt {
 
 namespace {
 
-// Every form that is measured: one line each.
+// Every form that is measured, one per line.
 std::vector<KernelForm> FormsOf(int channels, int depth, int extra, Kernel named) {
     return {
         {"fast", named},
@@ -21,7 +21,7 @@ std::vector<KernelForm> FormsOf(int channels, int depth, int extra, Kernel named
     };
 }
 
-// The colour samples of a pixel, 0..255; `count` of them are used.
+// The first `count` are a pixel's colour samples, 0..255.
 std::array<int, 4> ColorSamples(const uint8_t* rgb, int count) {
     const int red = rgb[0], green = rgb[1], blue = rgb[2];
     const int luminance = (77 * red + 150 * green + 29 * blue) / 256;

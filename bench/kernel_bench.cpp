@@ -1,11 +1,11 @@
-// Times of the kernels on one thread. A benchmark's name is GROUP/PICTURE/WHAT; the groups are
+// Times the kernels on one thread. A benchmark's name is GROUP/PICTURE/WHAT. The groups are
 //
 //   rgb8      six pictures of 24 megapixels in 8-bit RGB: copying, reading, every form of the kernel, and its phases
 //   formats   all 24 formats, on the cartoon
 //
-// Before each run, the picture is copied to the destination. The copy isn't part of the run's time; its own time is in
-// the counter `copy`, so that each benchmark has a reference taken at the same moment. Further counters:
-// `megapixels`, and `flagged`, the share of the pixels with an edge on their right or lower side.
+// Before each run, the picture is copied to the destination. The run's time excludes the copy, whose own time is in the
+// counter `copy`: a reference measured at the same moment. Other counters are `megapixels`, and `flagged`, the share of
+// pixels with an edge on their right or lower side.
 #include <benchmark/benchmark.h>
 #include <emmintrin.h>
 
@@ -26,13 +26,13 @@ namespace stairmelt {
 
 namespace {
 
-// Something to be timed on a picture. It measures the time itself, so that preparations aren't counted.
+// An operation on a picture. It measures its own time, so that preparations don't count.
 struct Measurement {
     std::string name;
     std::function<double(Workplace& place)> seconds;
 };
 
-// Reads every pixel and does as little as possible with it: four independent sums, so that memory is the limit.
+// Reads every pixel into four independent sums, so that memory is the limit.
 __m128i SumOfWords(const ImageView& image) {
     const size_t bytes = static_cast<size_t>(image.rowStride) * static_cast<size_t>(image.height);
     __m128i sums[4] = {};
@@ -54,7 +54,7 @@ Measurement RunOf(const KernelForm& form) {
             }};
 }
 
-// All that is measured on the pictures of the group rgb8.
+// All measurements on the pictures of the group rgb8.
 std::vector<Measurement> EverythingOn(const BenchFormat& format) {
     std::vector<Measurement> measurements = {kCopy, kRead};
     for (const KernelForm& form : format.forms) measurements.push_back(RunOf(form));
@@ -67,8 +67,8 @@ std::vector<Measurement> EverythingOn(const BenchFormat& format) {
     return measurements;
 }
 
-// Keeps the last workplace: benchmarks on one picture follow each other, and two large pictures might not fit into
-// memory.
+// Keeps the last workplace, since benchmarks on the same picture follow each other, but only that one: two large
+// pictures might not fit into memory.
 class Workshop {
 public:
     Workplace& PlaceFor(const Scene& scene, const BenchFormat& format) {

@@ -1,4 +1,4 @@
-// The phases of a kernel, one after the other. A kernel itself builds the flags while it scans.
+// Times the phases of a kernel, one after the other. The kernel itself builds the flags while it scans.
 #pragma once
 
 #include "engine/image.h"
@@ -12,8 +12,7 @@ struct PhaseSeconds {
     double paint;   // changing the destination
 };
 
-// Runs the 8-bit RGB kernel for AVX2, which the machine must have (HasAvx2), phase after phase. The result is the
-// kernel's.
+// Runs the 8-bit RGB kernel for AVX2 phase by phase, with the same result. The machine must support it (HasAvx2).
 PhaseSeconds MeasurePhases(const KernelJob& job);
 
 }  // namespace stairmelt

@@ -1,4 +1,4 @@
-// Compiled for AVX2, as the kernels that it takes apart.
+// Compiled for AVX2, like the kernels whose phases it times.
 #include <chrono>
 
 #include "bench/phases.h"

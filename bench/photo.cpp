@@ -8,7 +8,7 @@ namespace stairmelt {
 
 namespace {
 
-// -1..1 for a point of the lattice, without any visible order.
+// A pseudo-random value for a point of the lattice, -1..1.
 float LatticeValue(uint32_t x, uint32_t y, uint32_t seed) {
     uint32_t h = x * 0x9E3779B1u ^ y * 0x85EBCA77u ^ seed * 0xC2B2AE3Du;
     h = (h ^ h >> 15) * 0x2C1B3C6Du;
@@ -17,10 +17,10 @@ float LatticeValue(uint32_t x, uint32_t y, uint32_t seed) {
     return static_cast<float>(h >> 8) / 8388608.0f - 1.0f;
 }
 
-// Starts and ends level, so that the lattice doesn't show.
+// A curve that is level at both ends, so that the lattice doesn't show.
 float Smoothed(float t) { return t * t * (3.0f - 2.0f * t); }
 
-// One octave of value noise: random values on a lattice, with smooth passages between them.
+// One octave of value noise: random values on a lattice, with smooth transitions.
 class Octave {
 public:
     // The wavelength is 1 << shift pixels.
@@ -32,7 +32,7 @@ public:
         }
     }
 
-    // Adds row y of it.
+    // Adds row y of this octave.
     void AddTo(std::vector<float>& row, int32_t y) {
         const uint32_t latticeRow = static_cast<uint32_t>(y) >> shift_;
         const float down = fade_[static_cast<size_t>(y) & (fade_.size() - 1)];
@@ -54,14 +54,14 @@ private:
     int shift_;
     float amplitude_;
     uint32_t seed_;
-    std::vector<float> fade_;  // of the way from one point of the lattice to the next, for each pixel
+    std::vector<float> fade_;  // for each pixel between two points of the lattice, the weight of the second one
     std::vector<float> line_;  // the lattice at the height of the row
 };
 
 // Several octaves, row by row.
 class Noise {
 public:
-    // Wavelengths from 1 << longest down to 1 << shortest; the amplitude shrinks by `fall` from each to the next.
+    // Wavelengths from 1 << longest down to 1 << shortest. The amplitude shrinks by the factor `fall` each time.
     Noise(int32_t width, int longest, int shortest, float amplitude, float fall, uint32_t seed)
         : row_(static_cast<size_t>(width)) {
         for (int shift = longest; shift >= shortest; --shift) {
@@ -88,8 +88,8 @@ uint8_t Sample(float value) { return static_cast<uint8_t>(std::clamp(value, 0.0f
 void DrawPhoto(Canvas& canvas) {
     const int32_t width = canvas.width;
     Noise light(width, 10, 5, 50, 0.5f, 100);    // in 1/255 of white
-    Noise relief(width, 9, 4, 1, 0.5f, 200);     // its sign tells the two kinds of area apart
-    Noise roughness(width, 8, 7, 1, 0.5f, 300);  // where the texture is
+    Noise relief(width, 9, 4, 1, 0.5f, 200);     // its sign selects one of two kinds of area
+    Noise roughness(width, 8, 7, 1, 0.5f, 300);  // the strength of the texture
     Noise texture(width, 4, 2, 14, 0.8f, 400);
     Noise hue(width, 9, 8, 24, 0.5f, 500);
     Noise grain(width, 1, 0, 1, 0.8f, 600);

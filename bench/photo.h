@@ -4,8 +4,8 @@
 
 namespace stairmelt {
 
-// Draws something like a photograph: smooth light, areas with borders a pixel or two wide, surfaces whose texture comes
-// and goes, and grain.
+// Draws something like a photograph: smooth light, areas with borders a pixel or two wide, surfaces with and without
+// texture, and grain.
 void DrawPhoto(Canvas& canvas);
 
 }  // namespace stairmelt

@@ -18,7 +18,7 @@ constexpr Color kPaper = {250, 246, 236};
 constexpr Color kInk = {28, 26, 40};
 constexpr double kTurn = 2 * std::numbers::pi;
 
-// From `low` up to `high`.
+// low..high
 double Between(SeededRandom& random, double low, double high) {
     return low + (high - low) * (random.Next() / 4294967296.0);
 }
@@ -35,12 +35,12 @@ Color AnyColor(SeededRandom& random) {
     return {red, green, sample()};
 }
 
-// How many details a picture gets, at one for each so many pixels.
+// The number of details in a picture with one detail per this many pixels.
 int64_t CountOf(const Canvas& canvas, int64_t pixelsForEach) {
     return static_cast<int64_t>(canvas.width) * canvas.height / pixelsForEach;
 }
 
-// A cubic Bezier curve as a line of short pieces.
+// A cubic Bezier curve as short straight pieces.
 std::vector<Point> Curve(Point a, Point b, Point c, Point d) {
     constexpr int kPieces = 48;
     std::vector<Point> path;

@@ -1,5 +1,5 @@
-// The pictures that the kernels are measured on, drawn by code. A picture depends on its name and size alone, and its
-// details have a fixed size in pixels: a larger picture shows more of them, and the share of flagged pixels stays.
+// The pictures for measuring the kernels, drawn by code. A picture depends on its name and size alone, and its details
+// have a fixed size in pixels: a larger picture has more of them, and the same share of flagged pixels.
 #pragma once
 
 #include <string>
@@ -14,7 +14,7 @@ struct PictureKind {
     void (*draw)(Canvas& canvas);
 };
 
-// From the picture without any edge to the one that is nothing else:
+// Sorted by the number of edges:
 //   flat     one colour
 //   ink      thin lines and curves of all slopes
 //   cartoon  overlapping areas of one colour each, with dark outlines
@@ -23,7 +23,7 @@ struct PictureKind {
 //   noise    random bytes
 extern const std::vector<PictureKind> kPictures;
 
-// A kind by its name, which has to exist.
+// The kind with this name, which has to exist.
 const PictureKind& FindPicture(const std::string& name);
 
 Canvas DrawPicture(const PictureKind& kind, int32_t width, int32_t height);

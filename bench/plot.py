@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Draws the README's plot from results that table.py keeps: plot.py RESULTS.json PICTURE, as speed.png or speed.svg.
+"""Draws the README's plot from the results of table.py: plot.py RESULTS.json PICTURE, such as speed.png or speed.svg.
 
 Needs Matplotlib (Debian: python3-matplotlib).
 """
@@ -13,12 +13,12 @@ from matplotlib import pyplot
 from matplotlib.patheffects import withStroke
 from matplotlib.ticker import FuncFormatter, NullLocator
 
-sys.dont_write_bytecode = True  # nothing is to appear among the sources
+sys.dont_write_bytecode = True  # keeps the source folder clean
 from results import Results, copies
 
 INK = "#2a2a33"
 FAINT = "#8a8a94"
-# What is shown, and its colour.
+# The measurements shown, with labels and colours.
 STYLES = {
     "read": ("reading only", "#c9ccd6"),
     "fast": ("kernel", "#2f6fb7"),
@@ -44,7 +44,7 @@ def draw(results, path):
         name, color = STYLES[what]
         places = [n - GROUP_WIDTH / 2 + (i + 0.5) * bar_width for n in range(len(pictures))]
         heights = [copies(results.get("rgb8", picture, what)) for picture in pictures]
-        # On a logarithmic scale bars have no natural foot; theirs is below the smallest value.
+        # On a logarithmic scale, bars have no natural base; theirs is below the smallest value.
         bars = axes.bar(places, heights, bar_width * 0.94, color=color, label=name, zorder=2)
         axes.bar_label(bars, [label(height) for height in heights], padding=2, fontsize=8.5, color=INK, zorder=4,
                        path_effects=[withStroke(linewidth=3, foreground="white")])

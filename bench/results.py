@@ -1,4 +1,4 @@
-"""Times that kernel_bench has written as JSON: medians by group, picture and measurement."""
+"""The results of kernel_bench: medians by group, picture and measurement."""
 
 import collections
 import json
@@ -8,7 +8,7 @@ Median = collections.namedtuple("Median", "milliseconds copy megapixels flagged 
 
 
 class Results:
-    """What stands in one file. The context is Google Benchmark's; table.py adds `cpu` and `load_after`."""
+    """The contents of one file. The context is Google Benchmark's; table.py adds `cpu` and `load_after`."""
 
     def __init__(self, path):
         with open(path, encoding="utf-8") as file:

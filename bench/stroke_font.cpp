@@ -4,7 +4,7 @@ namespace stairmelt {
 
 namespace {
 
-// The strokes of a glyph on a grid of 5 columns and 7 rows: a column and a row for each point, a blank between two
+// The strokes of each glyph on a grid of 5 columns and 7 rows: a column and a row for each point, a blank between
 // strokes.
 constexpr const char* kGlyphs[kGlyphCount] = {
     "062046 1434",                          // A

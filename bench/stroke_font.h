@@ -9,7 +9,7 @@ constexpr int kGlyphCount = 36;  // A to Z, 0 to 9
 
 struct LetterStyle {
     double height;     // of a letter, in pixels
-    double slant;      // columns that a letter leans to the right for each row of its height
+    double slant;      // columns to the right per row of height
     double thickness;  // of the strokes, in pixels
     Color color;
 };
@@ -17,7 +17,7 @@ struct LetterStyle {
 // Draws a glyph with its top left corner at `at`.
 void DrawGlyph(Canvas& canvas, int glyph, Point at, const LetterStyle& style);
 
-// From one letter to the next.
+// The distance from one letter to the next.
 inline double GlyphAdvance(const LetterStyle& style) { return style.height * 0.92; }
 
 }  // namespace stairmelt

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 """Prints the times of the kernels as tables, in Markdown.
 
-    table.py RESULTS.json                        results of an earlier run
-    table.py RESULTS.json --run BENCH [WORD...]  runs kernel_bench first and stores its results in the file;
-                                                 further arguments are passed to it: --benchmark_filter=^rgb8
+    table.py RESULTS.json                          results of an earlier run
+    table.py RESULTS.json --run BENCH [OPTION...]  runs kernel_bench first, with the options, and stores its results;
+                                                   for example --benchmark_filter=^rgb8
 """
 
 import json
@@ -12,7 +12,7 @@ import pathlib
 import subprocess
 import sys
 
-sys.dont_write_bytecode = True  # nothing is to appear among the sources
+sys.dont_write_bytecode = True  # keeps the source folder clean
 from results import Results, copies, per_megapixel
 
 REPETITIONS = 5
@@ -117,9 +117,9 @@ def main():
     def loads(values):
         return " ".join(f"{load:.2f}" for load in values)
 
-    print(f"{context.get('cpu', 'unknown processor')}, {context['num_cpus']} threads, of which one is used; "
+    print(f"{context.get('cpu', 'unknown processor')}, one of {context['num_cpus']} threads; "
           f"load average {loads(context['load_avg'])} before, {loads(context.get('load_after', []))} after. "
-          f"Medians of {results.repetitions()} runs. A copy is a memcpy of the same picture, right before each run.")
+          f"Medians of {results.repetitions()} runs. A copy is a memcpy of the same picture, just before each run.")
     print_pictures(results, "rgb8", "24 megapixels of 8-bit RGB")
     print_formats(results)
 

@@ -1,4 +1,4 @@
-// A picture in memory with the job that has a kernel smooth it.
+// A picture in memory and the job for smoothing it.
 #pragma once
 
 #include <chrono>
@@ -11,14 +11,14 @@
 
 namespace stairmelt {
 
-// A picture that can be drawn whenever it is needed; scenes of one name are the same.
+// A picture that can be drawn whenever it is needed. Scenes with the same name are equal.
 struct Scene {
     std::string name;
     int32_t width, height;  // pixels
     std::function<Canvas(int32_t width, int32_t height)> draw;
 };
 
-// Runs `work` once and returns the seconds that it took.
+// Runs `work` once and returns the seconds it took.
 template <class Work>
 double SecondsOf(Work work) {
     const auto start = std::chrono::steady_clock::now();
@@ -32,7 +32,7 @@ public:
     Workplace(const Workplace&) = delete;
     Workplace& operator=(const Workplace&) = delete;
 
-    // Makes the destination a copy of the source again, which a kernel expects, and returns the seconds.
+    // Copies the source to the destination again, as a kernel expects, and returns the seconds.
     double Renew();
 
     const KernelJob& Job() const { return job_; }

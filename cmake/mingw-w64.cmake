@@ -1,10 +1,10 @@
-# Cross build for 64-bit Windows with Debian's mingw-w64; tests run under Wine.
+# Cross-compiles for 64-bit Windows with Debian's mingw-w64; tests run under Wine.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc-posix)
 set(CMAKE_CXX_COMPILER x86_64-w64-mingw32-g++-posix)
 set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
-# The picture libraries, which scripts/picture_libraries.sh builds.
+# The picture libraries, built by scripts/picture_libraries.sh.
 if(NOT STAIRMELT_LIBRARIES)
     set(STAIRMELT_LIBRARIES ${CMAKE_CURRENT_LIST_DIR}/../build/libraries)
 endif()

@@ -1,14 +1,15 @@
-# stairmelt_test(LABEL sources...): one test program, registered with ctest under its label. A start under Wine costs
-# about a third of a second, so a program holds all the cases of its label. Tests run in tests/, where golden/ is.
+# stairmelt_test(LABEL sources...): a test program with all cases of its label, since each start under Wine takes about a
+# third of a second. It is registered with ctest under the label and runs in tests/, where golden/ is.
 #
-# What is tested is compiled as the preset says. The tests themselves run for a moment and take minutes to optimise.
+# The code under test is compiled as the preset says. The tests themselves aren't optimised: they run for a moment, and
+# optimising them takes minutes.
 function(stairmelt_test_options target)
     target_link_libraries(${target} PRIVATE project_options gtest)
     if(NOT MSVC)
         target_compile_options(${target} PRIVATE -O0)
     endif()
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-        # GCC 12 sees overlapping copies in every concatenation of strings.
+        # GCC 12 wrongly reports overlapping copies in concatenations of strings.
         target_compile_options(${target} PRIVATE -Wno-restrict)
     endif()
     if(MINGW)

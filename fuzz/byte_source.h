@@ -1,5 +1,5 @@
-// A fuzzer's input, read from the front as the choices that a test case is made of. Past its end come zeros, so that
-// every input is a whole case and a cut input is a simpler one.
+// Reads a fuzzer's input as the series of choices that make up a test case. After its end, all choices are 0, so that
+// every input is a complete case and a truncated input is a simpler one.
 #pragma once
 
 #include <cstddef>
@@ -25,12 +25,12 @@ public:
     // 0..bound - 1; bound: 1..65536
     int Below(int bound) { return (bound <= 256 ? Byte() : Byte() | Byte() << 8) % bound; }
 
-    // Both included, at most 65536 apart.
-    int Between(int least, int most) { return least + Below(most - least + 1); }
+    // min..max, which are less than 65536 apart
+    int Between(int min, int max) { return min + Below(max - min + 1); }
 
     bool OneIn(int count) { return Byte() % count == count - 1; }
 
-    // Any 32-bit value; every other one is among those that arithmetic stumbles over.
+    // Any 32-bit value; half of the time one of those that often break arithmetic.
     int32_t Wild() {
         constexpr int32_t kCorners[] = {0,     1,     -1,      100,        255,           INT32_MIN, INT32_MAX,
                                         32767, 65536, 1 << 30, -(1 << 30), INT32_MIN + 1, -2,        70};

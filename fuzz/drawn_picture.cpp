@@ -38,7 +38,7 @@ void AppendSpecial(std::vector<uint8_t>& pixel, int depth, ByteSource& bytes) {
                              : Pick(kSpecial32, bytes));
 }
 
-// One pixel value of the format. `previous` has as many bytes, or none.
+// One pixel value of the format. `previous` has the same size or is empty.
 std::vector<uint8_t> ReadColour(const KernelCase& format, const std::vector<uint8_t>& previous, ByteSource& bytes) {
     std::vector<uint8_t> pixel;
     const int kind = bytes.Below(8);
@@ -72,7 +72,7 @@ std::vector<uint8_t> ReadColour(const KernelCase& format, const std::vector<uint
     return pixel;
 }
 
-// The colour's number at each pixel, and the shapes that set it. Parts outside the picture are left out.
+// The number of each pixel's colour, and the shapes that set it, clipped to the picture.
 struct Canvas {
     int width, height;
     std::vector<uint8_t> colours;
@@ -103,13 +103,13 @@ void DrawHatching(Canvas& canvas, ByteSource& bytes) {
             if (std::abs(x * dx + y * dy + phase) % period <= ink) canvas.Set(x, y, colour);
 }
 
-// Everything on one side of a stair whose treads have the lengths that the input says.
+// Everything on one side of a stair. The input determines the lengths of the treads.
 void DrawStair(Canvas& canvas, ByteSource& bytes) {
     const int colour = bytes.Below(kColours), form = bytes.Below(8);
     const bool isUpright = form % 2 != 0, goesBack = form / 2 % 2 != 0;
     const int length = isUpright ? canvas.height : canvas.width, depth = isUpright ? canvas.width : canvas.height;
     int edge = bytes.Below(depth + 1), tread = bytes.Between(1, 64);
-    const bool isEven = form / 4 != 0;  // all treads of one length
+    const bool isEven = form / 4 != 0;  // all treads equally long
     for (int i = 0, left = tread; i < length; ++i) {
         for (int j = edge; j < depth; ++j) canvas.Set(isUpright ? j : i, isUpright ? i : j, colour);
         if (--left > 0) continue;
@@ -119,7 +119,7 @@ void DrawStair(Canvas& canvas, ByteSource& bytes) {
     }
 }
 
-// A small field in two colours, bit by bit.
+// A small field in two colours, with one bit of input per pixel.
 void DrawStamp(Canvas& canvas, ByteSource& bytes) {
     const int paper = bytes.Below(kColours), ink = bytes.Below(kColours);
     const int left = bytes.Below(canvas.width), top = bytes.Below(canvas.height);
@@ -145,7 +145,7 @@ std::vector<uint8_t> DrawPicture(const KernelCase& format, int32_t width, int32_
 
     Canvas canvas{width, height, {}};
     canvas.colours.resize(static_cast<size_t>(width) * static_cast<size_t>(height));
-    const int noise = bytes.Below(16);  // raw samples at the end, in one picture of 16
+    const int noise = bytes.Below(16);  // one picture in 16 ends with raw samples
     for (int i = 0; i < kMaxShapes && !bytes.IsEmpty(); ++i) kShapes[bytes.Byte() % std::size(kShapes)](canvas, bytes);
 
     std::vector<uint8_t> pixels;

@@ -1,5 +1,5 @@
-// Fuzzes the kernels: any format, size, stride, alignment, parameters and samples. Every form of the kernel has to give
-// the plain form's result, to write nothing but the destination's pixels, and to answer as its header says.
+// Fuzzes the kernels: any format, size, stride, alignment, parameters and samples. Every form of a kernel has to give
+// the plain form's result, write only the destination's pixels, and return the codes that its header describes.
 #include <iterator>
 #include <string>
 #include <vector>
@@ -12,14 +12,14 @@
 #include "tests/support/kernel_list.h"
 #include "tests/support/same_pixels.h"
 
-// Lets an edge map that doesn't fit into memory be refused, as the allocator does, and sooner than it does.
+// Limits the memory for the edge map, so that a huge one is refused as the allocator would, only earlier.
 extern "C" const char* __asan_default_options() { return "allocator_may_return_null=1:max_allocation_size_mb=1024"; }
 
 namespace stairmelt {
 
 namespace {
 
-constexpr int kMaxPixels = 4096;  // keeps ramps without end affordable
+constexpr int kMaxPixels = 4096;  // limits the time that endless ramps take
 
 struct Size {
     int32_t width, height;
@@ -58,7 +58,7 @@ ImageLayout ReadLayout(ByteSource& bytes) {
     return layout;
 }
 
-// The image as a host may describe it: nobody steps from a lone row to the next, or reads an image without rows.
+// An image as a host may describe it: the stride of a single row and the address of an empty image can be anything.
 ImageView ViewOf(const GuardedImage& image, ByteSource& bytes) {
     ImageView view = image.view;
     const int32_t rows = view.width > 0 ? view.height : 0;
@@ -71,7 +71,7 @@ KernelJob ReadParameters(const KernelCase& format, ByteSource& bytes) {
     KernelJob job{};
     job.key = format.Key();
     const uint8_t wild = bytes.Byte();  // one bit for each value
-    const bool isTame = wild % 4 != 0;  // three of four jobs are those of a dialog
+    const bool isTame = wild % 4 != 0;  // three of four jobs have values that the dialog can set
     job.colorThreshold = isTame || (wild & 4) == 0 ? bytes.Byte() : bytes.Wild();
     job.softness = isTame || (wild & 8) == 0 ? bytes.Below(101) : bytes.Wild();
     job.bias = isTame || (wild & 16) == 0 ? bytes.Below(101) : bytes.Wild();
@@ -121,7 +121,7 @@ void RunCase(ByteSource bytes) {
     const KernelCase& format = kAllKernels[bytes.Byte() % std::size(kAllKernels)];
     const KernelJob job = ReadParameters(format, bytes);
     const Size size = ReadSize(bytes);
-    // The layouts stand before the picture, which takes all the bytes that it gets.
+    // Read the layouts before the picture, which takes all remaining bytes.
     uint8_t layouts[32];
     for (uint8_t& byte : layouts) byte = bytes.Byte();
     const bool isHuge = size.HasPixels() && size.width > INT32_MAX / 2;

@@ -1,7 +1,7 @@
-// Fuzzes the host boundary: selectors in any order through PluginMain, with any image, script and stored values, hosts
-// that lack parts, and calls that fail. Whatever happens, the plug-in has to write only where it may, to give
-// everything back but its two handles, and to leave the artist the plain kernel's pixels or the original ones. A normal
-// run at the end has to succeed.
+// Fuzzes the host boundary: selectors in any order through PluginMain, with any image, script and stored values,
+// incomplete hosts, and failing calls. In all cases, the plug-in has to write only where it may, give back everything
+// except its two handles, and leave either the plain kernel's pixels or the original ones. A normal run at the end has
+// to succeed.
 #include <algorithm>
 #include <cstring>
 #include <iterator>
@@ -21,7 +21,7 @@
 #include "tests/support/same_pixels.h"
 #include "tests/support/stub_dialogs.h"
 
-// An edge map that doesn't fit into memory is refused, as by the allocator, but earlier.
+// Limits the memory for the edge map, so that a huge one is refused as the allocator would, only earlier.
 extern "C" const char* __asan_default_options() { return "allocator_may_return_null=1:max_allocation_size_mb=1024"; }
 
 namespace stairmelt {
@@ -30,7 +30,7 @@ namespace {
 
 constexpr int kMaxSteps = 24;
 
-// Every other document is of a supported format. Where a kernel can see them, the pixels are a picture.
+// Every other document has a supported format. The pixels that a kernel can see are a drawn picture.
 void ReadDocument(FakeDocument& document, ByteSource& bytes) {
     const KernelCase& format = kAllKernels[bytes.Byte() % std::size(kAllKernels)];
     constexpr int16_t kModes[] = {kModeGrayScale, kModeMultichannel, kModeRGBColor, kModeCMYKColor};
@@ -48,7 +48,7 @@ void ReadDocument(FakeDocument& document, ByteSource& bytes) {
     }
     if (bytes.OneIn(64)) document.width = 32760 + bytes.Below(20);  // beyond the 16-bit coordinates
     if (document.depth != format.depth || document.planes != format.channels + format.extra) return;
-    uint8_t strokes[48];  // a picture takes all the bytes that it gets
+    uint8_t strokes[48];  // a picture would take all remaining bytes
     for (uint8_t& byte : strokes) byte = bytes.Byte();
     ByteSource picture(strokes, sizeof(strokes));
     document.source = DrawPicture(format, document.width, document.height, picture);
@@ -78,7 +78,7 @@ void ReadStored(FakeRegistry& registry, ByteSource& bytes) {
     }
 }
 
-// What the host lacks, from its next run on, and which calls fail.
+// Chooses what the host lacks from its next run on, and which calls fail.
 void ReadFailures(Failures& failures, ByteSource& bytes) {
     failures = {};
     for (int count = bytes.Below(5); count > 0; --count) failures.failingCalls.insert(bytes.Between(1, 60));
@@ -158,7 +158,7 @@ private:
         }
     }
 
-    // A host that forgets a handle can't dispose of it either.
+    // A host that forgets a handle can't dispose of it.
     void Lose(Handle handle) { lost_ += handle != nullptr ? 1 : 0; }
 
     void BeginRun() {
@@ -167,7 +167,7 @@ private:
         played_ = host_.script.parameters.descriptor;
     }
 
-    // What was recorded, and a script that the plug-in never read, is the host's to dispose of.
+    // The host has to dispose of recorded values, and of a script that the plug-in never read.
     void TakeScript() {
         for (const Handle handle : {played_, host_.script.parameters.descriptor})
             for (MovableBlock& block : host_.handles.blocks.made)
@@ -182,7 +182,7 @@ private:
         gStubDialogs.isAccepted = !bytes_.OneIn(4);
     }
 
-    // Sends the selector and checks all that holds whatever happens.
+    // Sends the selector and checks everything that has to hold in any case.
     void Send(int16_t selector) {
         const std::string name = "selector " + std::to_string(selector);
         const int16_t result = host_.Call(PluginMain, selector);
@@ -206,7 +206,7 @@ private:
         Require(faults.empty(), name + ": " + faults);
     }
 
-    // After Start, the block holds the values that the kernel was given.
+    // After Start, the block holds the kernel's values.
     void CheckPixels() {
         const Delivery& output = host_.pixels.output;
         const int32_t width = output.rect.right - output.rect.left, height = output.rect.bottom - output.rect.top;
@@ -214,7 +214,7 @@ private:
         const auto format = std::ranges::find(kAllKernels, ClassifyImage(), &KernelCase::Key);
         Require(format != std::end(kAllKernels), "a key without a kernel");
         const size_t rowBytes = static_cast<size_t>(width) * static_cast<size_t>(format->PixelBytes());
-        std::vector<uint8_t> source, got;  // narrower than the document where 16-bit coordinates end
+        std::vector<uint8_t> source, got;  // narrower than a document beyond the 16-bit coordinates
         for (int32_t y = 0; y < height; ++y) {
             const uint8_t* const from = &host_.document.source[static_cast<size_t>(y) * host_.document.RowBytes()];
             const uint8_t* const to = output.memory.Data() + static_cast<ptrdiff_t>(y) * output.rowBytes;
@@ -236,7 +236,7 @@ private:
         for (const auto& [suite, count] : host_.suites.held) Require(count == 0, name + ": suite " + suite + " held");
     }
 
-    // A silent run with a script, on a picture of a supported format.
+    // Runs without a dialog, with a script, on a picture of a supported format.
     void RunNormally() {
         host_.failures = {};
         BeginRun();
@@ -259,7 +259,7 @@ private:
 
     ByteSource& bytes_;
     ProbedHost host_;
-    int lost_ = 0;             // handles that the host forgot
+    int lost_ = 0;             // handles that the host has forgotten
     Handle played_ = nullptr;  // the played values' handle, disposed of or not
 };
 

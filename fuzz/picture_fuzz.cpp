@@ -1,5 +1,5 @@
-// Damaged picture files. What can be read is written as each kind of file that can hold it and read again, which has to
-// give the same samples; the rest has to end in a message.
+// Fuzzes the reading of picture files. A picture that can be read is written in each format that can hold it and read
+// again, with the same samples; any other file has to end in a message.
 #include <zlib.h>
 
 #include <cstddef>
@@ -15,7 +15,7 @@
 namespace stairmelt {
 namespace {
 
-constexpr size_t kMaxSamples = size_t{1} << 22;  // bytes; more would only take time
+constexpr size_t kMaxSamples = size_t{1} << 22;  // bytes; more would only take longer
 
 void CheckRoundTrip(const Picture& picture, FileKind kind) {
     try {
@@ -31,7 +31,7 @@ void CheckRoundTrip(const Picture& picture, FileKind kind) {
     Require(same.exif == picture.exif || kind == FileKind::kTiff || picture.exif.empty(), "the EXIF block differs");
 }
 
-// Gives a PNG's chunks sums that fit: a reader that finds another one looks no further.
+// Corrects the checksums of a PNG's chunks: readers stop at a wrong one.
 void RepairSums(uint8_t* file, size_t size) {
     constexpr size_t kSignature = 8, kFrame = 12;  // a chunk's length, name and sum
     for (size_t at = kSignature; at + kFrame <= size;) {
@@ -63,7 +63,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     } catch (const ToolError& error) {
         Require(error.what()[0] != '\0', "a failure without a message");
     } catch (const std::bad_alloc&) {
-        // As large as its header says, it would take more memory than is given here.
+        // The size in its header takes more memory than allowed here.
     }
     return 0;
 }

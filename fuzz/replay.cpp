@@ -1,6 +1,6 @@
-// Stands in for libFuzzer, so that any compiler can build the fuzzers: NAME_replay INPUT_OR_FOLDER [RUNS]. Runs every
-// input, and RUNS more that are made from them, the same ones every time. An input that ends the program is left in
-// NAME_replay.input in the current folder.
+// Replaces libFuzzer, so that any compiler can build the fuzzers: NAME_replay INPUT_OR_FOLDER [RUNS]. Runs every input
+// and RUNS mutations of them, the same ones every time. An input that ends the program is kept in NAME_replay.input in
+// the current folder.
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
@@ -31,7 +31,7 @@ Input ReadInput(const std::filesystem::path& path) {
 
 }  // namespace
 
-// Changes up to four bytes, and sometimes cuts or repeats a part.
+// Changes up to four bytes, and sometimes truncates the input or repeats a part of it.
 extern "C" size_t LLVMFuzzerMutate(uint8_t* data, size_t size, size_t maxSize) {
     if (size == 0) return 0;
     if (Below(8) == 0) size = static_cast<size_t>(Below(size)) + 1;
@@ -69,7 +69,7 @@ int main(int argc, char** argv) {
             input.resize(LLVMFuzzerCustomMutator(input.data(), size, input.size(), gRandom.Next()));
         }
         std::ofstream(last, std::ios::binary).write(reinterpret_cast<const char*>(input.data()), std::ssize(input));
-        // A copy of the exact size, so that the address sanitizer sees a read behind its end.
+        // A copy of the exact size, so that the address sanitizer detects a read beyond its end.
         const Input exact(input.begin(), input.end());
         LLVMFuzzerTestOneInput(exact.data(), exact.size());
     }

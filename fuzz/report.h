@@ -1,4 +1,4 @@
-// How a fuzzer tells that a check failed.
+// Reports failed checks of the fuzzers.
 #pragma once
 
 #include <cstdio>
@@ -7,7 +7,7 @@
 
 namespace stairmelt {
 
-// Ends the program, upon which libFuzzer writes the input to a file.
+// Ends the program; libFuzzer then writes the input to a file.
 [[noreturn]] inline void Fail(const std::string& what) {
     std::fprintf(stderr, "check failed: %s\n", what.c_str());
     std::abort();

@@ -1,5 +1,5 @@
-// What the code and the declaration resources share: names, the GUID and four-character codes. Plain macros, since
-// resource scripts use them too; there a code is a 32-bit number with its first character in the top byte.
+// Names, the GUID and four-character codes for the code and the declaration resources. Plain macros, since resource
+// scripts use them, too; there a code is a 32-bit number with its first character in the top byte.
 #ifndef STAIRMELT_RESOURCES_PLUGIN_IDS_H
 #define STAIRMELT_RESOURCES_PLUGIN_IDS_H
 

@@ -1,4 +1,4 @@
-// Identifiers of the dialogs, their controls and the banner. Plain macros, since resource scripts use them too.
+// Identifiers of the dialogs, their controls and the banner. Plain macros, since resource scripts use them, too.
 #ifndef STAIRMELT_RESOURCES_RESOURCE_IDS_H
 #define STAIRMELT_RESOURCES_RESOURCE_IDS_H
 
@@ -6,8 +6,8 @@
 #define IDD_ABOUT 103
 #define IDB_BANNER 103
 
-// Parameter dialog. OK has the system's number 1. Cancel doesn't have the system's 2, which Escape and Close send,
-// since it turns into Reset.
+// Parameter dialog. OK is the system's number 1. Cancel isn't the system's number 2, which Escape and Close send, since
+// it turns into Reset.
 #define IDC_THRESHOLD_SLIDER 1002
 #define IDC_SOFTNESS_SLIDER 1003
 #define IDC_THRESHOLD_EDIT 1004

@@ -1,5 +1,5 @@
 // The version, for the about box, the files' properties and the package's name. Plain macros, since resource scripts
-// use them too.
+// use them, too.
 #ifndef STAIRMELT_RESOURCES_VERSION_NUMBERS_H
 #define STAIRMELT_RESOURCES_VERSION_NUMBERS_H
 

@@ -1,11 +1,12 @@
-# What ./smooth, ./check and ./package share: packages, Wine's surroundings and quiet commands. Sourced by bash, with $root set to the
-# repository's directory and `set -eu` in force.
+# Functions for ./smooth, ./check and the other commands: installing packages, building, preparing Wine. Sourced by bash,
+# with $root set to the repository's directory and `set -eu` in force.
 
 . "$root/scripts/picture_libraries.sh"
 
 say() { echo "$(basename "$0"): $*" >&2; }
 
-# Started through sudo in somebody's own clone, build and pictures should stay theirs: only the packages need root.
+# With sudo in a user's own clone, runs the command as that user again, so that the files belong to the user. Only
+# installing packages needs root.
 stay_with_owner() {
     if [ "$(id -u)" = 0 ] && [ -n "${SUDO_UID:-}" ] && [ "$SUDO_UID" != 0 ] &&
         [ "$(stat -c %u "$root")" = "$SUDO_UID" ]; then
@@ -13,7 +14,7 @@ stay_with_owner() {
     fi
 }
 
-# quietly LOG COMMAND...: the command's output goes to the log and is shown only when it fails.
+# quietly LOG COMMAND...: writes the command's output to the log and shows it only if the command fails.
 quietly() {
     local log=$1
     shift
@@ -26,7 +27,7 @@ as_root() {
     if [ "$(id -u)" = 0 ]; then "$@"; else sudo --preserve-env=DEBIAN_FRONTEND "$@"; fi
 }
 
-# install_missing PACKAGE...: installs those of the packages that aren't there.
+# install_missing PACKAGE...: installs the packages that aren't installed yet.
 install_missing() {
     local missing=() package log
     for package in "$@"; do
@@ -43,7 +44,7 @@ install_missing() {
     export DEBIAN_FRONTEND=noninteractive
     log=$(mktemp)
     local install=(apt-get --yes --no-install-recommends install "${missing[@]}")
-    # The lists of packages are missing or out of date on a fresh machine; elsewhere fetching them can be spared.
+    # Package lists are fetched only if they are needed: on a fresh machine they are missing or out of date.
     if ! as_root "${install[@]}" >"$log" 2>&1; then
         say "fetching Debian's package lists"
         quietly "$log" as_root apt-get update || return 1
@@ -52,26 +53,26 @@ install_missing() {
     rm -f "$log"
 }
 
-# What build_for_windows and the picture libraries need. A command that needs more installs all of it at once.
+# For build_for_windows and the picture libraries. Commands that need more install everything at once.
 build_packages=(cmake ninja-build g++-mingw-w64-x86-64-posix libz-mingw-w64-dev patch)
-# What the picture files of a native build need.
+# For the picture formats of a native build.
 native_libraries=(libpng-dev libtiff-dev libjpeg62-turbo-dev zlib1g-dev)
 
-# The plug-in and runfilter, as far as they aren't up to date, in build/windows.
+# Brings the plug-in and runfilter in build/windows up to date.
 build_for_windows() {
     local build=$root/build/windows tests=OFF
     mkdir -p "$root/build"
     build_picture_libraries
     if [ ! -e "$build/build.ninja" ]; then
         say "configuring"
-        # GoogleTest is needed by ./check only.
+        # Only ./check installs GoogleTest.
         [ -d /usr/src/googletest ] && tests=ON
         (cd "$root" && quietly build/configure.log cmake --preset windows -DSTAIRMELT_TESTS=$tests)
     fi
     build_targets stairmelt runfilter
 }
 
-# build_targets TARGET...: builds them for Windows. A terminal shows ninja's progress, a log one line before it.
+# build_targets TARGET...: builds them for Windows. A terminal shows ninja's progress; a log gets a single line.
 build_targets() (
     cd "$root"
     local build=(cmake --build --preset windows --target "$@") plan steps
@@ -85,8 +86,8 @@ build_targets() (
     fi
 )
 
-# A prefix of the project's own (Wine refuses one that belongs to another user), without questions, pop-ups or chatter, and
-# with file names in UTF-8 whatever the locale.
+# Sets up a Wine prefix for this project and user (Wine refuses another user's), without dialogs and debug messages, and
+# with file names in UTF-8 in any locale.
 prepare_wine() {
     export WINEPREFIX=$root/build/wineprefix-$(id -u)
     export WINEDEBUG=-all
@@ -97,17 +98,17 @@ prepare_wine() {
         say "preparing Wine in $WINEPREFIX"
         mkdir -p "$WINEPREFIX"
         quietly "$root/build/wine.log" "${at_rest[@]}" wineboot --init </dev/null
-        # Until it has written the prefix to disk, it isn't all there.
+        # The prefix is complete once the server has written it to disk.
         wineserver --wait
     fi
     set_dialog_font
     keep_wine_running
 }
 
-# Dialogs are set in "MS Shell Dlg". On Windows that is Microsoft Sans Serif, whose dialog units are 6 by 13 pixels; in Wine
-# it is Tahoma, or MS UI Gothic for Japanese, and where both are missing a wider font that cuts texts short. Wine's own MS
-# Sans Serif has the units and the widths of Windows', but Debian's Wine doesn't look where its package puts it. The
-# substitutes of "MS Shell Dlg" itself can't be changed: Wine writes them anew when the locale changes.
+# The dialogs' font is "MS Shell Dlg". On Windows this is Microsoft Sans Serif, whose dialog units are 6 by 13 pixels. In
+# Wine it is Tahoma, or MS UI Gothic for Japanese, and without these a wider font, which truncates texts. Wine's own MS
+# Sans Serif has the same units and widths as on Windows, but Debian's Wine doesn't look in the folder where its package
+# installs it. The substitutes of "MS Shell Dlg" itself can't be changed: Wine resets them when the locale changes.
 set_dialog_font() {
     local fonts=$WINEPREFIX/drive_c/windows/Fonts font=sserife.fon name
     [ ! -e "$fonts/$font" ] || return 0
@@ -115,29 +116,29 @@ set_dialog_font() {
         quietly "$root/build/wine.log" "${at_rest[@]}" wine reg add 'HKCU\Software\Wine\Fonts\Replacements' \
             /v "$name" /d "MS Sans Serif" /f </dev/null
     done
-    # It has no kana. Wine takes them from fonts-noto-cjk where that is installed; elsewhere they are boxes.
+    # It has no kana. Wine takes them from fonts-noto-cjk, and shows boxes if that isn't installed.
     quietly "$root/build/wine.log" "${at_rest[@]}" wine reg add \
         'HKLM\Software\Microsoft\Windows NT\CurrentVersion\FontLink\SystemLink' \
         /v "MS Sans Serif" /t REG_MULTI_SZ /d "NotoSansCJK-Regular.ttc,Noto Sans CJK JP" /f </dev/null
     cp "/usr/share/wine/fonts/$font" "$fonts"
-    # It reads its fonts when its server starts.
+    # Wine reads its fonts when its server starts.
     wineserver --kill || true
     wineserver --wait
 }
 
-# Sets $at_rest, to stand before a command that starts Windows programs. Debian's Wine is loaded below 2^31 and wants the
-# page at 0x7FFE0000. Newer kernels move a program's heap up by a random part of a gigabyte; where it comes to lie on that
-# page, once in some thousand starts, Wine ends with status 1 and not a word. So the heap is left at rest, if that is
-# allowed: in some containers it isn't.
+# Sets $at_rest, a prefix for commands that start Windows programs. Debian's Wine is loaded below 2^31 and needs the page
+# at 0x7FFE0000. Newer kernels move a program's heap up by a random part of a gigabyte. About once in a few thousand starts
+# the heap covers that page, and Wine exits with status 1 and no message. The prefix turns the randomness off where that is
+# allowed, which it isn't in some containers.
 keep_heaps_at_rest() {
     at_rest=(setarch --addr-no-randomize)
     "${at_rest[@]}" true 2>/dev/null || at_rest=()
 }
 
-# Debian's Wine ends its server with the last program, and one that starts in that moment is turned away ("recvmsg:
-# Connection reset by peer"). So the server is started here and told to wait some minutes for the next one; status 2 says
-# that there is one already. Its services, which stay as long, are started by a program of no output of its own: they
-# would keep a caller's pipes open.
+# Debian's Wine stops its server after the last program, and a program that starts at that moment fails ("recvmsg:
+# Connection reset by peer"). So the server is started here and waits five minutes for the next program; status 2 means
+# that one is running already. Wine's services live as long and would keep a caller's pipes open, so they are started here
+# by a program without output.
 keep_wine_running() {
     wineserver --persistent=300 </dev/null >/dev/null 2>&1 || [ $? = 2 ]
     quietly "$root/build/wine.log" "${at_rest[@]}" wine cmd /c exit </dev/null

@@ -1,14 +1,14 @@
 #!/usr/bin/env python3
-"""Has clang-tidy and cppcheck read the sources: static_analysis.py NATIVE_BUILD WINDOWS_BUILD [FILE...].
+"""Runs clang-tidy and cppcheck on the sources: static_analysis.py NATIVE_BUILD WINDOWS_BUILD [FILE...].
 
-The two folders hold a compile_commands.json each. Most is read as it is compiled for Windows, with clang aimed at it and
-the headers of mingw-w64: several sources in one file, since reading the headers takes most of the time. What only the
-native build compiles is read as it is compiled there. Of the files that hold the kernels, one of each form is read, each
-with another depth: they are the same templates, and take long. Tests aren't read: the library that they are written with
-fills them with what the checks object to.
+Both folders contain a compile_commands.json. Most sources are checked as they are compiled for Windows, by clang with that
+target and the headers of mingw-w64, and several at once, since parsing the headers takes most of the time. Sources of the
+native build alone are checked as they are compiled there. Kernels are the same templates and take long, so one file of
+each form is checked, each with a different depth. Tests aren't checked: the macros of the test library violate too many
+rules.
 
-Exit status 0 means that neither has found anything. What .clang-tidy leaves out, and what a NOLINT or a cppcheck-suppress
-lets pass, has its reason beside it.
+Exit status 0 means that there are no findings. Every exception has its reason beside it: in .clang-tidy, or at a NOLINT or
+cppcheck-suppress.
 """
 
 import concurrent.futures
@@ -23,19 +23,19 @@ import time
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 FOLDERS = ("engine", "host", "hostkit", "ui", "tools")
 KERNELS = re.compile(r"(plain|baseline|avx2)_(d\d+|planner)\.cpp$")
-INCLUDED = re.compile(r'^#include "(.*)"', re.MULTILINE)  # by a file that holds several sources
+INCLUDED = re.compile(r'^#include "(.*)"', re.MULTILINE)  # the sources in a unity file
 KERNELS_READ = ("plain_d8.cpp", "baseline_d16.cpp", "avx2_d32.cpp", "baseline_planner.cpp", "avx2_planner.cpp")
 CROSS_COMPILER = "x86_64-w64-mingw32-g++-posix"
-# Paths through a function that clang's analyzer follows at most. Its own limit is ten times as high, and what it finds
-# beyond this one, in the string and map templates of the tools, isn't worth the minutes.
+# Limits the nodes that clang's analyzer visits per function. The default is ten times as high, which costs minutes for
+# findings in the standard library's templates.
 NODES = ["--extra-arg=-Xclang", "--extra-arg=-analyzer-config", "--extra-arg=-Xclang", "--extra-arg=max-nodes=20000"]
-# It reads the functions of the sources that a file includes, too. (In the kernels it would take constants that are
-# arguments of templates for uninitialised.)
+# Analyzes the functions in included sources, too. Not for kernels, where the analyzer mistakes constant template arguments
+# for uninitialised values.
 INCLUDED_TOO = ["--extra-arg=-Xclang", "--extra-arg=-analyzer-opt-analyze-headers"]
 
-# The style checks would ask for const pointers where the system wants others. Of what cppcheck 2.10 finds it misreads two
-# things: a number made with braces within an index (constStatement), and a pointer to a container's new element
-# (returnDanglingLifetime), for which the compilers and clang's analyzer look, too.
+# Without style checks, which request const pointers where the system's functions take others. cppcheck 2.10 misreads two
+# things: a number written with braces within an index (constStatement), and a pointer to a container's new element
+# (returnDanglingLifetime), which the compilers and clang's analyzer check, too.
 CPPCHECK = ["cppcheck", "--quiet", "--error-exitcode=1", "--enable=warning,performance,portability", "--inline-suppr",
             "--language=c++", "--std=c++20", "--max-configs=1",
             "--suppress=constStatement", "--suppress=returnDanglingLifetime", "--template={file}:{line}: {severity}: {message} [{id}]"]
@@ -43,14 +43,14 @@ CPPCHECK = ["cppcheck", "--quiet", "--error-exitcode=1", "--enable=warning,perfo
 
 def cross_headers():
     """The folders in which the cross compiler looks for headers, without those of its own intrinsics."""
-    told = subprocess.run([CROSS_COMPILER, "-E", "-x", "c++", "-", "-v"], stdin=subprocess.DEVNULL, capture_output=True,
+    output = subprocess.run([CROSS_COMPILER, "-E", "-x", "c++", "-", "-v"], stdin=subprocess.DEVNULL, capture_output=True,
                           text=True, check=True).stderr
-    folders = told.split("search starts here:\n")[-1].split("End of search list")[0].split()
+    folders = output.split("search starts here:\n")[-1].split("End of search list")[0].split()
     return [os.path.realpath(f) for f in folders if "c++" in f or f.endswith("x86_64-w64-mingw32/include")]
 
 
-# What only GCC knows, precompiled headers among it, or what makes clang-tidy read the sources as for another system.
-NOT_FOR_CLANG = re.compile(r' -(fno-ipa-ra|fno-threadsafe-statics|Wno-subobject-linkage)\b| -include (\\".*?\\"|\S*cmake_pch\.hxx)')
+# Options that clang doesn't know, or that don't matter to the checks.
+NOT_FOR_CLANG = re.compile(r' -(fno-ipa-ra|fno-threadsafe-statics|Wno-subobject-linkage)\b')
 
 
 def commands_for_clang(build):
@@ -62,7 +62,7 @@ def commands_for_clang(build):
 
 
 def sources(native, windows, only):
-    """(file, folder of its compile_commands.json, whether it is read as Windows') of all files to read."""
+    """All files to check: (file, folder of its compile_commands.json, whether it is checked for Windows)."""
     seen, files = set(), []
     for build in (windows, native):
         for entry in json.loads((build / "compile_commands.json").read_text(encoding="utf-8")):
@@ -72,12 +72,12 @@ def sources(native, windows, only):
                 continue
             if path.relative_to(home).parts[0] not in FOLDERS or (KERNELS.match(path.name) and path.name not in KERNELS_READ):
                 continue
-            held = {path}
+            contents = {path}
             if path.suffix == ".cxx":
-                held = {pathlib.Path(name) for name in INCLUDED.findall(path.read_text(encoding="utf-8"))}
-            if not held <= seen and (not only or any(str(name).endswith(only) for name in held)):
+                contents = {pathlib.Path(name) for name in INCLUDED.findall(path.read_text(encoding="utf-8"))}
+            if not contents <= seen and (not only or any(str(name).endswith(only) for name in contents)):
                 files.append((path, build, build == windows))
-            seen |= held
+            seen |= contents
     return sorted(files, key=lambda s: s[0].suffix, reverse=True)
 
 
@@ -112,10 +112,10 @@ def main(native, windows, *only):
     start = time.monotonic()
     findings, times, done = [], {}, 0
     if not sys.stderr.isatty():
-        print(f"reading {len(files)} files; about {len(files) * 6} seconds on two cores", file=sys.stderr, flush=True)
+        print(f"checking {len(files)} files; about {len(files) * 6} seconds on two cores", file=sys.stderr, flush=True)
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
         jobs = {pool.submit(tidy, s, headers): ("clang-tidy", s) for s in files}
-        # It can't read the templates of lambdas in the kernels.
+        # cppcheck can't parse the template lambdas in the kernels.
         jobs |= {pool.submit(check, s): ("cppcheck", s) for s in files if not KERNELS.match(s[0].name)}
         for job in concurrent.futures.as_completed(jobs):
             status, text, seconds = job.result()
@@ -128,8 +128,8 @@ def main(native, windows, *only):
                 findings.append(f"{name}, {source[0].relative_to(ROOT)}:\n{text}")
     print("\n".join(findings), end="")
     spent = ", ".join(f"{name} {seconds:.0f} s" for name, seconds in sorted(times.items()))
-    print(f"{len(files)} files read in {time.monotonic() - start:.0f} s ({spent} of processes): "
-          f"{'nothing found' if not findings else f'findings in {len(findings)}'}")
+    print(f"{len(files)} files checked in {time.monotonic() - start:.0f} s (sums over all processes: {spent}): "
+          f"{'no findings' if not findings else f'findings in {len(findings)}'}")
     return 1 if findings else 0
 
 

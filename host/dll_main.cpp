@@ -4,7 +4,7 @@
 #include <exception>
 
 #ifdef __GLIBCXX__
-// Declared in no header of the library.
+// The library's headers don't declare it.
 namespace __gnu_cxx {
 void __freeres();  // NOLINT(bugprone-reserved-identifier): the library's name
 }

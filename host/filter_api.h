@@ -2,10 +2,10 @@
 // only, with no logic and nothing of Windows in them, so that they also compile where there is no Windows.
 //
 // Words of the host:
-//   selector    the number by which one call of PluginMain says what is to be done
+//   selector    the number that tells PluginMain which step of a run to perform
 //   record      FilterRecord, the host's shared state for one run; the plug-in's requests are written into it as well
 //   plane       one channel of the image, transparency included; planes are numbered from 0
-//   advance     the host's committing of the output buffer and delivery of the areas that the record now asks for
+//   advance     the host commits the output buffer and delivers the areas that the record requests
 //   handle      a movable block. The outer pointer is its identity; the inner one is the data's address and may be
 //               relied on only while the handle is locked. Locks aren't counted: one unlock undoes any number
 //   buffer      a large block behind an opaque id, locked in the same way
@@ -28,7 +28,7 @@
 
 namespace stairmelt {
 
-// Ties a member to its place in the host's memory.
+// Verifies a member's offset in the host's memory.
 #define STAIRMELT_FIELD_AT(Record, field, offset) \
     static_assert(offsetof(Record, field) == (offset), #Record "::" #field " is misplaced")
 
@@ -49,7 +49,7 @@ using PIActionDescriptor = struct HostActionDescriptor*;
 using DescriptorKeyID = uint32_t;
 using DescriptorTypeID = uint32_t;
 using Str255 = uint8_t[256];    // length byte first
-using UnusedSlot = void (*)();  // a member that this plug-in never calls; it only holds the place
+using UnusedSlot = void (*)();  // a routine that this plug-in never calls
 
 #pragma pack(push, 4)
 
@@ -76,8 +76,8 @@ static_assert(sizeof(void*) == 8 && sizeof(UnusedSlot) == 8);
 
 // ---- Numbers ----
 
-// In the order of a run from the menu. A repeat of the last filter leaves out Parameters; about stands alone and comes
-// with an AboutRecord.
+// In the order of a run from the menu. A repeat of the last filter omits Parameters. About is sent on its own, with an
+// AboutRecord.
 constexpr int16_t kFilterSelectorAbout = 0;
 constexpr int16_t kFilterSelectorParameters = 1;
 constexpr int16_t kFilterSelectorPrepare = 2;
@@ -119,7 +119,7 @@ constexpr int16_t kPlugInDialogDontDisplay = 0;
 constexpr int16_t kPlugInDialogDisplay = 1;
 constexpr int16_t kPlugInDialogSilent = 2;
 
-// PIDescriptorParameters::recordInfo: whether a later playing of the recorded script needs the dialog.
+// PIDescriptorParameters::recordInfo: whether the recorded script needs the dialog when it is played.
 constexpr int16_t kPlugInDialogOptional = 0;
 
 constexpr DescriptorTypeID kTypeInteger = FourCharCode("long");
@@ -168,9 +168,8 @@ using TestAbortProc = Boolean (*)();  // true: the user wants to stop
 using ProgressProc = void (*)(int32_t done, int32_t total);
 using HostProc = void (*)(int16_t selector, intptr_t* data);
 using ProcessEventProc = void (*)(void* event);  // a MSG
-// Commits the output buffer, then delivers the areas that the record now asks for. May move inData and outData and
-// change their row bytes. kUserCanceledErr when the user stopped; not to be called again in that selector after a
-// failure.
+// Commits the output buffer, then delivers the areas that the record requests. May move inData and outData and change
+// their row bytes. Returns kUserCanceledErr if the user stopped. After a failure, don't call it again in that selector.
 using AdvanceStateProc = OSErr (*)();
 
 struct HandleProcs {
@@ -181,7 +180,7 @@ struct HandleProcs {
     int32_t (*getSizeProc)(Handle handle);
     OSErr (*setSizeProc)(Handle handle, int32_t size);
     Ptr (*lockProc)(Handle handle, Boolean moveHigh);  // null on failure
-    void (*unlockProc)(Handle handle);                 // harmless where nothing is locked
+    void (*unlockProc)(Handle handle);                 // harmless if nothing is locked
     void (*recoverSpaceProc)(int32_t size);
     void (*disposeRegularHandleProc)(Handle handle);
 };
@@ -205,12 +204,12 @@ struct BufferProcs {
 struct ReadDescriptorProcs {
     int16_t readDescriptorProcsVersion;
     int16_t numReadDescriptorProcs;
-    // `keys` ends with a zero word. The host overwrites each entry as that key turns up, so that the rest names the
-    // missing ones: the list must be writable, and each reading needs a fresh one. Null on failure.
+    // `keys` ends with a zero word. The host overwrites each entry when it finds that key, so that the remaining
+    // entries are the missing keys. The list must be writable, and each reading needs a fresh one. Null on failure.
     PIReadDescriptor (*openReadDescriptorProc)(PIDescriptorHandle descriptor, DescriptorKeyID* keys);
     OSErr (*closeReadDescriptorProc)(PIReadDescriptor token);  // the worst error of the reading
     Boolean (*getKeyProc)(PIReadDescriptor token, DescriptorKeyID* key, DescriptorTypeID* type, int32_t* flags);
-    OSErr (*getIntegerProc)(PIReadDescriptor token, int32_t* value);  // of the key that getKeyProc gave last
+    OSErr (*getIntegerProc)(PIReadDescriptor token, int32_t* value);  // of the key that getKeyProc returned last
     UnusedSlot getFloatProc;
     UnusedSlot getUnitFloatProc;
     UnusedSlot getBooleanProc;
@@ -263,7 +262,7 @@ struct PIDescriptorParameters {
 // ---- Suites ----
 
 struct SPBasicSuite {
-    // A refusal may leave *suite as it was.
+    // On failure, *suite may be unchanged.
     SPErr (*AcquireSuite)(const char* name, int32_t version, const void** suite);
     SPErr (*ReleaseSuite)(const char* name, int32_t version);
     SPBoolean (*IsEqual)(const char* first, const char* second);
@@ -342,11 +341,11 @@ struct AboutRecord {
 #pragma pack(push, 4)
 #if defined(_MSC_VER)
 #pragma warning(push)
-#pragma warning(disable : 4121)  // members whose places depend on the packing: that is the point
+#pragma warning(disable : 4121)  // offsets depend on the packing, on purpose
 #endif
 
-// The 32-bit form of the record's coordinates, for images beyond 32767 pixels. The host fills both forms and trusts
-// the one that the plug-in turned on.
+// The 32-bit form of the record's coordinates, for images beyond 32767 pixels. The host fills in both forms and reads
+// the one that the plug-in has selected.
 struct BigDocumentStruct {
     int32_t PluginUsing32BitCoordinates;  // 0 at the start of each run; the plug-in sets it to 1
     VPoint imageSize32;
@@ -358,18 +357,18 @@ struct BigDocumentStruct {
     VPoint wholeSize32;
 };
 
-// Fields without a comment are only there to keep the others in their places.
+// Fields without a comment only keep the others at their offsets.
 struct FilterRecord {
     int32_t serialNumber;
     TestAbortProc abortProc;
     ProgressProc progressProc;
-    Handle parameters;  // the plug-in's; the host keeps it from call to call and run to run
+    Handle parameters;  // the plug-in's; the host keeps it between calls and between runs
     Point imageSize;    // pixels
     int16_t planes;     // of the image, transparency included
     Rect filterRect;    // bounds of the selection, or the whole image
     uint16_t background[3];
     uint16_t foreground[3];
-    int32_t maxSpace;     // bytes; the plug-in's wish
+    int32_t maxSpace;     // bytes that the plug-in requests
     int32_t bufferSpace;  // bytes that the plug-in allocates outside the buffer callbacks
     Rect inRect;          // requested input; empty for none
     int16_t inLoPlane;    // first and last requested plane, inclusive
@@ -383,7 +382,7 @@ struct FilterRecord {
     int32_t outRowBytes;  // may exceed what a row needs
     Boolean isFloating;   // a floating selection, with its mask in maskData
     Boolean haveMask;
-    Boolean autoMask;  // the host blends the result back by the selection
+    Boolean autoMask;  // the host limits the result to the selection
     Rect maskRect;
     void* maskData;
     int32_t maskRowBytes;
@@ -424,7 +423,7 @@ struct FilterRecord {
     Fixed maskRate;
     UnusedSlot colorServices;
     int16_t inLayerPlanes;       // colour planes of a layer; 0 in a document without layers
-    int16_t inTransparencyMask;  // 1 when the layer has transparency
+    int16_t inTransparencyMask;  // 1 if the layer has transparency
     int16_t inLayerMasks;
     int16_t inInvertedLayerMasks;
     int16_t inNonLayerPlanes;  // planes of a document without layers
@@ -479,7 +478,7 @@ struct FilterRecord {
     int32_t iCCWorkingProfileSize;
     int64_t bufferSpace64;
     int64_t maxSpace64;
-    uint8_t reserved[46];  // zeros; the record has grown out of this tail over the years
+    uint8_t reserved[46];  // zeros; newer hosts add fields here
 };
 
 #if defined(_MSC_VER)
@@ -488,10 +487,10 @@ struct FilterRecord {
 #pragma pack(pop)
 
 // `record` is an AboutRecord for kFilterSelectorAbout and a FilterRecord otherwise. The host keeps the word at `data`
-// from call to call and never looks into it; *result is 0 on entry.
+// between calls and never reads it; *result is 0 on entry.
 using PluginMainProc = void (*)(int16_t selector, void* record, intptr_t* data, int16_t* result);
 
-// ---- Places ----
+// ---- Offsets ----
 
 static_assert(sizeof(FilterRecord) == 608 && alignof(FilterRecord) == 4);
 STAIRMELT_FIELD_AT(FilterRecord, abortProc, 4);

@@ -1,4 +1,4 @@
-// From a key to its kernel.
+// Maps keys to kernels.
 #pragma once
 
 #include <cstdint>
@@ -7,7 +7,7 @@
 
 namespace stairmelt {
 
-// Runs the kernel that the job's key names and returns its result; kKernelParameterError for any other key.
+// Runs the kernel for the job's key and returns its result; kKernelParameterError if there is none.
 int32_t DispatchKernel(const KernelJob& job);
 
 }  // namespace stairmelt

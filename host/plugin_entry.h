@@ -13,8 +13,8 @@
 //   unknown         nothing                                            both
 //   0 About         nothing                                            nothing
 //
-// The host doesn't count locks, and an extra unlock is harmless. So PluginMain unlocks both at its end, whatever the
-// selector was. The host calls on one thread and doesn't reenter.
+// The host doesn't count locks, and an extra unlock is harmless. So PluginMain always unlocks both at its end. The host
+// calls on one thread and doesn't reenter.
 #pragma once
 
 #include <cstdint>
@@ -25,10 +25,10 @@ namespace stairmelt {
 
 struct ParameterBlock;
 
-// Set by every call. During the about selector the record is an AboutRecord. A host always passes the three pointers;
-// pointers within the record may be null where filter_api.h says so.
+// Set by every call. During the about selector, the record is an AboutRecord. A host always passes the three pointers;
+// filter_api.h says which pointers within the record may be null.
 extern FilterRecord* gFilterRecord;
-extern intptr_t* gDataHandle;         // the word holds the flag byte's handle, or 0
+extern intptr_t* gDataHandle;         // the word is the flag byte's handle, or 0
 extern int16_t* gResult;              // never set to 0 at entry: the host does that
 extern const SPBasicSuite* gSPBasic;  // null in hosts without suites
 

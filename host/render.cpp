@@ -88,7 +88,7 @@ void DoStart() {
         *gResult = static_cast<int16_t>(RunKernel(key, size));
     } catch (int32_t code) {
         // Kernels return their errors, and nothing throws this today. The handler ensures that the rest of the selector
-        // runs whatever a kernel does: the host waits for full progress and for empty rectangles.
+        // always runs: the host waits for full progress and for empty rectangles.
         *gResult = static_cast<int16_t>(code);
     }
     if (gFilterRecord->progressProc != nullptr) gFilterRecord->progressProc(1, 1);

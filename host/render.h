@@ -11,10 +11,10 @@ namespace stairmelt {
 // the host's code of a failed advance, kUserCanceledErr from the dialog, or the low 16 bits of the kernel's result.
 void DoStart();
 
-// Has nothing to do. Empties the output rectangle, for hosts that call it although the rectangles are empty.
+// Only empties the output rectangle, for hosts that send Continue although the rectangles are empty.
 void DoContinue();
 
-// Records and stores the values that were used. Missing handles give the same result as in Start.
+// Records and stores the values used. Missing handles give the same result as in Start.
 void DoFinish();
 
 }  // namespace stairmelt

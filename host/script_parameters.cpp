@@ -32,7 +32,7 @@ int16_t ReadKey(const ReadDescriptorProcs& procs, PIReadDescriptor token, Descri
     return kReadErr;
 }
 
-// The result is that of closing the token, whatever was reported before.
+// Returns the result of closing the token, and ignores earlier ones.
 int16_t ReadKeys(const ReadDescriptorProcs& procs, PIReadDescriptor token) {
     DescriptorKeyID key = 0;
     DescriptorTypeID type = 0;

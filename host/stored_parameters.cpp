@@ -94,7 +94,7 @@ int32_t SaveStoredParameters() {
         Boolean isThere = 0;
         suites.descriptors->HasKey(descriptor, parameter.key, &isThere);
     }
-    // The values that could be put are registered, even if others failed.
+    // Registers the values that could be set, even if others failed.
     uint32_t count = 0;
     suites.descriptors->GetCount(descriptor, &count);
     constexpr Boolean kPersistent = 1;

@@ -80,7 +80,7 @@ void DrawGroove(HDC dc, int last, HPEN light, HPEN shadow, HPEN black) {
     DrawLines(dc, black, {{7, 5}, {7, 1}, {last - 7, 1}, {last - 7, 5}, {7, 5}});
 }
 
-// A house pointing up, with a bevel inside.
+// The shape of a house pointing up, with a bevel inside.
 void DrawThumb(HDC dc, int x, HBRUSH fill, HPEN light, HPEN shadow, HPEN black) {
     const POINT house[] = {{x, 0}, {x - 6, 6}, {x - 6, 12}, {x + 6, 12}, {x + 6, 6}};
     SelectObject(dc, black);
@@ -100,7 +100,7 @@ void Draw(HDC dc, HWND slider, const CustomSliderState& state) {
     const HGDIOBJ oldBrush = SelectObject(dc, GetStockObject(BLACK_BRUSH));
     const HGDIOBJ oldPen = SelectObject(dc, GetStockObject(BLACK_PEN));
 
-    // The bottom only has to cover the control; a screen coordinate does, except on a monitor above the primary one.
+    // The bottom only has to be below the control; screen coordinates are, except on a monitor above the primary one.
     const RECT all = {0, 0, width, std::max<LONG>(window.top + 15, window.bottom - window.top)};
     FillRect(dc, &all, face);
     DrawGroove(dc, width - 1, light, shadow, black);
@@ -181,7 +181,7 @@ void FinishDrag(HWND slider, CustomSliderState& state) {
     dialogState->suppressEditChange = false;
 }
 
-// ---- Life ----
+// ---- Creation and messages ----
 
 void OnCreate(HWND slider) {
     CustomSliderState*& state = EntryOf(slider);

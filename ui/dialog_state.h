@@ -39,7 +39,7 @@ struct DialogState {
     int lastMouseX = 0;                    // client position at the last pan step
     int lastMouseY = 0;
     bool altHeld = false;             // the Cancel button reads Reset
-    bool suppressEditChange = false;  // EN_CHANGE is to be ignored: a text is being set that must not reach the preview
+    bool suppressEditChange = false;  // ignore EN_CHANGE while a text is set that must not reach the preview
 };
 
 // The dialog's state; null until WM_INITDIALOG has created it and after WM_DESTROY.

@@ -1,4 +1,4 @@
-// A general dialog procedure, exported for dialogs that bring an object of their own. No dialog of this build does.
+// A general dialog procedure, exported for dialogs that provide their own object. No dialog of this build does.
 #pragma once
 
 #include <windows.h>

@@ -33,7 +33,7 @@ bool PointInPreview(HWND dialog) {
     return IsInPane(position.x, position.y);
 }
 
-// ---- Life ----
+// ---- Creation and destruction ----
 
 void PlaceDialog(HWND dialog) {
     RECT window;

@@ -4,7 +4,7 @@
 // only the view and a margin are filtered, nothing below 50 percent, and nothing while a button holds the view. The
 // margin covers ten image pixels beyond the view: a longer ramp that begins outside it does not show.
 //
-// Where the host cannot provide a buffer or draw, the pane shows what is possible: the source without the filter, or
+// If the host cannot provide a buffer or draw, the pane shows what is possible: the source without the filter, or
 // only its frame and bands.
 #pragma once
 

@@ -10,7 +10,7 @@ namespace {
 
 int32_t ParseValue(const std::string& option, const std::string& word) {
     const std::optional<int32_t> value = ParseNumber<int32_t>(word);
-    if (!value) throw UsageError(option + " needs a whole number of 32 bits, not " + word);
+    if (!value) throw UsageError(option + " needs a 32-bit whole number, not " + word);
     return *value;
 }
 
@@ -30,8 +30,8 @@ void TakeFiles(std::vector<std::string> files, bool isForMany, Arguments& argume
         arguments.out = PathFromText(files[1]);
         return;
     }
-    if (arguments.dialog || arguments.repeat) throw UsageError("the dialog and timed runs are for one picture only");
-    if (files.empty() && arguments.lists.empty()) throw UsageError("pictures are needed");
+    if (arguments.dialog || arguments.repeat) throw UsageError("--dialog and --repeat can't be combined with --out");
+    if (files.empty() && arguments.lists.empty()) throw UsageError("no pictures given");
     arguments.files = std::move(files);
 }
 
@@ -91,14 +91,14 @@ Arguments ParseArguments(const std::vector<std::string>& words) {
         } else if (word == "--version") {
             arguments.version = true;
         } else {
-            throw UsageError("there is no option " + word);
+            throw UsageError("unknown option " + word);
         }
         if (attached) throw UsageError(word + " takes no value");
     }
     if (arguments.help || arguments.version || arguments.isWorker) return arguments;
     if (arguments.about && (!files.empty() || arguments.outDirectory)) throw UsageError("the about box takes no files");
     if (arguments.about) return arguments;
-    if (arguments.dialog && arguments.repeat) throw UsageError("runs with the dialog can't be repeated");
+    if (arguments.dialog && arguments.repeat) throw UsageError("--dialog and --repeat can't be combined");
     TakeFiles(std::move(files), isForMany, arguments);
     return arguments;
 }

@@ -40,7 +40,7 @@ inline constexpr char kHelp[] =
     "  --repeat N       times N runs, 1 to 10000, and prints the medians\n"
     "Many pictures:\n"
     "  --out DIR        folder for the results, created if it is missing\n"
-    "  --files LIST     text file with one picture in each line; - reads the input\n"
+    "  --files LIST     text file with one picture per line; - reads standard input\n"
     ON_WINDOWS("  --jobs N         processes, 1 to 64; default 1\n")
     "  --skip-existing  skips pictures whose result exists\n"
     "Other options:\n"

@@ -47,9 +47,9 @@ void RequireWindowsName(const fs::path& path) {
         const std::string name = PathText(part);
         if (name.empty() || name == "." || name == "..") continue;
         if (const size_t at = name.find_first_of("\"*?<>|:"); at != std::string::npos)
-            throw ToolError("Windows allows no " + name.substr(at, 1) + " in a file name");
+            throw ToolError("Windows doesn't allow " + name.substr(at, 1) + " in a file name");
         if (name.ends_with('.') || name.ends_with(' '))
-            throw ToolError("Windows allows no file name that ends in a dot or a space");
+            throw ToolError("Windows doesn't allow a file name that ends in a dot or a space");
         if (IsDeviceName(name.substr(0, name.find('.')))) throw ToolError("Windows reserves this name for a device");
     }
 }

@@ -23,7 +23,7 @@ UnfinishedFile::UnfinishedFile(const fs::path& place) : place_(place), handle_(s
     // Another node of a farm may be writing to the same place.
     handle_->path += ".unfinished" + std::to_string(std::random_device()());
     handle_->stream.open(handle_->path, std::ios::binary | std::ios::trunc);
-    if (!handle_->stream) throw ToolError("can't be written: its directory is missing or doesn't allow it");
+    if (!handle_->stream) throw ToolError("can't be written: its directory is missing or not writable");
 }
 
 UnfinishedFile::~UnfinishedFile() {

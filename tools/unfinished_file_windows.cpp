@@ -59,7 +59,7 @@ UnfinishedFile::UnfinishedFile(const fs::path& place) : place_(FollowLinks(place
         constexpr int kMaxProcesses = 8;
         const DWORD error = GetLastError();
         if ((error != ERROR_SHARING_VIOLATION && error != ERROR_ACCESS_DENIED) || i == kMaxProcesses)
-            throw ToolError("can't be written: its directory is missing or doesn't allow it");
+            throw ToolError("can't be written: its directory is missing or not writable");
     }
 }
 

@@ -106,12 +106,12 @@ class Batch(unittest.TestCase):
         (self.directory / "out/004.png").unlink()
         status, out, err = self.run_tool("--out", "out/", "--skip-existing", *names)
         self.assertEqual((status, len(err)), (1, 1), err)
-        self.assertRegex(out[-1], r"^6 pictures: 1 smoothed, 4 there already, 1 failed; ")
+        self.assertRegex(out[-1], r"^6 pictures: 1 smoothed, 4 skipped, 1 failed; ")
         self.assertEqual(self.results("out"), before)
 
         (self.directory / "empty").write_bytes(b"\n")
         for words, told in ((("--plugin", "none.8bf", names[0]), "no such file"), (("--files", "empty"), "list is empty"),
-                            (("--out", names[0], names[0]), "can't be made")):
+                            (("--out", names[0], names[0]), "can't be created")):
             status, out, err = self.run_tool("--out", "new", *words)
             self.assertEqual((status, out, len(err)), (1, [], 1), err)
             self.assertIn(told, err[0])
@@ -172,7 +172,7 @@ class Batch(unittest.TestCase):
                 self.assertIn(f"200 pictures: {len(done)} smoothed, {200 - len(done)} left; ", lines[-1])
             status, lines, err = self.run_tool("--out", out, "--skip-existing", "--jobs", str(jobs), *names)
             self.assertEqual((status, err), (0, []))
-            self.assertIn(f"{len(done)} there already", lines[-1])
+            self.assertIn(f"{len(done)} skipped", lines[-1])
             self.assertEqual(self.results(out), whole, "and nothing besides")
 
         # A run on one picture ends at once.

@@ -57,11 +57,11 @@ TEST_F(BatchList, PatternsFindFilesByNameAndEachPictureComesOnce) {
 }
 
 TEST_F(BatchList, NoResultTakesThePlaceOfAPictureOrAnotherResult) {
-    EXPECT_EQ(Listed({"b.png"}, "."), (Lines{"b.png: its result would take the place of the picture itself"}));
+    EXPECT_EQ(Listed({"b.png"}, "."), (Lines{"b.png: its result would overwrite the picture itself"}));
     EXPECT_EQ(Listed({"sub/a.png", "a.PNG"}, ".")[0],
-              "sub/a.png: its result would take the place of the picture " + Word("a.PNG"));
+              "sub/a.png: its result would overwrite the picture " + Word("a.PNG"));
     EXPECT_EQ(Listed({"a.jpg", "a.PNG"}, "new")[1],
-              "a.PNG: its result would take the place of that of " + Word("a.jpg"));
+              "a.PNG: its result would overwrite that of " + Word("a.jpg"));
     EXPECT_EQ(Listed({"b.png"}, "out"), (Lines{"b.png > out/b.png"})) << "an earlier result may be replaced";
 }
 

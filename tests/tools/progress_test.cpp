@@ -18,7 +18,7 @@ TEST(Progress, FitsIntoItsColumns) {
 
 TEST(Progress, SummaryNamesWhatThereIs) {
     EXPECT_EQ(BatchSummary({1000, 997, 1, 2}, 27.1),
-              "1000 pictures: 997 smoothed, 1 there already, 2 failed; 27.1 seconds, 36.8 per second");
+              "1000 pictures: 997 smoothed, 1 skipped, 2 failed; 27.1 seconds, 36.8 per second");
     EXPECT_EQ(BatchSummary({1, 0, 0, 0}, 0.04), "1 picture: 0 smoothed, 1 left; 0.0 seconds");
 }
 

@@ -48,7 +48,7 @@ public:
     void TellSkipped(const BatchItem& item) {
         const std::lock_guard lock(mutex_);
         ++counts_.skipped;
-        PrintLine(PathText(item.in) + " is there already");
+        PrintLine(PathText(item.in) + " skipped");
         DrawBar(false);
     }
 
@@ -181,7 +181,7 @@ void RunWorkers(WorkList& work, BatchScreen& screen, const Arguments& arguments)
             threads.emplace_back([&] { FilterByWorker(work, screen, arguments); });
     } catch (const std::system_error&) {
         // The system has no more threads; continue with those already started.
-        if (threads.empty()) throw ToolError("there can't be more processes");
+        if (threads.empty()) throw ToolError("can't start another process");
     }
 }
 
@@ -192,7 +192,7 @@ BatchResult RunBatch(const Arguments& arguments) {
     const fs::path& directory = *arguments.outDirectory;
     std::error_code error;
     fs::create_directories(directory, error);
-    if (!fs::is_directory(directory, error)) throw ToolError(PathText(directory) + ": can't be made");
+    if (!fs::is_directory(directory, error)) throw ToolError(PathText(directory) + ": can't be created");
 
     WorkList work(ListBatch(words, directory));
     RequireFilter(arguments);

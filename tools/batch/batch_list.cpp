@@ -131,11 +131,11 @@ std::vector<BatchItem> ListBatch(const std::vector<std::string>& words, const fs
         const auto place = PlaceOf(item.out);
         const auto picture = pictures.find(place);
         if (picture != pictures.end() && picture->second == &item.in)
-            Refuse(item, "its result would take the place of the picture itself");
+            Refuse(item, "its result would overwrite the picture itself");
         else if (picture != pictures.end())
-            Refuse(item, "its result would take the place of the picture " + PathText(*picture->second));
+            Refuse(item, "its result would overwrite the picture " + PathText(*picture->second));
         else if (const auto [other, isNew] = results.emplace(place, &item.in); !isNew)
-            Refuse(item, "its result would take the place of that of " + PathText(*other->second));
+            Refuse(item, "its result would overwrite that of " + PathText(*other->second));
     }
     return items;
 }

@@ -84,7 +84,7 @@ BatchWorker::BatchWorker(const Arguments& arguments) : process_(std::make_unique
     SECURITY_ATTRIBUTES inheritable = {sizeof(inheritable), nullptr, TRUE};
     if (!CreatePipe(theirInput.Place(), process_->input.Place(), &inheritable, 0) ||
         !CreatePipe(process_->output.Place(), theirOutput.Place(), &inheritable, 0))
-        throw ToolError("there can't be more processes");
+        throw ToolError("can't start another process");
     SetHandleInformation(process_->input, HANDLE_FLAG_INHERIT, 0);
     SetHandleInformation(process_->output, HANDLE_FLAG_INHERIT, 0);
 
@@ -99,7 +99,7 @@ BatchWorker::BatchWorker(const Arguments& arguments) : process_(std::make_unique
     std::wstring command = WorkerCommand(arguments);
     if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, CREATE_NEW_PROCESS_GROUP, nullptr, nullptr,
                         &startup, &made))
-        throw ToolError("there can't be more processes");
+        throw ToolError("can't start another process");
     CloseHandle(made.hThread);
     *process_->process.Place() = made.hProcess;
     AssignProcessToJobObject(JobThatEndsWithUs(), made.hProcess);

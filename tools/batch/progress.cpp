@@ -49,7 +49,7 @@ std::string ProgressBar(const BatchCounts& counts, double seconds, size_t column
 std::string BatchSummary(const BatchCounts& counts, double seconds) {
     std::string text = std::to_string(counts.total) + (counts.total == 1 ? " picture: " : " pictures: ");
     text += std::to_string(counts.smoothed) + " smoothed";
-    if (counts.skipped != 0) text += ", " + std::to_string(counts.skipped) + " there already";
+    if (counts.skipped != 0) text += ", " + std::to_string(counts.skipped) + " skipped";
     if (counts.failed != 0) text += ", " + std::to_string(counts.failed) + " failed";
     if (const size_t left = counts.total - counts.Ended()) text += ", " + std::to_string(left) + " left";
     text += "; " + Rounded(seconds) + " seconds";

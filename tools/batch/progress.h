@@ -18,7 +18,7 @@ struct BatchCounts {
 // omitted until there is one.
 std::string ProgressBar(const BatchCounts& counts, double seconds, size_t columns);
 
-// "1000 pictures: 997 smoothed, 1 there already, 2 failed; 27.1 seconds, 36.8 per second"
+// "1000 pictures: 997 smoothed, 1 skipped, 2 failed; 27.1 seconds, 36.8 per second"
 std::string BatchSummary(const BatchCounts& counts, double seconds);
 
 }  // namespace stairmelt

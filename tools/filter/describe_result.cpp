@@ -28,7 +28,7 @@ constexpr ResultRow kResultRows[] = {
     {kErrReportString, "it reports an error of its own"},
     // The low halves of the kernels' codes, which arrive untranslated.
     {static_cast<int16_t>(kKernelMemoryError), "there isn't enough memory for its edge map"},
-    {static_cast<int16_t>(kKernelParameterError), "no kernel takes these images"},
+    {static_cast<int16_t>(kKernelParameterError), "no kernel supports these images"},
 };
 
 }  // namespace
@@ -37,7 +37,7 @@ std::string DescribeResult(int16_t result) {
     const std::string number = " (result " + std::to_string(result) + ")";
     const auto row = std::ranges::find(kResultRows, result, &ResultRow::result);
     if (row != std::end(kResultRows)) return row->words + number;
-    return (result > 0 ? "it stopped without a reason" : "it failed") + number;
+    return (result > 0 ? "it stopped without giving a reason" : "it failed") + number;
 }
 
 }  // namespace stairmelt

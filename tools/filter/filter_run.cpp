@@ -37,7 +37,7 @@ int16_t ModeOf(const Picture& picture) {
     for (const Row& row : kRows) {
         if (row.colors == picture.colors && row.depth == picture.depth) return row.mode;
     }
-    throw ToolError("the host has no mode for such a picture");
+    throw ToolError("the host has no image mode for this picture");
 }
 
 void OpenDocument(Picture& picture, FakeDocument& document) {

@@ -22,7 +22,7 @@ FilterReport PictureFilter::Filter(const fs::path& in, const fs::path& out,
                                    const std::function<void(const Picture&)>& onRead) {
     With(out, [&] {
         std::error_code error;
-        if (fs::equivalent(in, out, error)) throw ToolError("is the picture itself, which would be lost");
+        if (fs::equivalent(in, out, error)) throw ToolError("is the input file, which would be overwritten");
         RequireReplaceable(out);
     });
     // Read the picture first: in a batch, the result is named after the picture, and a message about an unreadable

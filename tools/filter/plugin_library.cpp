@@ -22,7 +22,7 @@ PluginLibrary::PluginLibrary(const std::filesystem::path& path) {
     // Windows would search its own directories for a bare name.
     const HMODULE module = LoadLibraryW(std::filesystem::absolute(path).c_str());
     if (module == nullptr)
-        throw ToolError("isn't a library that can be loaded (code " + std::to_string(GetLastError()) + ")");
+        throw ToolError("can't be loaded as a library (code " + std::to_string(GetLastError()) + ")");
     module_ = module;
     entry_ = reinterpret_cast<EntryPoint>(reinterpret_cast<void (*)()>(GetProcAddress(module, "PluginMain")));
     if (entry_ == nullptr) {

@@ -136,7 +136,7 @@ void RequireSupported(const TiffFile& file, TiffPixels& pixels, Picture& picture
                                    : isWhole || (isFloat && pixels.photometric != PHOTOMETRIC_MINISWHITE) ||
                                          (isFew && picture.colors == 1 && pixels.samples == 1);
     if (!isKnown) throw ToolError("this sample format of TIFF isn't supported");
-    if (pixels.samples < picture.colors) ThrowDamaged("it lacks channels");
+    if (pixels.samples < picture.colors) ThrowDamaged("channels are missing");
     if (pixels.samples > picture.colors + (isPalette ? 0 : 1))
         throw ToolError("the picture has several extra channels");
     picture.hasAlpha = pixels.samples > picture.colors;
@@ -144,14 +144,14 @@ void RequireSupported(const TiffFile& file, TiffPixels& pixels, Picture& picture
     const uint16_t* kinds = nullptr;
     if (TIFFGetField(file, TIFFTAG_EXTRASAMPLES, &extras, &kinds) != 0 && extras > 0 &&
         kinds[0] == EXTRASAMPLE_ASSOCALPHA)
-        throw ToolError("the picture's colours are multiplied by its transparency, which can't be undone exactly");
+        throw ToolError("the picture has premultiplied transparency, which can't be undone exactly");
     picture.depth = std::max<int>(8, pixels.bits);
     pixels.isIndexed = isPalette || isFew;
 
     constexpr uint32_t kMaxSide = 1 << 28;
     const auto width = file.Field<uint32_t>(TIFFTAG_IMAGEWIDTH, 0);
     const auto height = file.Field<uint32_t>(TIFFTAG_IMAGELENGTH, 0);
-    if (width == 0 || height == 0 || width > kMaxSide || height > kMaxSide) ThrowDamaged("its size makes no sense");
+    if (width == 0 || height == 0 || width > kMaxSide || height > kMaxSide) ThrowDamaged("its size is invalid");
     picture.width = static_cast<int32_t>(width);
     picture.height = static_cast<int32_t>(height);
 }
@@ -190,7 +190,7 @@ void ReadTiles(const TiffFile& file, const TiffPixels& pixels, Picture& picture)
     constexpr size_t kMaxTile = 1 << 28;
     if (width == 0 || height == 0 || size <= 0 || static_cast<size_t>(size) / height != rowBytes ||
         static_cast<size_t>(size) > std::max(kMaxTile, picture.samples.size()))
-        ThrowDamaged("its strips or tiles make no sense");
+        ThrowDamaged("its strips or tiles are invalid");
     Bytes tile(static_cast<size_t>(size));
     const uint16_t planes = pixels.isPlanar ? pixels.samples : 1;
     for (uint16_t plane = 0; plane < planes; ++plane) {

@@ -1,13 +1,12 @@
 // The 24 kernels, one for each pixel format. All are instances of one algorithm and differ only in how a pixel is
 // stored, compared and mixed: C counts the colour channels, D the bits of a sample, and A marks an opacity sample.
 //
-// A kernel takes the stair-stepping off the whole destination image. Samples are 0..255 at depth 8, 0..32768 at
-// depth 16, and floats with 1.0 as white at depth 32. Any values of the job's parameters and any sample values are
-// supported without undefined behaviour and without a write outside the destination. The result of a kernel is exact:
-// it depends on the pixels and parameters alone, not on strides, alignment or the machine. The one
-// exception is NaN: the result is then some NaN, not a particular one.
+// A kernel smooths the stairs in the whole destination image. Samples are 0..255 at depth 8, 0..32768 at depth 16, and
+// floats with 1.0 as white at depth 32. Any values of the job's parameters and any sample values are supported without
+// undefined behaviour and without a write outside the destination. The result of a kernel is exact: it depends on the
+// pixels and parameters alone, not on strides, alignment or the machine. Only the bits of a NaN may vary.
 //
-// Each returns kKernelDone, kKernelParameterError when the views differ in size, or kKernelMemoryError.
+// Each returns kKernelDone, kKernelParameterError if the views differ in size, or kKernelMemoryError.
 #pragma once
 
 #include "engine/image.h"

@@ -1,10 +1,10 @@
-// One byte of flags for each pixel, which say which neighbours it differs from. Every decision of the plain form rests
-// on these bytes; only the edge builder writes them.
+// One byte of flags for each pixel, which tell which neighbours it differs from. Every decision of the plain form
+// depends on these bytes; only BuildEdgeMap writes them.
 //
 // Cells stand in rows of `stride` bytes with a zeroed guard border around the image: a cell (x, y) may be read for x
-// from -4 to stride - 5, which is at least width, and for y from -1 to height. Scanners and patterns read the border in
-// place of bounds tests: a zero cell stops every walk. As the stride is a multiple of 4, four cells from a column that
-// is a multiple of 4 may be read as one word.
+// from -4 to stride - 5, which is at least width, and for y from -1 to height. Walks and patterns read the border
+// instead of testing bounds: a zero cell stops every walk. As the stride is a multiple of 4, four cells from a column
+// that is a multiple of 4 may be read as one word.
 #pragma once
 
 #include <cstddef>

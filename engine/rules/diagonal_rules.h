@@ -13,7 +13,7 @@ namespace stairmelt::inline STAIRMELT_SET {
 struct Diagonal {
     int startX, startY;    // first cell of the staircase
     int stepX, stepY;      // from one cell or pixel to the next
-    uint8_t continueFlag;  // the staircase goes on while its cell has this
+    uint8_t continueFlag;  // the staircase continues while its cell has this
     FlagTest stop[2];      // from the current cell, in this order: the flag across the stair marks its end
     int pixelX, pixelY;    // first pixel to blend
     int sourceX, sourceY;  // from that pixel, the one that it moves toward

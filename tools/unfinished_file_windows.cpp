@@ -46,10 +46,10 @@ fs::path FollowLinks(const fs::path& place) {
 
 UnfinishedFile::UnfinishedFile(const fs::path& place) : place_(FollowLinks(place)) {
     for (int i = 0;; ++i) {
-        fs::path beside = place_;
-        beside += ".unfinished" + (i == 0 ? "" : std::to_string(i));
+        fs::path temporary = place_;
+        temporary += ".unfinished" + (i == 0 ? "" : std::to_string(i));
         const HANDLE handle =
-            CreateFileW(beside.c_str(), GENERIC_WRITE | DELETE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+            CreateFileW(temporary.c_str(), GENERIC_WRITE | DELETE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
         if (handle != INVALID_HANDLE_VALUE) {
             handle_ = std::unique_ptr<Handle>(new Handle{handle});
             handle_->SetToBeDeleted(true);

@@ -26,7 +26,7 @@ class BatchScreen {
 public:
     explicit BatchScreen(size_t total) { counts_.total = total; }
 
-    void Tell(const BatchItem& item, const BatchAnswer& answer) {
+    void Report(const BatchItem& item, const BatchAnswer& answer) {
         const std::lock_guard lock(mutex_);
         if (!answer.values.empty() && !hasValues_) {
             hasValues_ = true;  // all pictures have the same ones
@@ -45,7 +45,7 @@ public:
         DrawBar(false);
     }
 
-    void TellSkipped(const BatchItem& item) {
+    void ReportSkipped(const BatchItem& item) {
         const std::lock_guard lock(mutex_);
         ++counts_.skipped;
         PrintLine(PathText(item.in) + " skipped");
@@ -143,11 +143,11 @@ void FilterByWorker(WorkList& work, BatchScreen& screen, const Arguments& argume
     while (const BatchItem* item = work.Next()) {
         std::error_code error;
         if (!item->refusal.empty())
-            screen.Tell(*item, Failed(item->in, item->refusal));
+            screen.Report(*item, Failed(item->in, item->refusal));
         else if (arguments.skipExisting && fs::exists(item->out, error))
-            screen.TellSkipped(*item);
+            screen.ReportSkipped(*item);
         else if (const std::optional<BatchAnswer> answer = Ask(worker, *item, arguments))
-            screen.Tell(*item, *answer);
+            screen.Report(*item, *answer);
     }
 }
 
@@ -158,7 +158,7 @@ std::string TextOf(const fs::path& file) {
     return {bytes.begin(), bytes.end()};
 }
 
-std::vector<std::string> WordsOf(const Arguments& arguments) {
+std::vector<std::string> FilesOf(const Arguments& arguments) {
     std::vector<std::string> words = arguments.files;
     for (const fs::path& list : arguments.lists) {
         const std::string text = With(list, [&] { return list == "-" ? ReadInput() : TextOf(list); });
@@ -188,7 +188,7 @@ void RunWorkers(WorkList& work, BatchScreen& screen, const Arguments& arguments)
 }  // namespace
 
 BatchResult RunBatch(const Arguments& arguments) {
-    const std::vector<std::string> words = WordsOf(arguments);
+    const std::vector<std::string> words = FilesOf(arguments);
     const fs::path& directory = *arguments.outDirectory;
     std::error_code error;
     fs::create_directories(directory, error);

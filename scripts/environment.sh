@@ -58,19 +58,31 @@ build_packages=(cmake ninja-build g++-mingw-w64-x86-64-posix libz-mingw-w64-dev 
 # For the picture formats of a native build.
 native_libraries=(libpng-dev libtiff-dev libjpeg62-turbo-dev zlib1g-dev)
 
-# Brings the plug-in and runfilter in build/windows up to date.
+# Brings the plug-in and runfilter in build/windows up to date. Only runfilter needs the picture libraries, so the plug-in is
+# built while they are.
 build_for_windows() {
-    local build=$root/build/windows tests=OFF
+    local tests=OFF build=$root/build/windows plugin=
     mkdir -p "$root/build"
-    build_picture_libraries
-    if [ ! -e "$build/build.ninja" ]; then
-        say "configuring"
+    if ! picture_libraries_are_built; then
+        build_without_libraries &
+        plugin=$!
+        build_picture_libraries
+        wait $plugin
+    fi
+    if [ ! -e "$build/build.ninja" ] || ! grep --quiet STAIRMELT_TOOLS:.*=ON "$build/CMakeCache.txt"; then
         # Only ./check installs GoogleTest.
         [ -d /usr/src/googletest ] && tests=ON
-        (cd "$root" && quietly build/configure.log cmake --preset windows -DSTAIRMELT_TESTS=$tests)
+        configure_windows -DSTAIRMELT_TESTS=$tests
     fi
     build_targets stairmelt runfilter
 }
+
+build_without_libraries() {
+    configure_windows -DSTAIRMELT_TOOLS=OFF
+    (cd "$root" && quietly build/build.log cmake --build --preset windows --target stairmelt hostkit)
+}
+
+configure_windows() { (cd "$root" && quietly build/configure.log cmake --preset windows "$@"); }
 
 # build_targets TARGET...: builds them for Windows. A terminal shows ninja's progress; a log gets a single line.
 build_targets() (

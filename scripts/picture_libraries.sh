@@ -67,11 +67,13 @@ build_library() {
         cmake --build "$folder/made" --target install
 }
 
+picture_libraries_are_built() { [ "$(cat "$root/build/libraries/stamp" 2>/dev/null)" = "$(libraries_stamp)" ]; }
+
 build_picture_libraries() {
     local made=$root/build/libraries
-    [ "$(cat "$made/stamp" 2>/dev/null)" != "$(libraries_stamp)" ] || return 0
+    ! picture_libraries_are_built || return 0
     install_missing "${build_packages[@]}"
-    say "building the picture libraries; this takes about half a minute"
+    say "building the picture libraries; this takes about a minute"
     mkdir -p "$root/build"
     # In a temporary folder, since compiler options and apt's settings can't handle a path with a blank.
     (

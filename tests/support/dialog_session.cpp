@@ -231,7 +231,13 @@ void DialogSession::PointAt(const POINT& place, HWND window) {
     POINT screen = place;
     ClientToScreen(window != nullptr ? window : dialog, &screen);
     SetCursorPos(screen.x, screen.y);
-    Settle();
+    // Under X the move also comes back as an event, and one that came after the next move would undo that for a moment.
+    // A pixel of the screen is an answer by the X server, which has sent the event by the second one. The dialog reads
+    // events when it has become idle.
+    const HDC dc = GetDC(nullptr);
+    for (int i = 0; i < 2; ++i) GetPixel(dc, 0, 0);
+    ReleaseDC(nullptr, dc);
+    for (int i = 0; i < 2; ++i) Settle();
 }
 
 DialogSession::Shot DialogSession::Photograph(HWND window) {

@@ -89,7 +89,4 @@ if __name__ == "__main__":
     KEY = rf"HKCU\Software\Wine\AppDefaults\{pathlib.Path(program).name}\X11 Driver"
     subprocess.run([wine, "reg", "add", KEY, "/v", "Managed", "/d", "N", "/f"], stdout=subprocess.DEVNULL, check=True)
     with VirtualDisplay() as display:
-        status = subprocess.run(sys.argv[1:], env=display.environment, check=False).returncode
-    if status not in (0, 1):
-        print(f"{program} ended with the status {status}", file=sys.stderr)
-    sys.exit(status)
+        sys.exit(subprocess.run(sys.argv[1:], env=display.environment, check=False).returncode)

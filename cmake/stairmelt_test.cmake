@@ -1,8 +1,7 @@
 # stairmelt_test(LABEL sources...): a test program with all cases of its label, since each start under Wine takes about a
 # third of a second. It is registered with ctest under the label and runs in tests/, where golden/ is.
 #
-# The code under test is compiled as the preset says. The tests themselves aren't optimised: they run for a moment, and
-# optimising them takes minutes.
+# The code under test is compiled as the preset says, but the tests aren't optimised: that takes minutes and saves little.
 function(stairmelt_test_options target)
     target_link_libraries(${target} PRIVATE project_options gtest)
     if(NOT MSVC)

@@ -73,8 +73,7 @@ double RunSilently(FakeHost& host, PluginMainProc pluginMain) {
     return SecondsSince(start);
 }
 
-// Runs with the dialog and returns the seconds after it: the clock restarts at each advance, and the last one follows
-// the dialog.
+// Runs with the dialog. Returns the seconds after it: the clock restarts at each advance, the last of which follows it.
 double RunWithDialog(FakeHost& host, PluginMainProc pluginMain) {
     Clock::time_point start = Clock::now();
     host.onAdvance = [&] {

@@ -25,7 +25,7 @@ struct ImageView {
 
 // The parameters of one kernel call. Needs to live only as long as the call.
 struct KernelJob {
-    int32_t colorThreshold;  // summed sample difference that makes an edge, on the 8-bit scale; 0..255 from the dialog
+    int32_t colorThreshold;  // summed difference that counts as an edge, on the 8-bit scale; 0..255 from the dialog
     int32_t softness;        // length of the ramps in percent; 0..100 from the dialog
     int32_t bias;            // percent of cube in the weight curve; negative mirrors it; 0..100 from the dialog
     void* reserved;          // null; no kernel reads it
@@ -40,6 +40,6 @@ struct KernelJob {
 // Results of a kernel. The last two leave the destination as it was.
 constexpr int32_t kKernelDone = 0;
 constexpr int32_t kKernelParameterError = 0x5041524D;  // 'PARM': the views differ in size, or no kernel has the key
-constexpr int32_t kKernelMemoryError = 0x214D454D;     // '!MEM': the memory for the flags could not be had
+constexpr int32_t kKernelMemoryError = 0x214D454D;     // '!MEM': not enough memory for the flags
 
 }  // namespace stairmelt

@@ -1,5 +1,5 @@
-// The instruction sets for which the kernels are compiled. A set is a type that says what a kernel's templates may use;
-// it is a part of the pixel format (pixel_format.h).
+// The instruction sets for which the kernels are compiled. A set is a type that defines what a kernel's templates may
+// use, and it is a part of the pixel format (pixel_format.h).
 //
 // Code that is compiled for several sets is in an inline namespace named after the set. Without it, the linker would
 // merge functions of the same name and might keep the one that an older machine can't run.

@@ -13,7 +13,7 @@ namespace stairmelt {
 // The kernels of one depth: one to four colour channels, each without and with opacity.
 using DepthKernels = std::array<Kernel, 8>;
 
-// Each is defined in a file of its own, compiled for its instruction set.
+// Each is defined in a separate file, compiled for its instruction set.
 extern const DepthKernels kPlainD8, kPlainD16, kPlainD32;
 extern const DepthKernels kBaselineD8, kBaselineD16, kBaselineD32;
 extern const DepthKernels kAvx2D8, kAvx2D16, kAvx2D32;

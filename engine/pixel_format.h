@@ -16,7 +16,7 @@ namespace stairmelt::inline STAIRMELT_SET {
 struct IntegerWeights {
     using Weight = int32_t;
     static constexpr Weight kWhole = 65535;
-    static constexpr Weight kHalf = 32767;   // a stair ramp moves a pixel at most half-way
+    static constexpr Weight kHalf = 32767;   // a stair ramp moves a pixel at most halfway
     static constexpr Weight kThird = 21844;  // start and scale of a diagonal's fade; not 65535 / 3, which is 21845
     static constexpr Weight kThreeQuarters = 49151;
     static constexpr Weight kOneSixth = 10922;

@@ -78,7 +78,7 @@ KernelJob ReadParameters(const KernelCase& format, ByteSource& bytes) {
     return job;
 }
 
-// One form of the kernel on the picture, in buffers of its own.
+// Runs one form of the kernel on the picture, in separate buffers.
 std::vector<uint8_t> Run(const char* name, Kernel kernel, const KernelCase& format, KernelJob job, Size size,
                          const std::vector<uint8_t>& pixels, ByteSource& bytes) {
     const std::string where =

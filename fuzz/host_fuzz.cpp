@@ -197,7 +197,7 @@ private:
                                  kKernelMemoryResult};
         Require(std::ranges::find(known, result) != std::end(known), name + ": result " + std::to_string(result));
         if (selector == kFilterSelectorStart && result == kNoErr) {
-            Require(!host_.pixels.IsAnythingAsked(), "a successful Start asks for more");
+            Require(!host_.pixels.IsAnythingAsked(), "a successful Start requests more");
             CheckPixels();
         }
         if (selector == kFilterSelectorFinish && host_.script.parameters.descriptor != played_) TakeScript();

@@ -12,7 +12,7 @@ VPoint ImageSize();
 // The bounds of the selection, or of the whole image.
 VRect FilterRect();
 
-// Sets what the next advance is asked to deliver. The planes are the caller's.
+// Request areas for the next advance. The caller sets the planes.
 void SetInputRect(const VRect& rect);
 void SetOutputRect(const VRect& rect);
 

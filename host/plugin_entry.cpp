@@ -44,7 +44,7 @@ void DoPrepare() {
     } else {
         DoParameters();
     }
-    // The plug-in has no buffers of its own and needs no memory reserved.
+    // The plug-in needs no memory reserved for it.
     gFilterRecord->maxSpace = 0;
     gFilterRecord->bufferSpace = 0;
 }

@@ -2,7 +2,7 @@
 //
 // The host loads the library and calls PluginMain once for each step of a run. From the menu, these are Parameters,
 // Prepare, Start and Finish; Continue isn't called, because Start completes the work. A repeat of the last filter omits
-// Parameters. About comes alone. A non-zero result of Parameters, Prepare or Start ends the run.
+// Parameters. About is sent on its own. A non-zero result of Parameters, Prepare or Start ends the run.
 //
 //   selector        locked during it                                   unlocked at its end
 //   1 Parameters    parameters and flag byte                           both

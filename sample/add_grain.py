@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Adds the light grain of a scan to a picture, the same in every run: add_grain.py IN OUT.
 
-Each sample changes by at most one step: invisible, but hardly any neighbours stay equal. Needs Pillow (Debian:
+Each sample changes by at most one step, which is invisible but leaves hardly any neighbours equal. Needs Pillow (Debian:
 python3-pil).
 """
 

@@ -1,4 +1,4 @@
-// What a visit of a pixel can do to the picture, as numbered kinds, and the record that asks for it. The planner
+// What a visit of a pixel can do to the picture, as numbered kinds, and the record that requests it. The planner
 // (block_planner.h) writes these records from the flags alone; the painter (painter.h) carries them out in one format.
 #pragma once
 
@@ -59,7 +59,7 @@ constexpr bool IsRestoringFade(int kind) {
     return IsFade(kind) && (kind - (kind < kTreadFade ? kRiserFade : kTreadFade)) % 2 != 0;
 }
 
-// A fade's blends and restores lie on different diagonals, so that they can be made one after the other.
+// A fade's blends and restores are on different diagonals, so that they can be made one after the other.
 constexpr bool IsBesideStaircase(const Diagonal& diagonal) {
     return diagonal.sourceX * diagonal.stepY != diagonal.sourceY * diagonal.stepX;
 }

@@ -73,7 +73,7 @@ struct ByteHalf {
     static constexpr int kColumns = 32;
     static constexpr int kBytes = kColumns * kSamples;
 
-    // Sums saturate at 255, which has to lie above the threshold.
+    // Sums saturate at 255, which has to be above the threshold.
     static bool Supports(int32_t threshold) { return threshold >= 0 && threshold < 255; }
     static __m256i Filled(int32_t threshold) { return _mm256_set1_epi8(static_cast<char>(threshold)); }
 

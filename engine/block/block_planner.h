@@ -167,7 +167,7 @@ private:
         measuredLengths = 0;
     }
 
-    // The bits of a block's pixels, from column x on, whose columns lie below `end`.
+    // The bits of a block's pixels, from column x on, whose columns are below `end`.
     static uint64_t ColumnsBelow(int32_t end, int32_t x) {
         const int32_t columns = end - x;
         if (columns <= 0) return 0;

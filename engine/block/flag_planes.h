@@ -199,7 +199,7 @@ private:
         return row + test.dy * planes.RowBytes() + PlaneOf(test.flag) * planes.PlaneBytes();
     }
 
-    // All tests within reach of the pixel lie in one 16-bit word of their row.
+    // All tests within reach of the pixel are in one 16-bit word of their row.
     uint32_t Bit(FlagTest test) const {
         static_assert(kGuardColumns == kReachColumns && 7 + 2 * kReachColumns < 16);
         uint16_t flags;

@@ -51,7 +51,7 @@ void StoreBytes(uint8_t* at, __m128i bytes) {
 // Each lane divided by 65535, truncated toward zero. Exact for every value: for 0 <= x <= 2^31 the quotient is
 // (x + 1 + (x >> 16)) >> 16.
 inline __m128i DivideBy65535(__m128i lanes) {
-    const __m128i x = _mm_abs_epi32(lanes);  // 2^31 stays as it is, and all that follows takes it as unsigned
+    const __m128i x = _mm_abs_epi32(lanes);  // 2^31 is unchanged; the code below treats it as unsigned
     const __m128i sum = _mm_add_epi32(_mm_add_epi32(x, _mm_set1_epi32(1)), _mm_srli_epi32(x, 16));
     return _mm_sign_epi32(_mm_srli_epi32(sum, 16), lanes);
 }

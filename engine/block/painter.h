@@ -89,7 +89,7 @@ private:
                          advance, 0};
     }
 
-    // The two parts of a fade lie on parallel diagonals and never change the same pixel: their order makes no
+    // The two parts of a fade are on parallel diagonals and never change the same pixel, so their order makes no
     // difference.
     void SetFade(int kind, const Diagonal& diagonal) {
         const int fromX = diagonal.pixelX + diagonal.sourceX, fromY = diagonal.pixelY + diagonal.sourceY;

@@ -19,7 +19,7 @@ struct CachedRamp {
     enum State : uint8_t {
         kUnknown,
         kTooLong,
-        kOutOfRange,  // a weight lies below 0 or above kWhole
+        kOutOfRange,  // a weight is below 0 or above kWhole
         kReady,
     };
 

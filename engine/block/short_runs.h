@@ -49,7 +49,7 @@ ShortRuns<Words> FindShortRuns(const FlagBlocks<Words>& block, Words hasEdge) {
     runs.isTwo = runs.any & ~isLong & ~oneWins & (first.IsTwo() | second.IsTwo());
     runs.isOne = runs.any & ~isLong & ~runs.isTwo;
 
-    // A walk back crosses the same cells and ends at the edge at the latest: a far run is never longer than the run. It
+    // A walk back crosses the same cells and doesn't pass the edge, so a far run is never longer than the run. It
     // consists of the continuing cells at its own end, unless its guard drops it.
     const auto notDropped = [&]<FlagTest kGuard, int kCells>() {
         return block.template Where<Not(Moved(kGuard, (kCells + 1) * dx, (kCells + 1) * dy))>();

@@ -1,7 +1,7 @@
 // One byte of flags for each pixel, which tell which neighbours it differs from. Every decision of the plain form
 // depends on these bytes; only BuildEdgeMap writes them.
 //
-// Cells stand in rows of `stride` bytes with a zeroed guard border around the image: a cell (x, y) may be read for x
+// Cells are in rows of `stride` bytes with a zeroed guard border around the image: a cell (x, y) may be read for x
 // from -4 to stride - 5, which is at least width, and for y from -1 to height. Walks and patterns read the border
 // instead of testing bounds: a zero cell stops every walk. As the stride is a multiple of 4, four cells from a column
 // that is a multiple of 4 may be read as one word.
@@ -26,7 +26,7 @@ public:
     // valid: a map without pixels consists of two guard rows.
     bool Allocate(int32_t width, int32_t height) {
         constexpr int64_t kLeftGuard = 4;   // cells; keeps column 0 aligned to a word
-        constexpr int64_t kRightGuard = 1;  // cells, at least
+        constexpr int64_t kRightGuard = 1;  // cells; the minimum
         constexpr int64_t kGuardRows = 2;   // one above, one below
         const int64_t rowWords = (width + kLeftGuard + kRightGuard + 3) / 4;
         if (rowWords < 0 || rowWords > INT32_MAX / 4 || height + kGuardRows < 0) return false;

@@ -1,5 +1,5 @@
-// The scan: visits every flagged pixel once, in row order, decides what kind of edge it stands at, and sends ramps,
-// fades, restores and single blends into the destination. All decisions depend on the edge map alone, which keeps the
+// The scan: visits every flagged pixel once, in row order, determines the kind of edge there, and applies ramps, fades,
+// restores and single blends to the destination. All decisions depend on the edge map alone, which keeps the
 // state of the unchanged image. A pixel that several visits change is mixed several times, and the order of the scan
 // fixes the result.
 #pragma once

@@ -1,7 +1,7 @@
 // Conditions on flags as notation. R(dx, dy) holds when flag R is set in the cell at that offset from the pixel at
 // hand, and so for D, X and A; Not inverts a condition. A Pattern is a list of conditions that must all hold.
 //
-// A condition is written once and read in two ways. At one pixel, a cursor's Holds(test) and Where<test>() say whether
+// A condition is written once and read in two ways. At one pixel, a cursor's Holds(test) and Where<test>() tell whether
 // it holds. For a block of pixels (engine/block/flag_block.h), Where<test>() has a bit for each pixel. Code that only
 // combines results of Where by & and | works for both.
 #pragma once

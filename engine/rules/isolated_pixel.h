@@ -23,8 +23,8 @@ void ForEachNeighbour(const ImageView& source, int32_t x, int32_t y, Visit visit
     if (y < source.height - 1) visit(at + static_cast<ptrdiff_t>(source.rowStride));
 }
 
-// With opacity, colours are averaged by opacity, and the opacity itself is averaged. The integer depths round to
-// nearest then, and the opacity is clamped to its range.
+// With opacity, colours are averaged by opacity, and the opacity itself is averaged. The integer depths then round to
+// nearest, and the opacity is clamped to its range.
 template <class Format>
 void AverageIsolatedPixel(const KernelJob& job, int32_t x, int32_t y, typename Format::Weight neighbourWeight) {
     using Colors = ColorsOf<Format>;

@@ -133,8 +133,8 @@ BlendTarget<Format> LoadBlendTarget(const uint8_t* at) {
 }
 
 // The mix of two pixels whose opacities differ. The target's share of the resulting opacity is the weight of its
-// colour, so that a nearly transparent pixel gives up its colour readily and an opaque one takes little from a faint
-// neighbour. Where no opacity results, the colours stay.
+// colour, so that a nearly transparent pixel changes its colour readily and an opaque one takes little from a faint
+// neighbour. If the resulting opacity is 0, the colours are unchanged.
 template <class Format>
 void MixDifferentOpacities(uint8_t* at, const BlendTarget<Format>& target, typename Format::Weight opacity,
                            typename Format::Weight weight) {

@@ -1,4 +1,4 @@
-// The ramp: the weight at each pixel as a walk moves away from an edge, and the bias curve that bends it. Every
+// The ramp: the weight at each pixel as a walk moves away from an edge, and the bias curve that shapes it. Every
 // operation is fixed to the bit. Depths 8 and 16 use the integer form, depth 32 the floating-point form; in both,
 // single-precision operations round one by one, in the order written.
 #pragma once
@@ -37,7 +37,7 @@ typename Weights::Weight RampStep(int32_t softness, int32_t length) {
     }
 }
 
-// Leaves an edge along a run of n pixels; moves a pixel half-way at most, since the ramp on the other side does the
+// Leaves an edge along a run of n pixels. Moves a pixel at most halfway, since the ramp on the other side does the
 // same.
 template <class Weights>
 BlendRamp<Weights> StairRamp(int32_t softness, int32_t n, int32_t bias) {
@@ -81,8 +81,8 @@ typename Weights::Weight NextRampWeight(BlendRamp<Weights>& ramp) {
     }
 }
 
-// The most pixels that the rest of a walk can take. A floating-point weight rounds at every fall, by 2^-24 of itself at
-// most: while the quotient is below 2^20 that takes less than a sixteenth from a fall, and an eighth more falls are
+// The maximum number of pixels in the rest of a walk. A floating-point weight rounds at every fall, by at most 2^-24 of
+// itself: while the quotient is below 2^20, that takes less than a sixteenth from a fall, and an eighth more falls are
 // enough.
 template <class Weights>
 int32_t MaxPixels(const BlendRamp<Weights>& ramp) {

@@ -12,13 +12,13 @@
 
 namespace stairmelt::inline STAIRMELT_SET {
 
-// One walk along a side of the line on which a run lies. Offsets of guard and confirmation are from the pixel at which
+// One walk along a side of the line of a run. Offsets of guard and confirmation are from the pixel at which
 // the scanner was called, those of the break tests from the walk's current cell.
 struct Walk {
     FlagTest guard;         // set: the walk is dropped
     FlagTest breakIfSet;    // the walk stops before a cell where this is set
     FlagTest breakIfClear;  // or this is clear
-    FlagTest confirmation;  // a run of kLongRun or more counts only if this is set: the stair goes on the other way
+    FlagTest confirmation;  // a run of kLongRun or more counts only if this is set: the stair continues the other way
 };
 
 struct RunScanner {
@@ -85,7 +85,7 @@ auto WalkCounts(const Block& block) {
 // A run, and the one that leaves the edge at its far end on the way back.
 struct RunPair {
     int32_t length;     // 0: there is no run, nor a far one
-    int32_t farLength;  // 0: none, also where the far end lies outside the image
+    int32_t farLength;  // 0: none, or the far end is outside the image
 };
 
 // A line one pixel thick shows both of its sides along the walk.

@@ -1,5 +1,5 @@
 // The softness of the ramp that leaves an edge along a run. It depends on how the edge turns at the far end, and on
-// whether a dot of 2 by 2 pixels stands beside it.
+// whether there is a dot of 2 by 2 pixels beside it.
 #pragma once
 
 #include <cstdint>
@@ -22,8 +22,8 @@ template <class Flags>
 bool CornerTest(RunDirection side, int32_t x, int32_t y, int32_t width, int32_t height, Flags& flags) {
     const bool isRight = side == RunDirection::kRight, isDown = side == RunDirection::kDown;
     if ((isRight && x >= width - 1) || (isDown && y >= height - 1)) return false;
-    // Where exactly one of the two cells beside the edge has a flag across it, the edge lies at a corner, and the cell
-    // that has it says on which row or column of the dot the edge lies. Guard cells before it aren't tested.
+    // If exactly one of the two cells beside the edge has a flag across it, the edge is at a corner, and the cell with
+    // the flag determines which row or column of the dot the edge is on. Guard cells before it aren't tested.
     const auto at = CursorAt(flags, x, y);
     if (side == RunDirection::kLeft || isRight) {
         const FlagTest first = D(isRight ? 1 : 0, 0);
@@ -37,8 +37,8 @@ bool CornerTest(RunDirection side, int32_t x, int32_t y, int32_t width, int32_t 
     return IsolatedBlock::Holds(CursorAt(flags, isFirst ? x - 1 : x, isDown ? y + 1 : y - 1));
 }
 
-// In place of a run's far length, where a 45-degree edge belongs to a dot of 2 by 2 pixels, or lies one row or column
-// beside one.
+// Replaces a run's far length if a 45-degree edge belongs to a dot of 2 by 2 pixels, or is one row or column beside
+// one.
 constexpr int32_t kWithinDot = -1;
 constexpr int32_t kBesideDot = -2;
 
@@ -55,8 +55,8 @@ int32_t FarLengthAtDot(RunDirection direction, int32_t x, int32_t y, int32_t wid
     return 1;
 }
 
-// The softness of a run's stair ramp. Where the next run is shorter than this one, the edge is turning and the softness
-// grows; where it is longer, it falls, and may come out zero or negative.
+// The softness of a run's stair ramp. If the next run is shorter than this one, the edge is turning and the softness
+// grows. If it is longer, the softness falls and may become zero or negative.
 constexpr int32_t RunSoftness(int32_t softness, const RunPair& run) {
     if (run.farLength == 0) return softness;
     if (run.farLength == kWithinDot) return WrapMul(softness, 10) / 100;

@@ -1,6 +1,6 @@
 // What a visit does to single pixels, and the patterns of flags that decide on it. The tables are complete as they
 // stand: they aren't symmetric, and no mirrored forms exist. The tests of a pattern are ordered so that one fails
-// before any that lies beyond the guard border.
+// before any that is beyond the guard border.
 #pragma once
 
 #include <array>
@@ -92,7 +92,7 @@ using Sixth6 = BlendRule<Sixth(-1, 1, 0, 1), D(0, 0), R(-1, 0), R(-1, 1), Not(D(
 using Sixth7 = BlendRule<Sixth(1, 0, 0, 0), D(0, 0), R(0, 0), R(0, 1), Not(D(1, 0)), Not(A(0, -1))>;
 using Sixth8 = BlendRule<Sixth(1, 1, 0, 1), D(0, 0), R(0, 0), R(0, 1), Not(D(1, 0)), Not(X(0, 1))>;
 
-// A straight piece of edge two pixels long stands at the pixel: diagonals may leave its ends.
+// There is a straight piece of edge two pixels long at the pixel: diagonals may leave its ends.
 using StraightRiser = Pattern<R(0, 0), R(0, 1), Not(D(0, 0)), Not(D(1, 0))>;
 using StraightTread = Pattern<D(0, 0), D(-1, 0), Not(R(-1, 0)), Not(R(-1, 1))>;
 
@@ -103,7 +103,7 @@ auto IsRightEdgeCut(const At& at) {
            (at.template Where<X(0, 0)>() | at.template Where<X(0, -1)>());
 }
 
-// All four sides of the pixel are edges, or three of them, and the diagonals say that its colour doesn't continue past
+// All four sides of the pixel are edges, or three of them, and the diagonals show that its colour doesn't continue past
 // its corners.
 template <class At>
 auto IsLonePixelOrSpikeTip(const At& at) {

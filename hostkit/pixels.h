@@ -2,8 +2,8 @@
 // and its output is copied back at the next advance.
 //
 // Each delivery uses new addresses and different row bytes, with guarded padding after each row, and frees the previous
-// buffers. A request beyond the image or its planes is refused: this host doesn't pad. If host.checksPixels is false, a
-// request for the whole image gets the document's own samples instead of a copy.
+// buffers. A request beyond the image or its planes is refused: this host doesn't pad. If host.checksPixels is false
+// and there is no selection, a request for the whole image gets the document's own samples instead of a copy.
 #pragma once
 
 #include <cstdint>

@@ -105,11 +105,11 @@ prepare_wine() {
     export WINEDEBUG=-all
     export WINEDLLOVERRIDES="mscoree,mshtml=;winemenubuilder.exe=d"
     export LC_ALL=C.UTF-8
-    keep_heaps_at_rest
+    set_fixed_layout
     if [ ! -e "$WINEPREFIX/system.reg" ]; then
         say "preparing Wine in $WINEPREFIX"
         mkdir -p "$WINEPREFIX"
-        quietly "$root/build/wine.log" "${at_rest[@]}" wineboot --init </dev/null
+        quietly "$root/build/wine.log" "${fixed_layout[@]}" wineboot --init </dev/null
         # The prefix is complete once the server has written it to disk.
         wineserver --wait
     fi
@@ -125,11 +125,11 @@ set_dialog_font() {
     local fonts=$WINEPREFIX/drive_c/windows/Fonts font=sserife.fon name
     [ ! -e "$fonts/$font" ] || return 0
     for name in Tahoma "MS UI Gothic"; do
-        quietly "$root/build/wine.log" "${at_rest[@]}" wine reg add 'HKCU\Software\Wine\Fonts\Replacements' \
+        quietly "$root/build/wine.log" "${fixed_layout[@]}" wine reg add 'HKCU\Software\Wine\Fonts\Replacements' \
             /v "$name" /d "MS Sans Serif" /f </dev/null
     done
     # It has no kana. Wine takes them from fonts-noto-cjk, and shows boxes if that isn't installed.
-    quietly "$root/build/wine.log" "${at_rest[@]}" wine reg add \
+    quietly "$root/build/wine.log" "${fixed_layout[@]}" wine reg add \
         'HKLM\Software\Microsoft\Windows NT\CurrentVersion\FontLink\SystemLink' \
         /v "MS Sans Serif" /t REG_MULTI_SZ /d "NotoSansCJK-Regular.ttc,Noto Sans CJK JP" /f </dev/null
     cp "/usr/share/wine/fonts/$font" "$fonts"
@@ -138,13 +138,13 @@ set_dialog_font() {
     wineserver --wait
 }
 
-# Sets $at_rest, a prefix for commands that start Windows programs. Debian's Wine is loaded below 2^31 and needs the page
+# Sets $fixed_layout, a prefix for commands that start Windows programs. Debian's Wine is loaded below 2^31 and needs the page
 # at 0x7FFE0000. Newer kernels move a program's heap up by a random part of a gigabyte. About once in a few thousand starts
 # the heap covers that page, and Wine exits with status 1 and no message. The prefix turns the randomness off where that is
 # allowed, which it isn't in some containers.
-keep_heaps_at_rest() {
-    at_rest=(setarch --addr-no-randomize)
-    "${at_rest[@]}" true 2>/dev/null || at_rest=()
+set_fixed_layout() {
+    fixed_layout=(setarch --addr-no-randomize)
+    "${fixed_layout[@]}" true 2>/dev/null || fixed_layout=()
 }
 
 # Debian's Wine stops its server after the last program, and a program that starts at that moment fails ("recvmsg:
@@ -153,5 +153,5 @@ keep_heaps_at_rest() {
 # by a program without output.
 keep_wine_running() {
     wineserver --persistent=300 </dev/null >/dev/null 2>&1 || [ $? = 2 ]
-    quietly "$root/build/wine.log" "${at_rest[@]}" wine cmd /c exit </dev/null
+    quietly "$root/build/wine.log" "${fixed_layout[@]}" wine cmd /c exit </dev/null
 }

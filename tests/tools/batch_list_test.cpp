@@ -79,7 +79,7 @@ TEST(BatchAnswers, TravelAsLines) {
         EXPECT_EQ(same->isSmoothed, answer.isSmoothed);
         EXPECT_EQ(same->values, answer.values);
         EXPECT_EQ(same->changedPixels, answer.changedPixels);
-        EXPECT_EQ(same->words, answer.words);
+        EXPECT_EQ(same->message, answer.message);
     }
     EXPECT_EQ(AnswerLine({false, "", 0, "one\ntwo\n"}), "failed\t\t\tone; two");
     for (const char* other : {"", "smoothed\t\t5", "smoothed\t\tx\t", "failed\t\t1\t", "hello\t\t\t"})

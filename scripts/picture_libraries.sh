@@ -56,14 +56,15 @@ unpack_source() (
 )
 
 # build_library FOLDER OPTION...: builds and installs the library in FOLDER/tree. libpng and libtiff include windows.h
-# everywhere, and reading it takes longer than compiling most of their files. Defining its include guard keeps it out.
+# everywhere, and reading it takes longer than compiling most of their files. Defining its include guard keeps it out. Full
+# optimisation would nearly double the time.
 build_library() {
     local folder=$1
     shift
     cmake -S "$folder/tree" -B "$folder/made" -G Ninja -DCMAKE_BUILD_TYPE=Release \
         -DCMAKE_TOOLCHAIN_FILE="$root/cmake/mingw-w64.cmake" -DSTAIRMELT_LIBRARIES="$work/installed" \
         -DCMAKE_INSTALL_PREFIX="$work/installed" -DBUILD_SHARED_LIBS=OFF \
-        -DZLIB_USE_STATIC_LIBS=ON -DCMAKE_C_FLAGS_RELEASE="-O2 -DNDEBUG -D_WINDOWS_ -ffile-prefix-map=$folder=." "$@" &&
+        -DZLIB_USE_STATIC_LIBS=ON -DCMAKE_C_FLAGS_RELEASE="-O1 -DNDEBUG -D_WINDOWS_ -ffile-prefix-map=$folder=." "$@" &&
         cmake --build "$folder/made" --target install
 }
 

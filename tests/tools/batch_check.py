@@ -118,7 +118,8 @@ class Batch(ToolCase):
         text = os.read(reading, 1 << 16).decode("utf-8")
         for stream in (reading, writing):
             os.close(stream)
-        self.assertRegex(text, r"\[#{30}\] 3 of 3, [0-9.]+ per second, 0:00 left")
+        # Blanks, or what Wine makes of them, cover the end of a longer bar.
+        self.assertRegex(text, r"\[#{30}\] 3 of 3, [0-9.]+ per second, 0:00 left(  |\x1b\[K)")
         self.assertIn("3 pictures: 3 smoothed; ", text)
         self.assertNotIn("pixels changed", text)
 

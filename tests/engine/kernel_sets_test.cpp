@@ -53,6 +53,8 @@ Case RandomCase(const KernelCase& format, int round, SeededRandom& random) {
     }
     if (round % 13 == 5) result.values.colorThreshold = 255;
     if (round % 11 == 0) result.values = {random.Wild(), random.Wild(), random.Wild()};  // a script's
+    // The same softness where ramps end away from the image's border.
+    if (round % 14 == 8) result.values.softness = random.Wild();
     return result;
 }
 

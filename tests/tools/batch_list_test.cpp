@@ -72,14 +72,10 @@ TEST(BatchLines, AreTakenWithoutWhatSurroundsThem) {
 }
 
 TEST(BatchAnswers, TravelAsLines) {
-    const BatchAnswer answers[] = {{true, "bias 1", 123456, ""}, {true, "", 0, "one\ttwo"}, {false, "", 0, "a: b"}};
-    for (const BatchAnswer& answer : answers) {
-        const std::optional<BatchAnswer> same = ParseAnswer(AnswerLine(answer));
-        ASSERT_TRUE(same.has_value());
-        EXPECT_EQ(same->isSmoothed, answer.isSmoothed);
-        EXPECT_EQ(same->values, answer.values);
-        EXPECT_EQ(same->changedPixels, answer.changedPixels);
-        EXPECT_EQ(same->message, answer.message);
+    for (const std::string line : {"smoothed\tbias 1\t123456\t", "smoothed\t\t0\tone\ttwo", "failed\t\t\ta: b"}) {
+        const std::optional<BatchAnswer> answer = ParseAnswer(line);
+        ASSERT_TRUE(answer.has_value()) << line;
+        EXPECT_EQ(AnswerLine(*answer), line);
     }
     EXPECT_EQ(AnswerLine({false, "", 0, "one\ntwo\n"}), "failed\t\t\tone; two");
     for (const char* other : {"", "smoothed\t\t5", "smoothed\t\tx\t", "failed\t\t1\t", "hello\t\t\t"})

@@ -10,6 +10,7 @@ namespace {
 
 TEST(HostSamples, EndsMeetAndHostValuesComeBack) {
     EXPECT_EQ(ToHostSample(0), 0);
+    EXPECT_EQ(ToHostSample(65534), 32767) << "rounded to nearest";
     EXPECT_EQ(FromHostSample(32768), 65535);
     EXPECT_EQ(FromHostSample(65535), 65535);
     for (uint32_t host = 0; host <= 32768; ++host) {

@@ -5,7 +5,6 @@ The files are written and read by PIL and tifffile, which share nothing with the
 """
 
 import os
-import pathlib
 import re
 import struct
 import subprocess
@@ -18,7 +17,9 @@ import tifffile
 from PIL import Image, ImageCms, PngImagePlugin
 from PIL.TiffImagePlugin import IFDRational
 
-COMMAND = []  # the program under test, with its emulator before it
+sys.dont_write_bytecode = True  # nothing is to appear among the sources
+from tool_case import COMMAND, ToolCase
+
 # No difference of samples reaches it at any depth, and it is small enough for the 16-bit scale.
 TOO_HIGH = ("--threshold", "4096")
 PROFILE = ImageCms.ImageCmsProfile(ImageCms.createProfile("sRGB")).tobytes()
@@ -46,12 +47,7 @@ def exif(orientation):
     return block
 
 
-class RunFilter(unittest.TestCase):
-    def setUp(self):
-        directory = tempfile.TemporaryDirectory()
-        self.addCleanup(directory.cleanup)
-        self.directory = pathlib.Path(directory.name)
-
+class RunFilter(ToolCase):
     def write(self, name, data):
         (self.directory / name).write_bytes(data)
 
@@ -81,17 +77,6 @@ class RunFilter(unittest.TestCase):
 
     def read(self, name):
         return (self.directory / name).read_bytes()
-
-    def run_tool(self, *words, **options):
-        """Exit status, output and error lines. Files stand in for pipes, which Wine's services would keep open."""
-        with tempfile.TemporaryFile() as out, tempfile.TemporaryFile() as err:
-            status = subprocess.run([*COMMAND, "--settings", "values/settings", *words], cwd=self.directory, stdout=out,
-                                    stderr=err, timeout=120, check=False, **options).returncode
-            texts = []
-            for stream in (out, err):
-                stream.seek(0)
-                texts.append(stream.read().decode("utf-8").replace("\r\n", "\n").splitlines())
-        return status, *texts
 
     def smooth(self, *words):
         status, out, err = self.run_tool(*words)
@@ -376,6 +361,6 @@ class RunFilter(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    COMMAND = sys.argv[1:]
+    COMMAND[:] = sys.argv[1:]
     os.environ.update({"LC_ALL": "C.UTF-8", "WINEDEBUG": "-all"})
     unittest.main(argv=sys.argv[:1])

@@ -78,6 +78,14 @@ TEST_F(PaneGestures, ButtonsClimbTheLadder) {
     // The view's centre has stayed: 480 x 360 pane pixels at 16 per image pixel.
     EXPECT_SHOWN(0, 0, 335, 288);
     EXPECT_SHOWN(479, 359, 364, 311);
+    Close(IDCANCEL);
+
+    // From 750 percent to 800, neither the filtered nor the displayed part of this image changes its size.
+    ASSERT_TRUE(OpenPicture(64, 48));
+    PointAt(kPaneMiddle);
+    Send(WM_LBUTTONDBLCLK);
+    ClickOn(IDC_ZOOM_IN);
+    EXPECT_SHOWN(0, 0, 2, 1);
 }
 
 TEST_F(PaneGestures, WheelZoomsInsideThePaneAndStepsOutside) {

@@ -53,12 +53,22 @@ def cross_headers():
 NOT_FOR_CLANG = re.compile(r' -(fno-ipa-ra|fno-threadsafe-statics|Wno-subobject-linkage)\b')
 
 
+def contents_of(path):
+    """The sources in a file that holds several, or the file itself."""
+    if path.suffix != ".cxx":
+        return {path}
+    return {pathlib.Path(name) for name in INCLUDED.findall(path.read_text(encoding="utf-8"))}
+
+
 def commands_for_clang(build):
-    """Makes a folder with the build's compile_commands.json without those options."""
+    """Makes a folder with the build's compile_commands.json without those options, and with each source by itself."""
     folder = build / "static-analysis"
     folder.mkdir(exist_ok=True)
-    text = (build / "compile_commands.json").read_text(encoding="utf-8")
-    (folder / "compile_commands.json").write_text(NOT_FOR_CLANG.sub("", text), encoding="utf-8")
+    entries = json.loads(NOT_FOR_CLANG.sub("", (build / "compile_commands.json").read_text(encoding="utf-8")))
+    for entry in entries[:]:
+        for name in contents_of(pathlib.Path(entry["file"])) - {pathlib.Path(entry["file"])}:
+            entries.append(dict(entry, file=str(name), command=entry["command"].replace(entry["file"], str(name))))
+    (folder / "compile_commands.json").write_text(json.dumps(entries), encoding="utf-8")
 
 
 def sources(native, windows, only):
@@ -72,11 +82,10 @@ def sources(native, windows, only):
                 continue
             if path.relative_to(home).parts[0] not in FOLDERS or (KERNELS.match(path.name) and path.name not in KERNELS_READ):
                 continue
-            contents = {path}
-            if path.suffix == ".cxx":
-                contents = {pathlib.Path(name) for name in INCLUDED.findall(path.read_text(encoding="utf-8"))}
+            contents = contents_of(path)
             if not contents <= seen and (not only or any(str(name).endswith(only) for name in contents)):
-                files.append((path, build, build == windows))
+                # Most of what a native file holds has been checked for Windows.
+                files += [(file, build, build == windows) for file in ([path] if build == windows else contents - seen)]
             seen |= contents
     return sorted(files, key=lambda s: s[0].suffix, reverse=True)
 

@@ -72,7 +72,7 @@ class Batch(ToolCase):
         self.assertRegex(out[-1], r"^10 pictures: 4 smoothed, 6 failed; ")
         told = "\n".join(sorted(err))
         self.assertRegex(told, r"(?s)runfilter: in/001\.png: (?!in)[^\n]*damaged.*runfilter: in/\?\.png: its name isn't UTF-8.*"
-                               r"runfilter: in/inks\.tif: .*no mode.*runfilter: in/odd\.gif: not a PNG.*"
+                               r"runfilter: in/inks\.tif: .*no image mode.*runfilter: in/odd\.gif: not a PNG.*"
                                r"runfilter: none\*: no file matches.*runfilter: out/003\.png: is write-protected")
         self.assertEqual(len(err), 6, err)
         self.assertEqual(sorted(self.results("out")), ["000.png", "002.png", "003.png", "004.png", "005.png"])

@@ -121,7 +121,7 @@ def main(native, windows, *only):
     start = time.monotonic()
     findings, times, done = [], {}, 0
     if not sys.stderr.isatty():
-        print(f"checking {len(files)} files; about {len(files) * 6} seconds on two cores", file=sys.stderr, flush=True)
+        print(f"checking {len(files)} files; about {len(files) * 3} seconds on two cores", file=sys.stderr, flush=True)
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
         jobs = {pool.submit(tidy, s, headers): ("clang-tidy", s) for s in files}
         # cppcheck can't parse the template lambdas in the kernels.

@@ -15,39 +15,29 @@ namespace stairmelt {
 
 using Kernel = int32_t (*)(const KernelJob& job);
 
-// Chooses the form that runs. channels: 1..4; depth: 8, 16 or 32; extra: 0 or 1.
-int32_t Smooth(int channels, int depth, int extra, const KernelJob& job);
-
-template <int kChannels, int kDepth, int kExtra>
-int32_t SmoothFormat(const KernelJob& job) {
-    return Smooth(kChannels, kDepth, kExtra, job);
-}
-
-constexpr Kernel SmoothC1D8 = SmoothFormat<1, 8, 0>;
-constexpr Kernel SmoothC1D8A = SmoothFormat<1, 8, 1>;
-constexpr Kernel SmoothC2D8 = SmoothFormat<2, 8, 0>;
-constexpr Kernel SmoothC2D8A = SmoothFormat<2, 8, 1>;
-constexpr Kernel SmoothC3D8 = SmoothFormat<3, 8, 0>;
-constexpr Kernel SmoothC3D8A = SmoothFormat<3, 8, 1>;
-constexpr Kernel SmoothC4D8 = SmoothFormat<4, 8, 0>;
-constexpr Kernel SmoothC4D8A = SmoothFormat<4, 8, 1>;
-
-constexpr Kernel SmoothC1D16 = SmoothFormat<1, 16, 0>;
-constexpr Kernel SmoothC1D16A = SmoothFormat<1, 16, 1>;
-constexpr Kernel SmoothC2D16 = SmoothFormat<2, 16, 0>;
-constexpr Kernel SmoothC2D16A = SmoothFormat<2, 16, 1>;
-constexpr Kernel SmoothC3D16 = SmoothFormat<3, 16, 0>;
-constexpr Kernel SmoothC3D16A = SmoothFormat<3, 16, 1>;
-constexpr Kernel SmoothC4D16 = SmoothFormat<4, 16, 0>;
-constexpr Kernel SmoothC4D16A = SmoothFormat<4, 16, 1>;
-
-constexpr Kernel SmoothC1D32 = SmoothFormat<1, 32, 0>;
-constexpr Kernel SmoothC1D32A = SmoothFormat<1, 32, 1>;
-constexpr Kernel SmoothC2D32 = SmoothFormat<2, 32, 0>;
-constexpr Kernel SmoothC2D32A = SmoothFormat<2, 32, 1>;
-constexpr Kernel SmoothC3D32 = SmoothFormat<3, 32, 0>;
-constexpr Kernel SmoothC3D32A = SmoothFormat<3, 32, 1>;
-constexpr Kernel SmoothC4D32 = SmoothFormat<4, 32, 0>;
-constexpr Kernel SmoothC4D32A = SmoothFormat<4, 32, 1>;
+int32_t SmoothC1D8(const KernelJob& job);
+int32_t SmoothC1D8A(const KernelJob& job);
+int32_t SmoothC2D8(const KernelJob& job);
+int32_t SmoothC2D8A(const KernelJob& job);
+int32_t SmoothC3D8(const KernelJob& job);
+int32_t SmoothC3D8A(const KernelJob& job);
+int32_t SmoothC4D8(const KernelJob& job);
+int32_t SmoothC4D8A(const KernelJob& job);
+int32_t SmoothC1D16(const KernelJob& job);
+int32_t SmoothC1D16A(const KernelJob& job);
+int32_t SmoothC2D16(const KernelJob& job);
+int32_t SmoothC2D16A(const KernelJob& job);
+int32_t SmoothC3D16(const KernelJob& job);
+int32_t SmoothC3D16A(const KernelJob& job);
+int32_t SmoothC4D16(const KernelJob& job);
+int32_t SmoothC4D16A(const KernelJob& job);
+int32_t SmoothC1D32(const KernelJob& job);
+int32_t SmoothC1D32A(const KernelJob& job);
+int32_t SmoothC2D32(const KernelJob& job);
+int32_t SmoothC2D32A(const KernelJob& job);
+int32_t SmoothC3D32(const KernelJob& job);
+int32_t SmoothC3D32A(const KernelJob& job);
+int32_t SmoothC4D32(const KernelJob& job);
+int32_t SmoothC4D32A(const KernelJob& job);
 
 }  // namespace stairmelt

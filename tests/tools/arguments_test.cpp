@@ -40,11 +40,14 @@ TEST(Arguments, ManyPicturesGoWithADirectory) {
 }
 
 TEST(Arguments, RefusesWhatItDoesNotUnderstand) {
-    for (const std::string line : {"a",
+    for (const std::string line : {"",
+                                   "a",
                                    "a b c",
                                    "a b --bias",
                                    "--bias -- a b",
                                    "a b --dialog=1",
+                                   "a b --bias=",
+                                   "a b --bias 1.5",
                                    "a b --bias 2147483648",
                                    "a b --bias 7x",
                                    "a b -t",
@@ -57,6 +60,7 @@ TEST(Arguments, RefusesWhatItDoesNotUnderstand) {
                                    "--out",
                                    "--out dir a --dialog",
                                    "--out dir a --repeat 3",
+                                   "--out dir a --jobs 0",
                                    "--out dir a --jobs 65",
                                    "a b --jobs 2",
                                    "a b --skip-existing",

@@ -1,6 +1,6 @@
 // An 8-bit RGB picture and hard-edged primitives for drawing the benchmark's pictures: a pixel belongs to a shape if
-// its centre does. Coordinates are in pixels and grow right and down; pixel (x, y) covers the square from (x, y) to (x
-// + 1, y + 1). Everything is clipped to the canvas.
+// its centre does. Coordinates are in pixels and grow right and down; pixel (x, y) covers the square from (x, y) to
+// (x + 1, y + 1). Everything is clipped to the canvas.
 #pragma once
 
 #include <cstddef>

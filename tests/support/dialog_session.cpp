@@ -231,9 +231,9 @@ void DialogSession::PointAt(const POINT& place, HWND window) {
     POINT screen = place;
     ClientToScreen(window != nullptr ? window : dialog, &screen);
     SetCursorPos(screen.x, screen.y);
-    // Under X the move also comes back as an event, and one that came after the next move would undo that for a moment.
-    // A pixel of the screen is an answer by the X server, which has sent the event by the second one. The dialog reads
-    // events when it has become idle.
+    // Under X, the move also comes back as an event, which would briefly undo the next move if it arrived after that.
+    // Each pixel read from the screen is a reply of the X server, which has sent the event by the second one. The
+    // dialog handles it once it is idle.
     const HDC dc = GetDC(nullptr);
     for (int i = 0; i < 2; ++i) GetPixel(dc, 0, 0);
     ReleaseDC(nullptr, dc);

@@ -7,6 +7,8 @@
 #include <cassert>
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
+#include <iterator>
 
 #include "engine/rules/diagonal_rules.h"
 #include "engine/rules/run_rules.h"
@@ -15,23 +17,25 @@
 
 namespace stairmelt::inline STAIRMELT_SET {
 
+// The runs that are recognised without being measured: most of all.
+constexpr RunPair kShortRuns[] = {{1, 0}, {1, 1}, {2, 0}, {2, 1}, {2, 2}};
+constexpr int kShortRunKinds = static_cast<int>(std::size(kShortRuns));
+constexpr int kRunKinds = kShortRunKinds + 1;
+
 // In the order in which a visit does them.
 enum ActionKind : uint8_t {
     // The right edge.
-    kLeftRun,
-    kLeftTail,
-    kRightRun,
-    kRightTail,
-    kRiserFade,  // four, by kRiserDiagonals: of each the blends, then the restores
+    kLeftRun,  // by kShortRuns, then one for the others and for tails; so in each direction
+    kRightRun = kLeftRun + kRunKinds,
+    kRiserFade = kRightRun + kRunKinds,  // four pairs, by kRiserDiagonals: of two cells, of more
     kContactRightBlend = kRiserFade + 8,
     kContactLeftBlend,
-    kRestoreRight,  // three, by the rules' order
+    kContactBlends,  // both
+    kRestoreRight,   // three, by the rules' order
     // The bottom edge.
     kUpRun = kRestoreRight + 3,
-    kUpTail,
-    kDownRun,
-    kDownTail,
-    kTreadFade,  // four, by kTreadDiagonals
+    kDownRun = kUpRun + kRunKinds,
+    kTreadFade = kDownRun + kRunKinds,  // four pairs, by kTreadDiagonals
     kRestoreDown = kTreadFade + 8,
     kRestoreCorner = kRestoreDown + 3,
     // The corners.
@@ -39,24 +43,15 @@ enum ActionKind : uint8_t {
     kRestoreMostAbove,  // the first rule's pixel
     kRestoreMostHere,   // that of the other rules, which share one blend
     kSixth,             // eight
-    kActionKinds = kSixth + 8,
+    kDecidedKinds = kSixth + 8,
+    // Each after the fade of the same diagonal, if that restores: eight, by kRiserDiagonals, then by kTreadDiagonals.
+    kFadeRestore = kDecidedKinds,
+    kActionKinds = kFadeRestore + 8,
 };
+constexpr ActionKind kRunsOf[4] = {kLeftRun, kRightRun, kUpRun, kDownRun};  // by RunDirection
 
-// Runs and tails are numbered in the order of directions.
-constexpr bool IsRunOrTail(int kind) { return kind < kRiserFade || (kind >= kUpRun && kind < kTreadFade); }
-constexpr bool IsTail(int kind) { return kind < kUpRun ? kind % 2 != 0 : (kind - kUpRun) % 2 != 0; }
-constexpr const RunScanner& ScannerOf(int kind) {
-    return kDirections[kind < kUpRun ? kind / 2 : 2 + (kind - kUpRun) / 2].forth;
-}
-constexpr bool IsFade(int kind) {
-    return (kind >= kRiserFade && kind < kContactRightBlend) || (kind >= kTreadFade && kind < kRestoreDown);
-}
-// For fades: the diagonal, and whether this is the part that restores.
-constexpr const Diagonal& DiagonalOf(int kind) {
-    return kind < kTreadFade ? kRiserDiagonals[(kind - kRiserFade) / 2] : kTreadDiagonals[(kind - kTreadFade) / 2];
-}
-constexpr bool IsRestoringFade(int kind) {
-    return IsFade(kind) && (kind - (kind < kTreadFade ? kRiserFade : kTreadFade)) % 2 != 0;
+constexpr const Diagonal& DiagonalOf(int number) {
+    return number < 4 ? kRiserDiagonals[number] : kTreadDiagonals[number - 4];
 }
 
 // A fade's blends and restores are on different diagonals, so that they can be made one after the other.
@@ -66,26 +61,22 @@ constexpr bool IsBesideStaircase(const Diagonal& diagonal) {
 static_assert(std::all_of(kRiserDiagonals, kRiserDiagonals + 4, IsBesideStaircase) &&
               std::all_of(kTreadDiagonals, kTreadDiagonals + 4, IsBesideStaircase));
 
-// What the decisions know about runs of one and two cells: three bits for each direction, in the order left, right, up,
-// down. They are also the number of the run's ramp.
-enum RunFact { kHasTwoCells, kFarIsOne, kFarIsTwo, kRunFacts };
-constexpr int kShortRuns = 1 << kRunFacts;
-constexpr RunPair ShortRun(int facts) { return {(facts >> kHasTwoCells & 1) + 1, facts >> kFarIsOne & 3}; }
-
-// Ramps are numbered: those of short runs by their facts, of single blends by their weight, of measured runs, tails and
-// diagonals by their lengths in cells. All longer ones share one number.
+// Ramps are numbered: those of single blends by their weight, of runs, tails and diagonals by their lengths in cells.
+// All longer ones share a number.
 constexpr int32_t kMaxLength = 8;
 constexpr int kFarLengths = kMaxLength + 1 - kBesideDot;
 enum RampNumber : uint8_t {
-    kBlendRamps = kShortRuns,
-    kStairRamps = kBlendRamps + 4,
+    kBlendRamps,
+    kBothContacts = kBlendRamps + 4,
+    kStairRamps,
     kTailRamps = kStairRamps + kMaxLength * kFarLengths,
     kThirdRamps = kTailRamps + kMaxLength,  // of a diagonal's blends
     kHalfRamps = kThirdRamps + kMaxLength,  // of its restores
     kLongRamp = kHalfRamps + kMaxLength,
+    kLongTail,
     kRampNumbers,
 };
-static_assert(static_cast<int>(BlendWeight::kOneSixth) < kStairRamps - kBlendRamps);
+static_assert(static_cast<int>(BlendWeight::kOneSixth) < kBothContacts - kBlendRamps);
 
 constexpr uint8_t StairRampNumber(const RunPair& run) {
     assert(run.length >= 1 && run.farLength >= kBesideDot);
@@ -95,52 +86,82 @@ constexpr uint8_t StairRampNumber(const RunPair& run) {
 // first: kTailRamps, kThirdRamps or kHalfRamps.
 constexpr uint8_t RampNumberOf(RampNumber first, int32_t length) {
     assert(length >= 1);
-    return static_cast<uint8_t>(length > kMaxLength ? static_cast<int32_t>(kLongRamp) : first + length - 1);
+    if (length > kMaxLength) return first == kTailRamps ? kLongTail : kLongRamp;
+    return static_cast<uint8_t>(first + length - 1);
 }
+constexpr bool IsTail(int ramp) { return (ramp >= kTailRamps && ramp < kThirdRamps) || ramp == kLongTail; }
 
-// The lengths that a number stands for, except for single blends and kLongRamp. Tails and diagonals have no far length.
+// The lengths that a number stands for, except for single blends and long ones. Tails and diagonals have no far length.
 constexpr RunPair RunOfRamp(int ramp) {
-    if (ramp < kShortRuns) return ShortRun(ramp);
     if (ramp >= kTailRamps) return {(ramp - kTailRamps) % kMaxLength + 1, 0};
     return {(ramp - kStairRamps) / kFarLengths + 1, (ramp - kStairRamps) % kFarLengths + kBesideDot};
 }
 
-// The blend of each kind that makes a single one; {} for other kinds.
-using BlendTable = std::array<Blend, kActionKinds>;
-template <class... Rules>
-constexpr void SetBlends(BlendTable& table, size_t kind) {
-    ((table[kind++] = Rules::kBlend), ...);
-}
-constexpr BlendTable MakeBlends() {
-    BlendTable table{};
-    table[kContactRightBlend] = kContactRight;
-    table[kContactLeftBlend] = kContactLeft;
-    SetBlends<RestoreRight1, RestoreRight2, RestoreRight3>(table, kRestoreRight);
-    SetBlends<RestoreDown1, RestoreDown2, RestoreDown3>(table, kRestoreDown);
-    SetBlends<RestoreCorner1, RestoreCorner2>(table, kRestoreCorner);
-    SetBlends<RestoreMost1, RestoreMost2>(table, kRestoreMostAbove);
-    SetBlends<Sixth1, Sixth2, Sixth3, Sixth4, Sixth5, Sixth6, Sixth7, Sixth8>(table, kSixth);
-    return table;
-}
-inline constexpr BlendTable kBlends = MakeBlends();
-
-// The number of a ramp that isn't measured: `first`, plus a run's facts.
-struct KindRamp {
-    uint8_t first, factShift;
+// Where a kind changes pixels: offsets in pixels from the visited one.
+struct Track {
+    int toX, toY, fromX, fromY;  // the first changed pixel, and the one that it moves toward
+    int stepX, stepY;            // from one changed pixel to the next; 0 for a single one
+    int fromStepX = 0, fromStepY = 0;
 };
-constexpr std::array<KindRamp, kActionKinds> MakeKindRamps() {
-    std::array<KindRamp, kActionKinds> table{};
-    constexpr uint8_t kNoFacts = 4 * kRunFacts;
-    for (size_t kind = 0; kind < kActionKinds; ++kind) {
-        table[kind] = {static_cast<uint8_t>(kBlendRamps + static_cast<int>(kBlends[kind].weight)), kNoFacts};
+
+enum class Shape : uint8_t { kBlend, kRun, kFade, kFadeRestore };
+
+struct KindInfo {
+    Track track;
+    Shape shape;
+    uint8_t ramp;         // a RampNumber; kLongRamp: measured
+    uint8_t number;       // of a run's direction or of a fade's diagonal
+    uint8_t restore = 0;  // the kind that follows
+};
+
+using KindTable = std::array<KindInfo, kActionKinds>;
+constexpr void SetRuns(KindTable& table, uint8_t direction) {
+    const int dx = kDirections[direction].forth.dx, dy = kDirections[direction].forth.dy;
+    // As PaintRun (rules/walks.h).
+    const Track track = dx + dy > 0 ? Track{dx, dy, 0, 0, dx, dy} : Track{0, 0, -dx, -dy, dx, dy};
+    size_t kind = kRunsOf[direction];
+    for (const RunPair& run : kShortRuns) table[kind++] = {track, Shape::kRun, StairRampNumber(run), direction};
+    table[kind] = {track, Shape::kRun, kLongRamp, direction};
+}
+constexpr void SetFades(KindTable& table, size_t kind, uint8_t number) {
+    const Diagonal& diagonal = DiagonalOf(number);
+    const int fromX = diagonal.pixelX + diagonal.sourceX, fromY = diagonal.pixelY + diagonal.sourceY;
+    const int dx = diagonal.stepX, dy = diagonal.stepY;
+    const Track track = {diagonal.pixelX, diagonal.pixelY, fromX, fromY, dx, dy, dx, dy};
+    const uint8_t restore = static_cast<uint8_t>(kFadeRestore + number);
+    table[kind] = {track, Shape::kFade, RampNumberOf(kThirdRamps, kShortestDiagonal), number, restore};
+    if (!diagonal.restores) table[kind].restore = 0;
+    table[kind + 1] = {track, Shape::kFade, kLongRamp, number};
+    table[restore] = {{fromX, fromY, fromX, fromY, dx, dy, dx, dy},
+                      Shape::kFadeRestore,
+                      RampNumberOf(kHalfRamps, kShortestDiagonal),
+                      number};
+}
+constexpr void SetBlends(KindTable& table, size_t kind, std::initializer_list<Blend> blends) {
+    for (const Blend& blend : blends) {
+        const uint8_t ramp = static_cast<uint8_t>(kBlendRamps + static_cast<int>(blend.weight));
+        table[kind++] = {{blend.dx, blend.dy, blend.fromDx, blend.fromDy, 0, 0}, Shape::kBlend, ramp, 0};
     }
-    table[kLeftRun] = {0, 0};
-    table[kRightRun] = {0, kRunFacts};
-    table[kUpRun] = {0, 2 * kRunFacts};
-    table[kDownRun] = {0, 3 * kRunFacts};
+}
+template <class... Rules>
+constexpr void SetRules(KindTable& table, size_t kind) {
+    SetBlends(table, kind, {Rules::kBlend...});
+}
+constexpr KindTable MakeKinds() {
+    KindTable table{};
+    for (uint8_t direction = 0; direction < 4; ++direction) SetRuns(table, direction);
+    for (uint8_t i = 0; i < 4; ++i) SetFades(table, kRiserFade + size_t{2} * i, i);
+    for (uint8_t i = 0; i < 4; ++i) SetFades(table, kTreadFade + size_t{2} * i, static_cast<uint8_t>(4 + i));
+    SetBlends(table, kContactRightBlend, {kContactRight, kContactLeft});
+    table[kContactBlends] = {{0, 0, 1, 0, 1, 0, -1, 0}, Shape::kBlend, kBothContacts, 0};
+    SetRules<RestoreRight1, RestoreRight2, RestoreRight3>(table, kRestoreRight);
+    SetRules<RestoreDown1, RestoreDown2, RestoreDown3>(table, kRestoreDown);
+    SetRules<RestoreCorner1, RestoreCorner2>(table, kRestoreCorner);
+    SetRules<RestoreMost1, RestoreMost2>(table, kRestoreMostAbove);
+    SetRules<Sixth1, Sixth2, Sixth3, Sixth4, Sixth5, Sixth6, Sixth7, Sixth8>(table, kSixth);
     return table;
 }
-inline constexpr std::array<KindRamp, kActionKinds> kKindRamps = MakeKindRamps();
+inline constexpr KindTable kKinds = MakeKinds();
 
 // The distance from the image's border at which a visited pixel is inner: ramps of kMaxCached pixels stay inside the
 // image even where vectors process four pixels at a time.
@@ -156,16 +177,15 @@ struct Action {
     bool isInner;  // no cached ramp reaches the image's border
 };
 
-// How a kind walks over pixels, or which single one it changes; in bytes.
+// A Track in bytes.
 struct Stroke {
-    ptrdiff_t to, from;              // from the visited pixel to the first one, and to the one that it moves toward
-    ptrdiff_t advance, fromAdvance;  // from one pixel to the next; 0 for a single pixel
+    ptrdiff_t to, from, advance, fromAdvance;
 };
 
 // Receives the actions in the order of the scan.
 class ActionSink {
 public:
-    // lengths: one entry for each action whose ramp is kLongRamp, in their order.
+    // lengths: one entry for each action whose ramp is long, in their order.
     virtual void Perform(const Action* actions, int count, const RunPair* lengths) = 0;
 
 protected:

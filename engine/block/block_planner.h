@@ -2,6 +2,9 @@
 // the runs, tails and diagonals that the decisions call for, and then writes the actions of each pixel.
 #pragma once
 
+#include <algorithm>
+#include <cassert>
+#include <cstddef>
 #include <cstdint>
 
 #include "engine/block/action.h"
@@ -39,126 +42,116 @@ public:
 
 private:
     static constexpr int kBlocks = kBlocksOf<Words>;
+    static constexpr int kMaxActions = 31;  // of one pixel
+
+    struct Visit {
+        uint8_t count;
+        struct {
+            uint8_t kind, ramp;
+        } actions[kMaxActions];
+    };
 
     // Plans the blocks in `places`, in their order.
     void PlanBlocks() {
         const int count = placed;
         while (placed < kBlocks) places[placed++] = places[0];  // only `count` of them are used
         placed = 0;
-        const FlagBlocks<Words> block(planes, places);
         Decisions<Words> decisions;
-        Decide(block, LimitsOfBlocks(), decisions);
-        if (IsZero(decisions.others | decisions.pixels[kAverage])) return;
-        const TurnedWords<Words> byPixel(decisions.pixels);
-        if (!IsZero(decisions.mayTouchDot[0] | decisions.mayTouchDot[1] | decisions.mayTouchDot[2] |
-                    decisions.mayTouchDot[3])) {
-            const Words isNearDot = IsNearDot(block);
-            for (int direction = 0; direction < 4; ++direction) {
-                const Words mayTouchDot = decisions.mayTouchDot[direction] & isNearDot;
-                decisions.runs[direction] = decisions.runs[direction] | mayTouchDot;
-                decisions.measured = decisions.measured | mayTouchDot;
-            }
-        }
-
+        Decide(planes, places, LimitsOfBlocks(), decisions);
+        const KindSets<Words> sets(decisions);
         for (int i = 0; i < count; ++i) {
-            const int32_t y = places[i].y, firstX = places[i].x - kGuardColumns;  // of bit 0
-            const uint64_t others = WordOf(decisions.others, i), average = WordOf(decisions.pixels[kAverage], i);
-            uint64_t acting = (others | average) & ColumnsBelow(width, places[i].x);
-            const uint64_t onlyAveraged = average & ~others & acting;
-            if (acting == 0) continue;
-            const uint64_t inner = ColumnsWithin(places[i], kMargin);
-            if ((WordOf(decisions.measured, i) & acting) != 0) MeasureBlock(decisions, {i, acting, firstX, y});
-            while (acting != 0) {
-                const int32_t bit = TrailingZeros(acting);
-                if (queued > kBatch - kActionKinds) Flush();
-                if ((onlyAveraged >> bit & 1) != 0) {
-                    const int32_t length = TrailingOnes(onlyAveraged >> bit, kBlockColumns);
-                    actions[queued++] = {firstX + bit, y, kAverage, 0, static_cast<uint8_t>(length), false};
-                    acting &= ~(((uint64_t{1} << length) - 1) << bit);
-                    continue;
+            const uint64_t inImage = ColumnsBelow(width, places[i].x);
+            const uint64_t others = WordOf(decisions.others, i) & inImage;
+            const uint64_t average = WordOf(decisions.pixels[kAverage], i) & inImage;
+            blockX = places[i].x - kGuardColumns;
+            blockY = places[i].y;
+            for (uint64_t kinds = sets.Of(i); kinds != 0; kinds &= kinds - 1) {
+                const int kind = TrailingZeros(kinds);
+                const uint64_t pixels = WordOf(decisions.pixels[kind], i) & others;
+                const KindInfo& info = kKinds[static_cast<size_t>(kind)];
+                if (info.ramp == kLongRamp) {
+                    (this->*(info.shape == Shape::kRun ? kMeasureRuns : kMeasureFades)[info.number])(kind, pixels);
+                } else {
+                    AddAll(kind, pixels);
+                    if (info.restore != 0) AddAll(info.restore, pixels);
                 }
-                acting &= acting - 1;
-                const uint64_t decided = byPixel.At(i, bit);
-                const int facts = static_cast<int>(decided >> kFacts);
-                const bool isInner = (inner >> bit & 1) != 0;
-                uint64_t kinds = decided & ((uint64_t{1} << kFacts) - 1);
-                do {
-                    const int kind = TrailingZeros(kinds);
-                    const KindRamp& known = kKindRamps[static_cast<size_t>(kind)];
-                    // Without a branch: the processor couldn't predict which runs are measured.
-                    uint8_t& measured = measuredRamps[kind][bit];
-                    const int ofFacts = known.first + (facts >> known.factShift & (kShortRuns - 1));
-                    const int ramp = measured | (ofFacts & -static_cast<int>(measured == 0));
-                    measured = 0;
-                    if (ramp == kLongRamp) lengths[measuredLengths++] = longRuns[kind][bit];
-                    Action& action = actions[queued++];
-                    action = {firstX + bit, y, static_cast<uint8_t>(kind), static_cast<uint8_t>(ramp), 1, isInner};
-                    kinds &= kinds - 1;
-                } while (kinds != 0);
+            }
+            Queue(others | average, average & ~others, ColumnsWithin(places[i], kMargin));
+        }
+    }
+
+    void Add(int kind, int bit, uint8_t ramp) {
+        Visit& visit = visits[bit];
+        assert(visit.count < kMaxActions);
+        visit.actions[visit.count++] = {static_cast<uint8_t>(kind), ramp};
+    }
+    void AddMeasured(int kind, int bit, uint8_t ramp, const RunPair& run) {
+        Add(kind, bit, ramp);
+        if (ramp >= kLongRamp) longRuns[kind][bit] = run;
+    }
+    void AddAll(int kind, uint64_t pixels) {
+        const uint8_t ramp = kKinds[static_cast<size_t>(kind)].ramp;
+        for (; pixels != 0; pixels &= pixels - 1) Add(kind, TrailingZeros(pixels), ramp);
+    }
+
+    // Measure at each of the pixels, and add what results.
+    template <RunDirection kDirection>
+    void MeasureRuns(int kind, uint64_t pixels) {
+        constexpr const DirectionRules& kRules = kRulesOf<kDirection>;
+        for (; pixels != 0; pixels &= pixels - 1) {
+            const int bit = TrailingZeros(pixels);
+            const PlaneCursor at = CursorAt(planes, blockX + bit, blockY);
+            const int32_t room = RoomFrom(at.x, at.y, kRules.forth.dx, kRules.forth.dy, width, height);
+            RunPair run = MeasureLongRun<kDirection>(at, room);
+            if (run.length == 0) {
+                run.length = TailLength<kRules.tail>(at);
+                AddMeasured(kind, bit, RampNumberOf(kTailRamps, run.length), run);
+            } else {
+                if (MayTouchDot(run)) run.farLength = FarLengthAtDot(kDirection, at.x, at.y, width, height, planes);
+                AddMeasured(kind, bit, StairRampNumber(run), run);
             }
         }
     }
-
-    // The pixels of a block that have actions.
-    struct ActingPixels {
-        int block;
-        uint64_t bits;
-        int32_t firstX, y;  // of bit 0
-    };
-
-    // Measures whatever the facts don't describe.
-    void MeasureBlock(const Decisions<Words>& decisions, const ActingPixels& acting) {
-        MeasureDirection<RunDirection::kLeft>(kLeftRun, decisions, acting);
-        MeasureDirection<RunDirection::kRight>(kRightRun, decisions, acting);
-        MeasureDirection<RunDirection::kUp>(kUpRun, decisions, acting);
-        MeasureDirection<RunDirection::kDown>(kDownRun, decisions, acting);
-        MeasureDiagonals<kRiserDiagonals>(kRiserFade, decisions, acting);
-        MeasureDiagonals<kTreadDiagonals>(kTreadFade, decisions, acting);
-    }
-
-    // kind: that of the direction's runs; its tails are the next kind.
-    template <RunDirection kDirection>
-    void MeasureDirection(int kind, const Decisions<Words>& decisions, const ActingPixels& acting) {
-        constexpr RunScanner kForth = kRulesOf<kDirection>.forth;
-        ForEach(decisions.runs[static_cast<int>(kDirection)], acting, [&](int bit, const PlaneCursor& at) {
-            RunPair run = MeasureRun<kDirection>(at, RoomFrom(at.x, at.y, kForth.dx, kForth.dy, width, height));
-            if (MayTouchDot(run)) run.farLength = FarLengthAtDot(kDirection, at.x, at.y, width, height, planes);
-            SetMeasured(kind, bit, StairRampNumber(run), run);
-        });
-        ForEach(decisions.pixels[kind + 1], acting, [&](int bit, const PlaneCursor& at) {
-            const int32_t length = TailLength<kRulesOf<kDirection>.tail>(at);
-            SetMeasured(kind + 1, bit, RampNumberOf(kTailRamps, length), {length, 0});
-        });
-    }
-
-    template <const Diagonal (&kDiagonals)[4]>
-    void MeasureDiagonals(int kind, const Decisions<Words>& decisions, const ActingPixels& acting) {
-        MeasureDiagonal<kDiagonals[0]>(kind, decisions, acting);
-        MeasureDiagonal<kDiagonals[1]>(kind + 2, decisions, acting);
-        MeasureDiagonal<kDiagonals[2]>(kind + 4, decisions, acting);
-        MeasureDiagonal<kDiagonals[3]>(kind + 6, decisions, acting);
-    }
-
-    template <Diagonal kDiagonal>
-    void MeasureDiagonal(int kind, const Decisions<Words>& decisions, const ActingPixels& acting) {
-        ForEach(decisions.pixels[kind], acting, [&](int bit, const PlaneCursor& at) {
-            const int32_t length = DiagonalLength<kDiagonal>(at);
-            SetMeasured(kind, bit, RampNumberOf(kThirdRamps, length), {length, 0});
-            if (kDiagonal.restores) SetMeasured(kind + 1, bit, RampNumberOf(kHalfRamps, length), {length, 0});
-        });
-    }
-
-    template <class Measure>
-    void ForEach(const Words& where, const ActingPixels& acting, Measure measure) {
-        for (uint64_t pixels = WordOf(where, acting.block) & acting.bits; pixels != 0; pixels &= pixels - 1) {
+    template <int kNumber>
+    void MeasureFades(int kind, uint64_t pixels) {
+        constexpr Diagonal kDiagonal = DiagonalOf(kNumber);
+        for (; pixels != 0; pixels &= pixels - 1) {
             const int bit = TrailingZeros(pixels);
-            measure(bit, CursorAt(planes, acting.firstX + bit, acting.y));
+            const int32_t length = DiagonalLength<kDiagonal>(CursorAt(planes, blockX + bit, blockY));
+            AddMeasured(kind, bit, RampNumberOf(kThirdRamps, length), {length, 0});
+            if (!kDiagonal.restores) continue;
+            AddMeasured(kFadeRestore + kNumber, bit, RampNumberOf(kHalfRamps, length), {length, 0});
         }
     }
+    using Measure = void (Planner::*)(int kind, uint64_t pixels);
+    static constexpr Measure kMeasureRuns[] = {
+        &Planner::MeasureRuns<RunDirection::kLeft>, &Planner::MeasureRuns<RunDirection::kRight>,
+        &Planner::MeasureRuns<RunDirection::kUp>, &Planner::MeasureRuns<RunDirection::kDown>};
+    static constexpr Measure kMeasureFades[] = {
+        &Planner::MeasureFades<0>, &Planner::MeasureFades<1>, &Planner::MeasureFades<2>, &Planner::MeasureFades<3>,
+        &Planner::MeasureFades<4>, &Planner::MeasureFades<5>, &Planner::MeasureFades<6>, &Planner::MeasureFades<7>};
 
-    void SetMeasured(int kind, int bit, uint8_t ramp, const RunPair& run) {
-        measuredRamps[kind][bit] = ramp;
-        if (ramp == kLongRamp) longRuns[kind][bit] = run;
+    // Queues what was added for a block, pixel by pixel.
+    void Queue(uint64_t acting, uint64_t onlyAveraged, uint64_t inner) {
+        while (acting != 0) {
+            const int32_t bit = TrailingZeros(acting);
+            if (queued > kBatch - kMaxActions) Flush();
+            if ((onlyAveraged >> bit & 1) != 0) {
+                const int32_t length = TrailingOnes(onlyAveraged >> bit, kBlockColumns);
+                actions[queued++] = {blockX + bit, blockY, kAverage, 0, static_cast<uint8_t>(length), false};
+                acting &= ~(((uint64_t{1} << length) - 1) << bit);
+                continue;
+            }
+            acting &= acting - 1;
+            const bool isInner = (inner >> bit & 1) != 0;
+            Visit& visit = visits[bit];
+            for (int i = 0; i < visit.count; ++i) {
+                const auto [kind, ramp] = visit.actions[i];
+                if (ramp >= kLongRamp) lengths[measuredLengths++] = longRuns[kind][bit];
+                actions[queued++] = {blockX + bit, blockY, kind, ramp, 1, isInner};
+            }
+            visit.count = 0;
+        }
     }
 
     void Flush() {
@@ -178,11 +171,15 @@ private:
     Limits<Words> LimitsOfBlocks() const {
         constexpr int32_t kFar = 3;  // columns or rows from an edge to the far end of a run of two cells
         static_assert(kFar >= kBesideLastColumns && kFar > kBelowFirstRows);
-        const auto mayRestoreAbove = [&](int i) {
-            return places[i].y > kBelowFirstRows ? ColumnsBelow(width - kBesideLastColumns, places[i].x) : 0;
-        };
-        return {WordsOf<Words>(mayRestoreAbove), WordsOf<Words>([&](int i) { return ~ColumnsBelow(1, places[i].x); }),
-                WordsOf<Words>([&](int i) { return ColumnsWithin(places[i], kFar); })};
+        const auto isInner = [&](const BlockPlace& place) { return ColumnsWithin(place, kFar) == kBlockPixels; };
+        if (std::all_of(places, places + kBlocks, isInner)) return {~Words{}, ~Words{}};
+        Limits<Words> limits;
+        for (int i = 0; i < kBlocks; ++i) {
+            const auto [x, y] = places[i];
+            SetWord(limits.mayRestoreAbove, i, y > kBelowFirstRows ? ColumnsBelow(width - kBesideLastColumns, x) : 0);
+            SetWord(limits.farEndIsInside, i, ColumnsWithin(places[i], kFar));
+        }
+        return limits;
     }
 
     // The bits of a block's pixels that are at least `margin` columns and rows away from the image's border.
@@ -198,9 +195,10 @@ private:
     ActionSink& sink;
     BlockPlace places[kBlocks];  // of the flagged blocks that wait for a full vector
     int placed = 0;
-    // Of a block's pixels, by kind. 0 where not measured: measured ramps have the numbers from kStairRamps on.
-    uint8_t measuredRamps[kActionKinds][64] = {};
-    RunPair longRuns[kActionKinds][64];  // of those whose ramp is kLongRamp
+    // Of the block at hand, by bit.
+    int32_t blockX = 0, blockY = 0;  // of bit 0
+    Visit visits[64] = {};
+    RunPair longRuns[kActionKinds][64];  // of those whose ramp is long
     Action actions[kBatch];
     RunPair lengths[kBatch];
     int queued = 0, measuredLengths = 0;

@@ -34,6 +34,8 @@ public:
             to += (kPixels - 1) * advance;
             advance = -advance;
         }
+        toPair = isLeft ? (kPixels - kPair) * advance : 0;
+        pairSpread = isLeft ? 8 * (kPixels - kPair) : 0;
         for (int i = 0; i < 32; ++i) {
             const int pixel = i / 8, sample = i / 2 % 4;
             // A stroke of a single pixel holds it four times, with the same weight.
@@ -44,36 +46,42 @@ public:
 
     // Applies a ramp whose weights are in range. Up to three pixels beyond the ramp's end are stored unchanged.
     void Mix(uint8_t* pixel, const uint8_t* fromPixel, const CachedRamp<IntegerWeights>& ramp) const {
-        const __m256i spreading = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(spread));
         uint8_t* at = pixel + to;
         const uint8_t* target = fromPixel + from;
-        int32_t i = 0;
-        do {
-            const __m256i samples = Load(at, advance);
-            const __m256i targets = Load(target, fromAdvance);
-            const __m128i weights = _mm_loadu_si128(reinterpret_cast<const __m128i*>(ramp.weights + i));
-            const __m256i words = _mm256_broadcastsi128_si256(_mm_packus_epi32(weights, weights));
-            const __m256i mixed = MixWords(samples, targets, _mm256_shuffle_epi8(words, spreading));
-            const __m128i bytes = _mm_packus_epi16(_mm256_castsi256_si128(mixed), _mm256_extracti128_si256(mixed, 1));
-            Store(at, _mm_cvtsi128_si32(bytes));
-            Store(at + advance, _mm_extract_epi32(bytes, 1));
-            Store(at + 2 * advance, _mm_extract_epi32(bytes, 2));
-            Store(at + 3 * advance, _mm_extract_epi32(bytes, 3));
+        if (ramp.count <= kPair) return MixPixels<kPair>(at + toPair, target, ramp.weights, spread + pairSpread);
+        for (int32_t i = 0; i < ramp.count; i += kPixels) {
+            MixPixels<kPixels>(at, target, ramp.weights + i, spread);
             at += toNext;
             target += fromNext;
-            i += kPixels;
-        } while (i < ramp.count);
+        }
     }
 
 private:
-    static constexpr int kPixels = 4;
+    static constexpr int kPixels = 4, kPair = 2;
     static constexpr int kBytes = Format::kPixelBytes;
     static constexpr size_t kStoredBytes = kBytes == 3 ? 4 : kBytes;
 
+    template <int kCount>
+    void MixPixels(uint8_t* at, const uint8_t* target, const int32_t* weights, const int8_t* spreading) const {
+        const __m128i some = LoadBytes<4 * kCount>(reinterpret_cast<const uint8_t*>(weights));
+        const __m256i words = _mm256_broadcastsi128_si256(_mm_packus_epi32(some, some));
+        const __m256i places = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(spreading));
+        const __m256i mixed =
+            MixWords(Load<kCount>(at, advance), Load<kCount>(target, fromAdvance), _mm256_shuffle_epi8(words, places));
+        const __m128i bytes = _mm_packus_epi16(_mm256_castsi256_si128(mixed), _mm256_extracti128_si256(mixed, 1));
+        Store(at, _mm_cvtsi128_si32(bytes));
+        Store(at + advance, _mm_extract_epi32(bytes, 1));
+        if constexpr (kCount == kPixels) {
+            Store(at + 2 * advance, _mm_extract_epi32(bytes, 2));
+            Store(at + 3 * advance, _mm_extract_epi32(bytes, 3));
+        }
+    }
+
+    template <int kCount>
     static __m256i Load(const uint8_t* at, ptrdiff_t step) {
         const auto load = [&](int pixel) {
             int32_t bytes = 0;
-            std::memcpy(&bytes, at + pixel * step, kStoredBytes);
+            if (pixel < kCount) std::memcpy(&bytes, at + pixel * step, kStoredBytes);
             return bytes;
         };
         return _mm256_cvtepu8_epi16(_mm_setr_epi32(load(0), load(1), load(2), load(3)));
@@ -83,7 +91,8 @@ private:
     ptrdiff_t to, from;              // from the visited pixel to the one in the vector's low end, and to its target
     ptrdiff_t advance, fromAdvance;  // from one pixel in the vector to the next
     ptrdiff_t toNext, fromNext;      // to the next four
-    int8_t spread[32];               // for shuffle_epi8: each sample's weight, of eight weights of 16 bits
+    ptrdiff_t toPair, pairSpread;    // for a ramp of at most two pixels: from `to` and in `spread` to what they have
+    int8_t spread[48] = {};          // for shuffle_epi8: each sample's weight, of eight weights of 16 bits
 };
 
 // Averages a row of neighbouring isolated pixels (isolated_pixel.h). Returns false without changing anything at the

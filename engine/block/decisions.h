@@ -16,113 +16,12 @@
 
 namespace stairmelt::inline STAIRMELT_SET {
 
-constexpr int kFacts = 48;  // where the facts begin, after the kinds
-static_assert(kActionKinds <= kFacts && 4 * kRunFacts <= 16);
-
-// The pixels of each kind, one bit for each pixel. Bits beyond the image's last column are meaningless.
-template <class Words>
-struct Decisions {
-    Words pixels[64] = {};      // by ActionKind; from kFacts on by direction and RunFact
-    Words runs[4] = {};         // by direction: which have to be measured, since the facts don't describe them
-    Words mayTouchDot[4] = {};  // and which may touch a dot of 2 by 2 pixels
-    Words others = {};          // at which anything but kAverage is done
-    Words measured = {};        // at which anything has to be measured
-
-    void Set(int kind, Words where) {
-        pixels[kind] = where;
-        others = others | where;
-    }
-
-    // Sets the first rule that holds; returns where one does.
-    template <class... Rules>
-    Words SetFirst(int kind, const FlagBlocks<Words>& block, Words candidates) {
-        const Words before = candidates;
-        const auto set = [&](Words where) {
-            Set(kind++, candidates & where);
-            candidates = candidates & ~where;
-        };
-        (set(Rules::Where(block)), ...);
-        return before & ~candidates;
-    }
-
-    // Sets the diagonals that leave a straight piece of edge and are long enough; returns where any does.
-    template <const Diagonal (&kDiagonals)[4]>
-    Words SetFades(int kind, const FlagBlocks<Words>& block, Words isStraight) {
-        const Words fades[] = {
-            isStraight & HasDiagonal<kDiagonals[0]>(block), isStraight & HasDiagonal<kDiagonals[1]>(block),
-            isStraight & HasDiagonal<kDiagonals[2]>(block), isStraight & HasDiagonal<kDiagonals[3]>(block)};
-        for (int i = 0; i < 4; ++i) {
-            Set(kind + 2 * i, fades[i]);
-            Set(kind + 2 * i + 1, kDiagonals[i].restores ? fades[i] : Words{});
-        }
-        const Words any = fades[0] | fades[1] | fades[2] | fades[3];
-        measured = measured | any;
-        return any;
-    }
-
-    // Sets where one direction of an edge has a run or else a tail; returns where it has either. Facts describe runs
-    // only where `mayBeShort` is set.
-    template <RunDirection kDirection>
-    Words SetRuns(int kind, const FlagBlocks<Words>& block, Words hasEdge, Words mayBeShort, Words& hasTail) {
-        const ShortRuns<Words> found = FindShortRuns<kDirection>(block, hasEdge);
-        const Words tail = hasEdge & HasTail<kRulesOf<kDirection>.tail>(block) & ~found.any;
-        Set(kind, found.any);
-        Set(kind + 1, tail);
-        hasTail = hasTail | tail;
-        const Words isShort = mayBeShort & (found.isOne | found.isTwo);
-        constexpr int direction = static_cast<int>(kDirection);
-        runs[direction] = found.any & ~isShort;
-        mayTouchDot[direction] = found.isOne & found.farIsOne;
-        measured = measured | tail | runs[direction];
-        pixels[kFacts + kRunFacts * direction + kHasTwoCells] = found.isTwo;
-        pixels[kFacts + kRunFacts * direction + kFarIsOne] = found.farIsOne;
-        pixels[kFacts + kRunFacts * direction + kFarIsTwo] = found.farIsTwo;
-        return found.any | tail;
-    }
-};
-
 // The pixels to which some decisions are limited, by their position in the image.
 template <class Words>
 struct Limits {
     Words mayRestoreAbove;  // RestoreMost1
-    Words allButFirst;      // column 0
     Words farEndIsInside;   // of every short run
 };
-
-template <class Words>
-void Decide(const FlagBlocks<Words>& block, const Limits<Words>& limits, Decisions<Words>& decisions) {
-    const Words hasRight = block.template Where<R(0, 0)>(), hasDown = block.template Where<D(0, 0)>();
-    Words hasTail = {};
-    if (!IsZero(hasRight)) {
-        const Words left =
-            decisions.template SetRuns<RunDirection::kLeft>(kLeftRun, block, hasRight, limits.farEndIsInside, hasTail);
-        const Words right = decisions.template SetRuns<RunDirection::kRight>(kRightRun, block, hasRight,
-                                                                             limits.farEndIsInside, hasTail);
-        const Words fade = decisions.template SetFades<kRiserDiagonals>(kRiserFade, block, StraightRiser::Where(block));
-        const Words mayContact = hasRight & ~fade & ~IsRightEdgeCut(block);
-        decisions.Set(kContactRightBlend, mayContact & ~right);
-        decisions.Set(kContactLeftBlend, mayContact & ~left);
-        decisions.template SetFirst<RestoreRight1, RestoreRight2, RestoreRight3>(kRestoreRight, block, hasRight);
-    }
-    if (!IsZero(hasDown)) {
-        decisions.template SetRuns<RunDirection::kUp>(kUpRun, block, hasDown, limits.farEndIsInside, hasTail);
-        decisions.template SetRuns<RunDirection::kDown>(kDownRun, block, hasDown, limits.farEndIsInside, hasTail);
-        decisions.template SetFades<kTreadDiagonals>(kTreadFade, block, StraightTread::Where(block));
-        decisions.template SetFirst<RestoreDown1, RestoreDown2, RestoreDown3>(kRestoreDown, block, hasDown);
-        decisions.template SetFirst<RestoreCorner1, RestoreCorner2>(kRestoreCorner, block, hasDown & hasRight);
-    }
-    const Words average = (hasRight | hasDown) & ~hasTail & IsLonePixelOrSpikeTip(block);
-    decisions.pixels[kAverage] = average;
-    const Words mayRestore = ~hasTail & ~average;
-    const Words above = mayRestore & limits.mayRestoreAbove & RestoreMost1::Where(block);
-    decisions.Set(kRestoreMostAbove, above);
-    decisions.Set(kRestoreMostHere,
-                  mayRestore & ~above & limits.allButFirst &
-                      (RestoreMost2::Where(block) | RestoreMost3::Where(block) | RestoreMost4::Where(block)));
-    const Words sixths[] = {Sixth1::Where(block), Sixth2::Where(block), Sixth3::Where(block), Sixth4::Where(block),
-                            Sixth5::Where(block), Sixth6::Where(block), Sixth7::Where(block), Sixth8::Where(block)};
-    for (int i = 0; i < 8; ++i) decisions.Set(kSixth + i, sixths[i]);
-}
 
 // The pixels that may be near a dot of 2 by 2 pixels, as FarLengthAtDot defines it.
 template <class Words>
@@ -135,54 +34,137 @@ Words IsNearDot(const FlagBlocks<Words>& block) {
     return dots << 2 | dots << 1 | dots | dots >> 1;
 }
 
-// The transposed decisions: one word for each pixel, in which bit k is kind or fact k. Four
-// rounds of interleaving bytes put the bytes of 16 kinds for the same eight pixels side by side; movemask then takes
-// one bit of each.
+// What is done in some blocks.
 template <class Words>
-class TurnedWords {
-public:
-    explicit TurnedWords(const Words* words) {
-        for (int group = 0; group < kGroups; ++group) Turn(words + 16 * group, turned[group]);
+struct Decisions {
+    Words pixels[kDecidedKinds];  // by ActionKind: one bit for each pixel; those beyond the last column are meaningless
+    Words others = {};            // at which anything but kAverage is done
+
+    void Set(int kind, Words where) {
+        pixels[kind] = where;
+        others = others | where;
     }
 
-    // The words at the pixel with the block's bit `bit`: bit k is that of word k.
-    uint64_t At(int block, int bit) const {
-        const int column = (block & 1) * 8 + (bit >> 3);  // of the 16 byte columns of a half vector
-        const size_t offset = static_cast<size_t>(column) * sizeof(Words) + static_cast<size_t>(block >> 1) * 16;
-        const __m128i shift = _mm_cvtsi32_si128(7 - (bit & 7));
-        uint64_t bits = 0;
-        for (int group = 0; group < kGroups; ++group) {
-            const auto* const bytes = reinterpret_cast<const uint8_t*>(turned[group]) + offset;
-            const __m128i words = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
-            bits |= static_cast<uint64_t>(_mm_movemask_epi8(_mm_sll_epi64(words, shift))) << 16 * group;
+    // Sets the first rule that holds.
+    template <class... Rules>
+    void SetFirst(int kind, const FlagBlocks<Words>& block, Words candidates) {
+        const auto set = [&](Words where) {
+            Set(kind++, candidates & where);
+            candidates = candidates & ~where;
+        };
+        (set(Rules::Where(block)), ...);
+    }
+
+    // Sets the diagonals that leave a straight piece of edge and are long enough; returns where any does.
+    template <const Diagonal (&kDiagonals)[4]>
+    Words SetFades(int kind, const FlagBlocks<Words>& block, Words isStraight) {
+        Words any = {};
+        const auto set = [&]<Diagonal kDiagonal>() {
+            const Words fade = isStraight & HasDiagonal<kDiagonal>(block);
+            const Words isLonger = DiagonalGoesOn<kDiagonal, kShortestDiagonal>(block);
+            Set(kind++, fade & ~isLonger);
+            Set(kind++, fade & isLonger);
+            any = any | fade;
+        };
+        set.template operator()<kDiagonals[0]>();
+        set.template operator()<kDiagonals[1]>();
+        set.template operator()<kDiagonals[2]>();
+        set.template operator()<kDiagonals[3]>();
+        return any;
+    }
+
+    // Sets where one direction of an edge has a run or else a tail; returns where it has either.
+    template <RunDirection kDirection>
+    Words SetRuns(const FlagBlocks<Words>& block, Words hasEdge, const Limits<Words>& limits, Words& hasTail) {
+        constexpr int kind = kRunsOf[static_cast<int>(kDirection)];
+        const ShortRuns<Words> found = FindShortRuns<kDirection>(block, hasEdge);
+        const Words tail = hasEdge & HasTail<kRulesOf<kDirection>.tail>(block) & ~found.any;
+        hasTail = hasTail | tail;
+        Words measured = tail | found.any;
+        for (int i = 0; i < kShortRunKinds; ++i) {
+            const Words run = found.pixels[i] & limits.farEndIsInside;
+            Set(kind + i, run);
+            measured = measured & ~run;
         }
-        return bits;
+        Set(kind + kShortRunKinds, measured);
+        return found.any | tail;
+    }
+
+    // Has the runs measured that may be at a dot.
+    void MeasureNearDots(const FlagBlocks<Words>& block) {
+        constexpr int kMayTouchDot = 1;  // of the run kinds
+        static_assert(MayTouchDot(kShortRuns[kMayTouchDot]));
+        Words mayTouchDot = {};
+        for (const int kind : kRunsOf) mayTouchDot = mayTouchDot | pixels[kind + kMayTouchDot];
+        if (IsZero(mayTouchDot)) return;
+        const Words isNearDot = IsNearDot(block);
+        for (const int kind : kRunsOf) {
+            Words& run = pixels[kind + kMayTouchDot];
+            pixels[kind + kShortRunKinds] = pixels[kind + kShortRunKinds] | (run & isNearDot);
+            run = run & ~isNearDot;
+        }
+    }
+};
+
+template <class Words>
+void Decide(const FlagPlanes& planes, const BlockPlace* places, const Limits<Words>& limits,
+            Decisions<Words>& decisions) {
+    const FlagBlocks<Words> block(planes, places);
+    const Words hasRight = block.template Where<R(0, 0)>(), hasDown = block.template Where<D(0, 0)>();
+    Words hasTail = {};
+    const Words left = decisions.template SetRuns<RunDirection::kLeft>(block, hasRight, limits, hasTail);
+    const Words right = decisions.template SetRuns<RunDirection::kRight>(block, hasRight, limits, hasTail);
+    const Words fade = decisions.template SetFades<kRiserDiagonals>(kRiserFade, block, StraightRiser::Where(block));
+    const Words mayContact = hasRight & ~fade & ~IsRightEdgeCut(block);
+    decisions.Set(kContactRightBlend, mayContact & ~right & left);
+    decisions.Set(kContactLeftBlend, mayContact & ~left & right);
+    decisions.Set(kContactBlends, mayContact & ~left & ~right);
+    decisions.template SetFirst<RestoreRight1, RestoreRight2, RestoreRight3>(kRestoreRight, block, hasRight);
+
+    decisions.template SetRuns<RunDirection::kUp>(block, hasDown, limits, hasTail);
+    decisions.template SetRuns<RunDirection::kDown>(block, hasDown, limits, hasTail);
+    decisions.template SetFades<kTreadDiagonals>(kTreadFade, block, StraightTread::Where(block));
+    decisions.template SetFirst<RestoreDown1, RestoreDown2, RestoreDown3>(kRestoreDown, block, hasDown);
+    decisions.template SetFirst<RestoreCorner1, RestoreCorner2>(kRestoreCorner, block, hasDown & hasRight);
+
+    const Words average = (hasRight | hasDown) & ~hasTail & IsLonePixelOrSpikeTip(block);
+    decisions.pixels[kAverage] = average;
+    const Words mayRestore = ~hasTail & ~average;
+    const Words above = mayRestore & limits.mayRestoreAbove & RestoreMost1::Where(block);
+    decisions.Set(kRestoreMostAbove, above);
+    // Nowhere in column 0, as in the definition: each of these rules tests a set flag on the left.
+    decisions.Set(
+        kRestoreMostHere,
+        mayRestore & ~above & (RestoreMost2::Where(block) | RestoreMost3::Where(block) | RestoreMost4::Where(block)));
+    int sixth = kSixth;
+    const auto setSixths = [&]<class... Rules>() { (decisions.Set(sixth++, Rules::Where(block)), ...); };
+    setSixths.template operator()<Sixth1, Sixth2, Sixth3, Sixth4, Sixth5, Sixth6, Sixth7, Sixth8>();
+    decisions.MeasureNearDots(block);
+}
+
+// The kinds that each block has at any pixel, as a set of bits.
+template <class Words>
+class KindSets {
+public:
+    explicit KindSets(const Decisions<Words>& decisions) {
+        static_assert(kDecidedKinds <= sizeof blocks);
+        for (int kind = 0; kind < kDecidedKinds; ++kind) {
+            blocks[kind] = static_cast<uint8_t>(NonzeroWords(decisions.pixels[kind]));
+        }
+    }
+
+    uint64_t Of(int block) const {
+        uint64_t kinds = 0;
+        for (int i = 0; i < 4; ++i) {
+            const __m128i some = _mm_loadu_si128(reinterpret_cast<const __m128i*>(blocks + 16 * i));
+            const __m128i shifted = _mm_sll_epi64(some, _mm_cvtsi32_si128(7 - block));
+            kinds |= static_cast<uint64_t>(_mm_movemask_epi8(shifted)) << 16 * i;
+        }
+        return kinds;
     }
 
 private:
-    static constexpr int kGroups = 4;
-
-    static void Turn(const Words* words, Words* to) {
-        Words any = words[0];
-        for (int i = 1; i < 16; ++i) any = any | words[i];
-        if (IsZero(any)) {
-            for (int i = 0; i < 16; ++i) to[i] = Words{};
-            return;
-        }
-        Words once[16], twice[16];
-        Exchange(words, once);
-        Exchange(once, twice);
-        Exchange(twice, once);
-        Exchange(once, to);
-    }
-    static void Exchange(const Words* from, Words* to) {
-        for (int i = 0; i < 8; ++i) {
-            to[2 * i] = InterleaveLow(from[i], from[i + 8]);
-            to[2 * i + 1] = InterleaveHigh(from[i], from[i + 8]);
-        }
-    }
-
-    Words turned[kGroups][16];
+    uint8_t blocks[64] = {};  // by kind: bit i is block i
 };
 
 }  // namespace stairmelt::inline STAIRMELT_SET

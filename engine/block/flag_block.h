@@ -28,14 +28,9 @@ uint64_t WordOf(const Words& words, int block) {
     return LoadWord(reinterpret_cast<const uint8_t*>(&words) + static_cast<size_t>(block) * sizeof(uint64_t));
 }
 
-// Words with `word(block)` for each block.
-template <class Words, class Word>
-Words WordsOf(Word word) {
-    uint64_t blocks[kBlocksOf<Words>];
-    for (int block = 0; block < kBlocksOf<Words>; ++block) blocks[block] = word(block);
-    Words words;
-    std::memcpy(&words, blocks, sizeof words);
-    return words;
+template <class Words>
+void SetWord(Words& words, int block, uint64_t word) {
+    std::memcpy(reinterpret_cast<uint8_t*>(&words) + static_cast<size_t>(block) * sizeof word, &word, sizeof word);
 }
 
 // Where a block begins in the image.

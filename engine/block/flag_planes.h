@@ -19,7 +19,6 @@
 //   56   block: decided at a time in one word of 64 bits, with kReachColumns = 4 neighbours on either side; a multiple
 //        of 8, so that it begins at a byte
 //   57   window: a word begins at a byte; shifted by up to 7 bits, it keeps at least 57 columns
-// Two or four blocks, of any rows, are decided together, as many as a vector has words.
 #pragma once
 
 #include <cstddef>
@@ -37,9 +36,7 @@ constexpr int32_t kBlockColumns = 56;
 constexpr int32_t kWindowColumns = 57;
 constexpr int32_t kGuardColumns = kReachColumns;
 constexpr int32_t kRowsAhead = 16;
-// The number of rows that a walk along a column reads at a time.
-constexpr int32_t kWindowRows = 4;
-constexpr int32_t kGuardRows = kWindowRows + kReachRows;
+constexpr int32_t kGuardRows = kReachRows + 1;  // a walk ends in the first row outside the image
 
 // The index of a flag's plane among the four.
 constexpr int PlaneOf(uint8_t flag) { return (flag >> 1) - (flag >> 3); }
@@ -91,14 +88,17 @@ public:
     ptrdiff_t RowBytes() const { return rowBytes; }
     ptrdiff_t PlaneBytes() const { return planeBytes; }
 
-    // Sets flags of the columns from x on in a plane's row: bit k of `bits` is column x + k.
-    void Set(uint8_t flag, int32_t x, int32_t y, uint64_t bits) {
+    // Sets flags of the columns from x on in row y: bit k of bits[plane] is column x + k.
+    void Set(int32_t x, int32_t y, const uint64_t (&bits)[4]) {
         const int32_t first = x + kGuardColumns;
-        uint8_t* const at = Row(flag, y) + (first >> 3);
         const int shift = first & 7;
-        const uint64_t word = LoadWord(at) | bits << shift;
-        std::memcpy(at, &word, sizeof word);
-        if (shift != 0) at[8] = static_cast<uint8_t>(at[8] | bits >> (64 - shift));
+        uint8_t* at = Row(kFlagR, y) + (first >> 3);
+        for (const uint64_t flags : bits) {
+            const uint64_t word = LoadWord(at) | flags << shift;
+            std::memcpy(at, &word, sizeof word);
+            at[8] = static_cast<uint8_t>(at[8] | flags >> 1 >> (63 - shift));
+            at += planeBytes;
+        }
     }
 
     // Rows are built by `rowBuilder`, a few at a time, as they are needed.
@@ -161,27 +161,20 @@ struct PlaneCursor {
     int32_t CountCells(int32_t fromX, int32_t fromY) const {
         PlaneCursor at = *this;
         at.Move(fromX, fromY);
-        constexpr int32_t kWindow = kDy == 0 ? kWindowColumns : kWindowRows;
         int32_t n = 0;
-        while (true) {
-            int32_t inWindow;
-            if constexpr (kDy != 0) {
-                if constexpr (kDy > 0) planes.Need(at.y + kWindowRows + kReachRows);
-                uint32_t cells = 0;  // bit k: cell k of the window
-                PlaneCursor cell = at;
-                for (int k = 0; k < kWindow; ++k) {
-                    cells |= (cell.Bit(kTests) & ...) << k;
-                    cell.Move(kDx, kDy);
-                }
-                inWindow = TrailingOnes(cells, kWindow);
-            } else {
+        if constexpr (kDy == 0) {
+            for (int32_t inWindow = kWindowColumns; inWindow == kWindowColumns; at.Move(kDx * kWindowColumns, 0)) {
                 const uint64_t cells = (at.CellsAlong<kDx>(kTests) & ...);
-                inWindow = kDx > 0 ? TrailingOnes(cells, kWindow) : LeadingOnes(cells, kWindow);
+                inWindow = kDx > 0 ? TrailingOnes(cells, kWindowColumns) : LeadingOnes(cells, kWindowColumns);
+                n += inWindow;
             }
-            n += inWindow;
-            if (inWindow < kWindow) return n;
-            at.Move(kDx * kWindow, kDy * kWindow);
+        } else {
+            for (; (at.Bit(kTests) & ...) != 0; ++n) {
+                at.Move(kDx, kDy);
+                if constexpr (kDy > 0) planes.Need(at.y + kReachRows);
+            }
         }
+        return n;
     }
 
     // A row of kWindowColumns cells: to the right (kDx 1) bit k is column x + k, to the left bit 63 - k is column x -

@@ -28,15 +28,11 @@ public:
           planes(flagPlanes),
           ramps(kernelJob, scanWeights.tailBias, scanWeights.cornerWeight) {
         for (int kind = 0; kind < kActionKinds; ++kind) {
-            if (IsFade(kind)) {
-                SetFade(kind, DiagonalOf(kind));
-            } else if (IsRunOrTail(kind)) {
-                SetRun(kind, ScannerOf(kind));
-            } else {
-                const Blend& blend = kBlends[static_cast<size_t>(kind)];
-                strokes[kind] = {Offset(*job.destination, blend.dx, blend.dy),
-                                 Offset(*job.source, blend.fromDx, blend.fromDy), 0, 0};
-            }
+            const Track& track = kKinds[static_cast<size_t>(kind)].track;
+            strokes[kind] = {Offset(*job.destination, track.toX, track.toY),
+                             Offset(*job.source, track.fromX, track.fromY),
+                             Offset(*job.destination, track.stepX, track.stepY),
+                             Offset(*job.source, track.fromStepX, track.fromStepY)};
         }
         if constexpr (Format::kMixesStrokes) {
             for (int kind = 0; kind < kActionKinds; ++kind) ownStrokes[kind] = OwnStroke(strokes[kind]);
@@ -54,7 +50,7 @@ public:
             }
             const Cached& ramp = ramps.Find(action->ramp);
             if (ramp.state < kPaintable || !action->isInner) {
-                PaintCarefully(*action, action->ramp == kLongRamp ? *lengths++ : RunOfRamp(action->ramp));
+                PaintCarefully(*action, action->ramp >= kLongRamp ? *lengths++ : RunOfRamp(action->ramp));
                 continue;
             }
             uint8_t* to = PixelAt<Format>(*job.destination, x, y);
@@ -62,64 +58,47 @@ public:
             if constexpr (Format::kMixesStrokes) {
                 ownStrokes[action->kind].Mix(to, from, ramp);
             } else {
-                const Stroke& stroke = strokes[action->kind];
-                to += stroke.to;
-                from += stroke.from;
-                int32_t i = 0;
-                do {
-                    MixPixel<Format>(to, LoadBlendTarget<Format>(from), ramp.weights[i]);
-                    to += stroke.advance;
-                    from += stroke.fromAdvance;
-                } while (++i < ramp.count);
+                PaintStroke(strokes[action->kind], to, from, ramp);
             }
         }
     }
 
 private:
+    static void PaintStroke(const Stroke& stroke, uint8_t* to, const uint8_t* from,
+                            const CachedRamp<typename Format::Weights>& ramp) {
+        to += stroke.to;
+        from += stroke.from;
+        int32_t i = 0;
+        do {
+            MixPixel<Format>(to, LoadBlendTarget<Format>(from), ramp.weights[i]);
+            to += stroke.advance;
+            from += stroke.fromAdvance;
+        } while (++i < ramp.count);
+    }
     using Weights = typename Format::Weights;
     using OwnStroke = typename Format::InstructionSet::template StrokeOf<Format>;
     // The farthest pixel below a visit that a cached ramp changes: a fade begins one row below it.
     static_assert(kRowsAhead > kMaxCached + 1 && kMargin > kMaxCached + 1);
 
-    // As PaintRun (rules/walks.h).
-    void SetRun(int kind, const RunScanner& scanner) {
-        const ptrdiff_t advance = Offset(*job.destination, scanner.dx, scanner.dy);
-        const bool isForward = scanner.dx + scanner.dy > 0;
-        strokes[kind] = {isForward ? advance : 0, isForward ? 0 : Offset(*job.source, -scanner.dx, -scanner.dy),
-                         advance, 0};
-    }
-
-    // The two parts of a fade are on parallel diagonals and never change the same pixel, so their order makes no
-    // difference.
-    void SetFade(int kind, const Diagonal& diagonal) {
-        const int fromX = diagonal.pixelX + diagonal.sourceX, fromY = diagonal.pixelY + diagonal.sourceY;
-        strokes[kind] = {IsRestoringFade(kind) ? Offset(*job.destination, fromX, fromY)
-                                               : Offset(*job.destination, diagonal.pixelX, diagonal.pixelY),
-                         Offset(*job.source, fromX, fromY), Offset(*job.destination, diagonal.stepX, diagonal.stepY),
-                         Offset(*job.source, diagonal.stepX, diagonal.stepY)};
-    }
-
     // For pixels near the image's border, where a walk may end early, and for ramps that aren't cached. Before a ramp
     // goes down, builds the flags that depend on the pixels that it changes.
     void PaintCarefully(const Action& action, const RunPair& run) {
-        const int kind = action.kind;
+        const KindInfo& kind = kKinds[action.kind];
         const int32_t x = action.x, y = action.y;
-        if (IsFade(kind)) {
-            if (IsRestoringFade(kind)) return;  // made with the blends
-            const Diagonal& diagonal = DiagonalOf(kind);
+        if (kind.shape == Shape::kFade) {
+            const Diagonal& diagonal = DiagonalOf(kind.number);
             const RampOf<Format> third = ramps.Fade(Weights::kThird, run.length);
             if (diagonal.stepY > 0) NeedRows(third, y + diagonal.pixelY + std::max(diagonal.sourceY, 0));
             PaintFade<Format>(job, diagonal, x, y, third, ramps.Fade(Weights::kHalf, run.length));
-        } else if (action.ramp >= kBlendRamps && action.ramp < kStairRamps) {
-            MixPixel<Format>(PixelAt<Format>(*job.destination, x, y) + strokes[kind].to,
-                             LoadBlendTarget<Format>(PixelAt<Format>(*job.source, x, y) + strokes[kind].from),
-                             ramps.Find(action.ramp).weights[0]);
-        } else {
-            const RunScanner& forth = ScannerOf(kind);
-            const RampOf<Format> ramp = IsTail(kind) ? ramps.Tail(run.length) : ramps.Stair(run);
+        } else if (kind.shape == Shape::kRun) {
+            const RunScanner& forth = kDirections[kind.number].forth;
+            const RampOf<Format> ramp = IsTail(action.ramp) ? ramps.Tail(run.length) : ramps.Stair(run);
             if (forth.dy > 0) NeedRows(ramp, y + 1);
             PaintRun<Format>(job, forth.dx, forth.dy, x, y, ramp);
-        }
+        } else if (kind.shape == Shape::kBlend) {
+            PaintStroke(strokes[action.kind], PixelAt<Format>(*job.destination, x, y),
+                        PixelAt<Format>(*job.source, x, y), ramps.Find(action.ramp));
+        }  // what a fade restores was made with its blends
     }
 
     void PaintAverages(int32_t x, int32_t y, int32_t count) {

@@ -125,15 +125,9 @@ private:
     static bool IsSamePixel(const uint8_t* p, const uint8_t* q) { return std::memcmp(p, q, Format::kPixelBytes) == 0; }
 
     void SetFlags(int32_t x, int32_t y, const ChunkFlags& flags) {
-        if ((flags.r | flags.d) != 0) {
-            planes.MarkRow(y);
-            planes.Set(kFlagR, x, y, flags.r);
-            planes.Set(kFlagD, x, y, flags.d);
-        }
-        if ((flags.x | flags.a) != 0) {
-            planes.Set(kFlagX, x, y, flags.x);
-            planes.Set(kFlagA, x, y, flags.a);
-        }
+        if ((flags.r | flags.d | flags.x | flags.a) == 0) return;
+        if ((flags.r | flags.d) != 0) planes.MarkRow(y);
+        planes.Set(x, y, {flags.r, flags.d, flags.x, flags.a});
     }
 
     void SetCell(int32_t x, int32_t y, uint8_t cell) {

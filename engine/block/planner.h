@@ -9,8 +9,8 @@
 
 namespace stairmelt::inline STAIRMELT_SET {
 
-// Passes all actions on a picture to the sink, in the order of the scan. They arrive in batches, any number of rows after
-// they were planned; that is safe, since flags are never built from changed rows.
+// Passes all actions on a picture to the sink, in the order of the scan. They arrive in batches, any number of rows
+// after they were planned; that is safe, since flags are never built from changed rows.
 void PlanVisits(int32_t width, int32_t height, FlagPlanes& planes, ActionSink& sink);
 
 }  // namespace stairmelt::inline STAIRMELT_SET

@@ -61,7 +61,9 @@ public:
             const bool isInRange = weight >= 0 && weight <= Weights::kWhole;
             *ramp++ = {isInRange ? Cached::kReady : Cached::kOutOfRange, 1, {weight}};
         }
-        ramps[kLongRamp].state = Cached::kTooLong;
+        *ramp = ramps[kBlendRamps + static_cast<int>(BlendWeight::kContact)];
+        ramp->weights[ramp->count++] = cornerWeight;
+        ramps[kLongRamp].state = ramps[kLongTail].state = Cached::kTooLong;
     }
 
     // The weights of a numbered ramp.

@@ -3,6 +3,7 @@
 // of the time.
 #pragma once
 
+#include "engine/block/action.h"
 #include "engine/block/flag_block.h"
 #include "engine/rules/run_rules.h"
 
@@ -10,11 +11,8 @@ namespace stairmelt::inline STAIRMELT_SET {
 
 template <class Words>
 struct ShortRuns {
-    Words any;    // pixels with a run of any length
-    Words isOne;  // of one cell
-    Words isTwo;
-    Words farIsOne;  // where isOne or isTwo: the far run's length; 0 where neither is set
-    Words farIsTwo;
+    Words any;                     // pixels with a run of any length
+    Words pixels[kShortRunKinds];  // by kShortRuns
 };
 
 // One walk, forth or back: the cells at which it continues, and where it counts.
@@ -39,15 +37,14 @@ ShortRuns<Words> FindShortRuns(const FlagBlocks<Words>& block, Words hasEdge) {
     constexpr int dx = kForth.dx, dy = kForth.dy;
     const ShortWalk<kForth, kForth.first, Words> first(block);
     const ShortWalk<kForth, kForth.second, Words> second(block);
-    ShortRuns<Words> runs;
-    runs.any = hasEdge & (first.counts | second.counts);
+    const Words any = hasEdge & (first.counts | second.counts);
 
     // The first walk wins if it ends closed; otherwise the longer one does.
     const Words oneWins = first.IsOne() & block.template Where<Moved(kForth.end, 2 * dx, 2 * dy)>();
     const Words twoWins = first.IsTwo() & block.template Where<Moved(kForth.end, 3 * dx, 3 * dy)>();
     const Words isLong = (first.IsLong() | second.IsLong()) & ~(oneWins | twoWins);
-    runs.isTwo = runs.any & ~isLong & ~oneWins & (first.IsTwo() | second.IsTwo());
-    runs.isOne = runs.any & ~isLong & ~runs.isTwo;
+    const Words isTwo = any & ~isLong & ~oneWins & (first.IsTwo() | second.IsTwo());
+    const Words isOne = any & ~isLong & ~isTwo;
 
     // A walk back crosses the same cells and doesn't pass the edge, so a far run is never longer than the run. It
     // consists of the continuing cells at its own end, unless its guard drops it.
@@ -59,9 +56,24 @@ ShortRuns<Words> FindShortRuns(const FlagBlocks<Words>& block, Words hasEdge) {
     const Words back1 = first.cells[1] & notDropped.template operator()<kBack.first.guard, 2>();
     const Words back2 = second.cells[1] & notDropped.template operator()<kBack.second.guard, 2>();
     const Words two = (back1 & first.cells[0]) | (back2 & second.cells[0]);
-    runs.farIsTwo = runs.isTwo & two;
-    runs.farIsOne = (runs.isOne & one) | (runs.isTwo & (back1 | back2) & ~two);
-    return runs;
+    return {any, {isOne & ~one, isOne & one, isTwo & ~(back1 | back2), isTwo & (back1 | back2) & ~two, isTwo & two}};
+}
+
+// As MeasureRun. The walk back on the same side crosses the same cells up to the edge: unless it is dropped, it counts
+// as many and wins.
+template <RunDirection kDirection, class Cursor>
+RunPair MeasureLongRun(Cursor at, int32_t room) {
+    constexpr RunScanner kForth = kRulesOf<kDirection>.forth, kBack = kRulesOf<kDirection>.back;
+    const int32_t n = WalkLength<kForth, kForth.first>(at);
+    const int32_t m = WalkLength<kForth, kForth.second>(at);
+    const bool firstWins = FirstWins<kForth>(at, n, m);
+    const int32_t length = firstWins ? n : m;
+    if (length == 0 || length + 1 > room) return {length, 0};
+    at.Move(kForth.dx * (length + 1), kForth.dy * (length + 1));
+    if (firstWins) {
+        return {length, IsDropped<kBack.first>(at, length) ? WalkLength<kBack, kBack.second>(at) : length};
+    }
+    return {length, IsDropped<kBack.second>(at, length) ? WalkLength<kBack, kBack.first>(at) : length};
 }
 
 }  // namespace stairmelt::inline STAIRMELT_SET

@@ -36,8 +36,10 @@ inline void LoadBlocks(FourWords& to, const uint8_t* const* at, ptrdiff_t offset
     to.words = _mm256_inserti128_si256(_mm256_castsi128_si256(two(at[0], at[1])), two(at[2], at[3]), 1);
 }
 
-// Interleaves the bytes of the low and of the high half of each 16 bytes.
-inline FourWords InterleaveLow(FourWords a, FourWords b) { return {_mm256_unpacklo_epi8(a.words, b.words)}; }
-inline FourWords InterleaveHigh(FourWords a, FourWords b) { return {_mm256_unpackhi_epi8(a.words, b.words)}; }
+// Bit i is set where word i isn't 0.
+inline uint32_t NonzeroWords(FourWords a) {
+    const __m256i isZero = _mm256_cmpeq_epi64(a.words, _mm256_setzero_si256());
+    return static_cast<uint32_t>(_mm256_movemask_pd(_mm256_castsi256_pd(isZero))) ^ 15;
+}
 
 }  // namespace stairmelt::inline STAIRMELT_SET

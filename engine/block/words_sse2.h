@@ -27,8 +27,10 @@ inline void LoadBlocks(TwoWords& to, const uint8_t* const* at, ptrdiff_t offset)
                                   _mm_loadl_epi64(reinterpret_cast<const __m128i*>(at[1] + offset)));
 }
 
-// Interleaves the bytes of the low and of the high half of each 16 bytes.
-inline TwoWords InterleaveLow(TwoWords a, TwoWords b) { return {_mm_unpacklo_epi8(a.words, b.words)}; }
-inline TwoWords InterleaveHigh(TwoWords a, TwoWords b) { return {_mm_unpackhi_epi8(a.words, b.words)}; }
+// Bit i is set where word i isn't 0.
+inline uint32_t NonzeroWords(TwoWords a) {
+    const int isZero = _mm_movemask_epi8(_mm_cmpeq_epi8(a.words, _mm_setzero_si128()));
+    return ((isZero & 0xFF) != 0xFF ? 1u : 0u) | (isZero >> 8 != 0xFF ? 2u : 0u);
+}
 
 }  // namespace stairmelt::inline STAIRMELT_SET

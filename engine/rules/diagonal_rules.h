@@ -44,16 +44,18 @@ int32_t DiagonalLength(const Cursor& at) {
                                   Not(kDiagonal.stop[0]), Not(kDiagonal.stop[1])>(kDiagonal.startX, kDiagonal.startY);
 }
 
-// Where the diagonal is long enough to be faded, for all pixels of a block.
+// For all pixels of a block: where the diagonal has cell kCell, counted from 0, if it has those before it, and where it
+// is long enough to be faded.
+template <Diagonal kDiagonal, int kCell, class Block>
+auto DiagonalGoesOn(const Block& block) {
+    constexpr int dx = kDiagonal.startX + kCell * kDiagonal.stepX, dy = kDiagonal.startY + kCell * kDiagonal.stepY;
+    return WhereAll<FlagTest{dx, dy, kDiagonal.continueFlag, true}, Not(Moved(kDiagonal.stop[0], dx, dy)),
+                    Not(Moved(kDiagonal.stop[1], dx, dy))>(block);
+}
 template <Diagonal kDiagonal, class Block>
 auto HasDiagonal(const Block& block) {
-    const auto goesOn = [&]<int kCell>() {
-        constexpr int dx = kDiagonal.startX + kCell * kDiagonal.stepX, dy = kDiagonal.startY + kCell * kDiagonal.stepY;
-        return WhereAll<FlagTest{dx, dy, kDiagonal.continueFlag, true}, Not(Moved(kDiagonal.stop[0], dx, dy)),
-                        Not(Moved(kDiagonal.stop[1], dx, dy))>(block);
-    };
     static_assert(kShortestDiagonal == 2);
-    return goesOn.template operator()<0>() & goesOn.template operator()<1>();
+    return DiagonalGoesOn<kDiagonal, 0>(block) & DiagonalGoesOn<kDiagonal, 1>(block);
 }
 
 }  // namespace stairmelt::inline STAIRMELT_SET

@@ -43,17 +43,27 @@ constexpr RunScanner kScanDown = {
 
 constexpr int32_t kLongRun = 3;  // cells; from here on a run needs its confirmation
 
+// Whether a walk of n cells is dropped. One expression without branches: which of the tests holds can't be predicted.
+template <Walk kWalk, class Cursor>
+bool IsDropped(const Cursor& at, int32_t n) {
+    const uint32_t isLong = n >= kLongRun;
+    return (at.template Where<kWalk.guard>() | (isLong & at.template Where<Not(kWalk.confirmation)>())) != 0;
+}
 // Cells that the walk counts; 0 where it is dropped.
 template <RunScanner kScanner, Walk kWalk, class Cursor>
 int32_t WalkLength(const Cursor& at) {
     const int32_t n =
         at.template CountCells<kScanner.dx, kScanner.dy, Not(kScanner.end), Not(kWalk.breakIfSet), kWalk.breakIfClear>(
             kScanner.dx, kScanner.dy);
-    // One expression without branches: which of the tests holds can't be predicted.
-    const uint32_t isLong = n >= kLongRun;
-    const uint32_t isDropped =
-        at.template Where<kWalk.guard>() | (isLong & at.template Where<Not(kWalk.confirmation)>());
-    return isDropped != 0 ? 0 : n;
+    return IsDropped<kWalk>(at, n) ? 0 : n;
+}
+
+// Whether the first walk counts, of n cells, and not the second one, of m cells.
+template <RunScanner kScanner, class Cursor>
+bool FirstWins(const Cursor& at, int32_t n, int32_t m) {
+    Cursor behind = at;
+    behind.Move(kScanner.dx * (n + 1), kScanner.dy * (n + 1));
+    return (n != 0 && behind.Holds(kScanner.end)) || n >= m;
 }
 
 // The length of the run that leaves the edge at the cursor's pixel; 0 for none.
@@ -61,9 +71,7 @@ template <RunScanner kScanner, class Cursor>
 int32_t RunLength(const Cursor& at) {
     const int32_t n = WalkLength<kScanner, kScanner.first>(at);
     const int32_t m = WalkLength<kScanner, kScanner.second>(at);
-    Cursor behind = at;
-    behind.Move(kScanner.dx * (n + 1), kScanner.dy * (n + 1));
-    return (n != 0 && behind.Holds(kScanner.end)) || n >= m ? n : m;
+    return FirstWins<kScanner>(at, n, m) ? n : m;
 }
 
 // The same rule for all pixels of a block: where the walk doesn't stop before its cell number kCell, counted from 1,

@@ -7,7 +7,6 @@
 #include <cassert>
 #include <cstddef>
 #include <cstdint>
-#include <initializer_list>
 #include <iterator>
 
 #include "engine/rules/diagonal_rules.h"
@@ -17,7 +16,7 @@
 
 namespace stairmelt::inline STAIRMELT_SET {
 
-// The runs that are recognised without being measured: most of all.
+// Most runs are one of these, and recognised without measuring.
 constexpr RunPair kShortRuns[] = {{1, 0}, {1, 1}, {2, 0}, {2, 1}, {2, 2}};
 constexpr int kShortRunKinds = static_cast<int>(std::size(kShortRuns));
 constexpr int kRunKinds = kShortRunKinds + 1;
@@ -25,7 +24,7 @@ constexpr int kRunKinds = kShortRunKinds + 1;
 // In the order in which a visit does them.
 enum ActionKind : uint8_t {
     // The right edge.
-    kLeftRun,  // by kShortRuns, then one for the others and for tails; so in each direction
+    kLeftRun,  // in each direction six: by kShortRuns, then one for all other runs and for tails
     kRightRun = kLeftRun + kRunKinds,
     kRiserFade = kRightRun + kRunKinds,  // four pairs, by kRiserDiagonals: of two cells, of more
     kContactRightBlend = kRiserFade + 8,
@@ -103,15 +102,15 @@ struct Track {
     int stepX, stepY;            // from one changed pixel to the next; 0 for a single one
     int fromStepX = 0, fromStepY = 0;
 };
-
 enum class Shape : uint8_t { kBlend, kRun, kFade, kFadeRestore };
 
+// What an action of a kind does.
 struct KindInfo {
     Track track;
-    Shape shape;
+    Shape shape;          // kBlend for kAverage, too
     uint8_t ramp;         // a RampNumber; kLongRamp: measured
     uint8_t number;       // of a run's direction or of a fade's diagonal
-    uint8_t restore = 0;  // the kind that follows
+    uint8_t restore = 0;  // the kind that goes with a fade of two cells; 0: none
 };
 
 using KindTable = std::array<KindInfo, kActionKinds>;
@@ -137,15 +136,12 @@ constexpr void SetFades(KindTable& table, size_t kind, uint8_t number) {
                       RampNumberOf(kHalfRamps, kShortestDiagonal),
                       number};
 }
-constexpr void SetBlends(KindTable& table, size_t kind, std::initializer_list<Blend> blends) {
+template <size_t kCount>
+constexpr void SetBlends(KindTable& table, size_t kind, const Blend (&blends)[kCount]) {
     for (const Blend& blend : blends) {
         const uint8_t ramp = static_cast<uint8_t>(kBlendRamps + static_cast<int>(blend.weight));
         table[kind++] = {{blend.dx, blend.dy, blend.fromDx, blend.fromDy, 0, 0}, Shape::kBlend, ramp, 0};
     }
-}
-template <class... Rules>
-constexpr void SetRules(KindTable& table, size_t kind) {
-    SetBlends(table, kind, {Rules::kBlend...});
 }
 constexpr KindTable MakeKinds() {
     KindTable table{};
@@ -154,11 +150,13 @@ constexpr KindTable MakeKinds() {
     for (uint8_t i = 0; i < 4; ++i) SetFades(table, kTreadFade + size_t{2} * i, static_cast<uint8_t>(4 + i));
     SetBlends(table, kContactRightBlend, {kContactRight, kContactLeft});
     table[kContactBlends] = {{0, 0, 1, 0, 1, 0, -1, 0}, Shape::kBlend, kBothContacts, 0};
-    SetRules<RestoreRight1, RestoreRight2, RestoreRight3>(table, kRestoreRight);
-    SetRules<RestoreDown1, RestoreDown2, RestoreDown3>(table, kRestoreDown);
-    SetRules<RestoreCorner1, RestoreCorner2>(table, kRestoreCorner);
-    SetRules<RestoreMost1, RestoreMost2>(table, kRestoreMostAbove);
-    SetRules<Sixth1, Sixth2, Sixth3, Sixth4, Sixth5, Sixth6, Sixth7, Sixth8>(table, kSixth);
+    SetBlends(table, kRestoreRight, {RestoreRight1::kBlend, RestoreRight2::kBlend, RestoreRight3::kBlend});
+    SetBlends(table, kRestoreDown, {RestoreDown1::kBlend, RestoreDown2::kBlend, RestoreDown3::kBlend});
+    SetBlends(table, kRestoreCorner, {RestoreCorner1::kBlend, RestoreCorner2::kBlend});
+    SetBlends(table, kRestoreMostAbove, {RestoreMost1::kBlend, RestoreMost2::kBlend});
+    SetBlends(table, kSixth,
+              {Sixth1::kBlend, Sixth2::kBlend, Sixth3::kBlend, Sixth4::kBlend, Sixth5::kBlend, Sixth6::kBlend,
+               Sixth7::kBlend, Sixth8::kBlend});
     return table;
 }
 inline constexpr KindTable kKinds = MakeKinds();

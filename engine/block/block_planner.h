@@ -44,6 +44,7 @@ private:
     static constexpr int kBlocks = kBlocksOf<Words>;
     static constexpr int kMaxActions = 31;  // of one pixel
 
+    // What is done at a pixel.
     struct Visit {
         uint8_t count;
         struct {
@@ -94,7 +95,7 @@ private:
         for (; pixels != 0; pixels &= pixels - 1) Add(kind, TrailingZeros(pixels), ramp);
     }
 
-    // Measure at each of the pixels, and add what results.
+    // Measure at each of the pixels, and add the action with its ramp.
     template <RunDirection kDirection>
     void MeasureRuns(int kind, uint64_t pixels) {
         constexpr const DirectionRules& kRules = kRulesOf<kDirection>;

@@ -19,16 +19,11 @@ namespace stairmelt::inline STAIRMELT_SET {
 // pixel doesn't have stay unchanged. Pixels of three bytes are loaded and stored together with the next pixel's first
 // byte; storing them from left to right keeps that byte correct.
 template <class Format>
-class ByteStroke {
+class ByteStroke : Stroke {
 public:
     ByteStroke() = default;
     explicit ByteStroke(const Stroke& stroke)
-        : to(stroke.to),
-          from(stroke.from),
-          advance(stroke.advance),
-          fromAdvance(stroke.fromAdvance),
-          toNext(kPixels * stroke.advance),
-          fromNext(kPixels * stroke.fromAdvance) {
+        : Stroke(stroke), toNext(kPixels * advance), fromNext(kPixels * fromAdvance) {
         const bool isLeft = stroke.advance == -kBytes && stroke.fromAdvance == 0;
         if (isLeft) {
             to += (kPixels - 1) * advance;
@@ -88,11 +83,9 @@ private:
     }
     static void Store(uint8_t* at, int32_t bytes) { std::memcpy(at, &bytes, kStoredBytes); }
 
-    ptrdiff_t to, from;              // from the visited pixel to the one in the vector's low end, and to its target
-    ptrdiff_t advance, fromAdvance;  // from one pixel in the vector to the next
-    ptrdiff_t toNext, fromNext;      // to the next four
-    ptrdiff_t toPair, pairSpread;    // for a ramp of at most two pixels: from `to` and in `spread` to what they have
-    int8_t spread[48] = {};          // for shuffle_epi8: each sample's weight, of eight weights of 16 bits
+    ptrdiff_t toNext, fromNext;    // to the next four
+    ptrdiff_t toPair, pairSpread;  // for a ramp of at most two pixels: from `to` and in `spread` to what they have
+    int8_t spread[48] = {};        // for shuffle_epi8: each sample's weight, of eight weights of 16 bits
 };
 
 // Averages a row of neighbouring isolated pixels (isolated_pixel.h). Returns false without changing anything at the

@@ -34,7 +34,7 @@ Words IsNearDot(const FlagBlocks<Words>& block) {
     return dots << 2 | dots << 1 | dots | dots >> 1;
 }
 
-// What is done in some blocks.
+// What is done at the pixels of some blocks.
 template <class Words>
 struct Decisions {
     Words pixels[kDecidedKinds];  // by ActionKind: one bit for each pixel; those beyond the last column are meaningless

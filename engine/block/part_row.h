@@ -33,8 +33,8 @@ PartValue<Format> PartThreshold(EdgeThreshold<Format> threshold) {
     if constexpr (Format::kBits == 32) {
         return threshold;
     } else {
-        constexpr int32_t kMost = Format::kBits == 8 ? 1 << 14 : 1 << 20;
-        return static_cast<PartValue<Format>>(std::clamp(threshold, -kMost, kMost));
+        constexpr int32_t kMax = Format::kBits == 8 ? 1 << 14 : 1 << 20;
+        return static_cast<PartValue<Format>>(std::clamp(threshold, -kMax, kMax));
     }
 }
 

@@ -70,9 +70,7 @@ RunPair MeasureLongRun(Cursor at, int32_t room) {
     const int32_t length = firstWins ? n : m;
     if (length == 0 || length + 1 > room) return {length, 0};
     at.Move(kForth.dx * (length + 1), kForth.dy * (length + 1));
-    if (firstWins) {
-        return {length, IsDropped<kBack.first>(at, length) ? WalkLength<kBack, kBack.second>(at) : length};
-    }
+    if (firstWins) return {length, IsDropped<kBack.first>(at, length) ? WalkLength<kBack, kBack.second>(at) : length};
     return {length, IsDropped<kBack.second>(at, length) ? WalkLength<kBack, kBack.first>(at) : length};
 }
 

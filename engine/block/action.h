@@ -61,7 +61,7 @@ static_assert(std::all_of(kRiserDiagonals, kRiserDiagonals + 4, IsBesideStaircas
               std::all_of(kTreadDiagonals, kTreadDiagonals + 4, IsBesideStaircase));
 
 // Ramps are numbered: those of single blends by their weight, of runs, tails and diagonals by their lengths in cells.
-// All longer ones share a number.
+// Longer ones share one of the two last numbers.
 constexpr int32_t kMaxLength = 8;
 constexpr int kFarLengths = kMaxLength + 1 - kBesideDot;
 enum RampNumber : uint8_t {
@@ -107,8 +107,8 @@ enum class Shape : uint8_t { kBlend, kRun, kFade, kFadeRestore };
 // What an action of a kind does.
 struct KindInfo {
     Track track;
-    Shape shape;          // kBlend for kAverage, too
-    uint8_t ramp;         // a RampNumber; kLongRamp: measured
+    Shape shape;
+    uint8_t ramp;         // a RampNumber; kLongRamp: to be measured
     uint8_t number;       // of a run's direction or of a fade's diagonal
     uint8_t restore = 0;  // the kind that goes with a fade of two cells; 0: none
 };
@@ -144,7 +144,7 @@ constexpr void SetBlends(KindTable& table, size_t kind, const Blend (&blends)[kC
     }
 }
 constexpr KindTable MakeKinds() {
-    KindTable table{};
+    KindTable table{};  // has nothing for kAverage
     for (uint8_t direction = 0; direction < 4; ++direction) SetRuns(table, direction);
     for (uint8_t i = 0; i < 4; ++i) SetFades(table, kRiserFade + size_t{2} * i, i);
     for (uint8_t i = 0; i < 4; ++i) SetFades(table, kTreadFade + size_t{2} * i, static_cast<uint8_t>(4 + i));

@@ -42,7 +42,7 @@ public:
 
 private:
     static constexpr int kBlocks = kBlocksOf<Words>;
-    static constexpr int kMaxActions = 31;  // of one pixel
+    static constexpr int kMaxActions = 31;  // of one pixel; 23 can occur
 
     // What is done at a pixel.
     struct Visit {
@@ -62,7 +62,7 @@ private:
         const KindSets<Words> sets(decisions);
         for (int i = 0; i < count; ++i) {
             const uint64_t inImage = ColumnsBelow(width, places[i].x);
-            const uint64_t others = WordOf(decisions.others, i) & inImage;
+            const uint64_t others = WordOf(decisions.besidesAverage, i) & inImage;
             const uint64_t average = WordOf(decisions.pixels[kAverage], i) & inImage;
             blockX = places[i].x - kGuardColumns;
             blockY = places[i].y;
@@ -88,7 +88,7 @@ private:
     }
     void AddMeasured(int kind, int bit, uint8_t ramp, const RunPair& run) {
         Add(kind, bit, ramp);
-        if (ramp >= kLongRamp) longRuns[kind][bit] = run;
+        if (ramp >= kLongRamp) longLengths[kind][bit] = run;
     }
     void AddAll(int kind, uint64_t pixels) {
         const uint8_t ramp = kKinds[static_cast<size_t>(kind)].ramp;
@@ -103,7 +103,7 @@ private:
             const int bit = TrailingZeros(pixels);
             const PlaneCursor at = CursorAt(planes, blockX + bit, blockY);
             const int32_t room = RoomFrom(at.x, at.y, kRules.forth.dx, kRules.forth.dy, width, height);
-            RunPair run = MeasureLongRun<kDirection>(at, room);
+            RunPair run = MeasureRunOnce<kDirection>(at, room);
             if (run.length == 0) {
                 run.length = TailLength<kRules.tail>(at);
                 AddMeasured(kind, bit, RampNumberOf(kTailRamps, run.length), run);
@@ -138,6 +138,7 @@ private:
             const int32_t bit = TrailingZeros(acting);
             if (queued > kBatch - kMaxActions) Flush();
             if ((onlyAveraged >> bit & 1) != 0) {
+                // An average reads no pixel of the destination but its own.
                 const int32_t length = TrailingOnes(onlyAveraged >> bit, kBlockColumns);
                 actions[queued++] = {blockX + bit, blockY, kAverage, 0, static_cast<uint8_t>(length), false};
                 acting &= ~(((uint64_t{1} << length) - 1) << bit);
@@ -148,7 +149,7 @@ private:
             Visit& visit = visits[bit];
             for (int i = 0; i < visit.count; ++i) {
                 const auto [kind, ramp] = visit.actions[i];
-                if (ramp >= kLongRamp) lengths[measuredLengths++] = longRuns[kind][bit];
+                if (ramp >= kLongRamp) lengths[measuredLengths++] = longLengths[kind][bit];
                 actions[queued++] = {blockX + bit, blockY, kind, ramp, 1, isInner};
             }
             visit.count = 0;
@@ -199,7 +200,7 @@ private:
     // Of the block at hand, by bit.
     int32_t blockX = 0, blockY = 0;  // of bit 0
     Visit visits[64] = {};
-    RunPair longRuns[kActionKinds][64];  // of those whose ramp is long
+    RunPair longLengths[kActionKinds][64];  // of those whose ramp is long
     Action actions[kBatch];
     RunPair lengths[kBatch];
     int queued = 0, measuredLengths = 0;

@@ -38,11 +38,11 @@ Words IsNearDot(const FlagBlocks<Words>& block) {
 template <class Words>
 struct Decisions {
     Words pixels[kDecidedKinds];  // by ActionKind: one bit for each pixel; those beyond the last column are meaningless
-    Words others = {};            // at which anything but kAverage is done
+    Words besidesAverage = {};    // at which anything but kAverage is done
 
     void Set(int kind, Words where) {
         pixels[kind] = where;
-        others = others | where;
+        besidesAverage = besidesAverage | where;
     }
 
     // Sets the first rule that holds.
@@ -153,7 +153,7 @@ public:
         }
     }
 
-    uint64_t Of(int block) const {
+    uint64_t Of(int block) const {  // movemask collects the top bits of bytes
         uint64_t kinds = 0;
         for (int i = 0; i < 4; ++i) {
             const __m128i some = _mm_loadu_si128(reinterpret_cast<const __m128i*>(blocks + 16 * i));

@@ -15,7 +15,6 @@
 
 namespace stairmelt::inline STAIRMELT_SET {
 
-constexpr int32_t kBlockBytes = kBlockColumns / 8;
 constexpr uint64_t kBlockPixels = ((uint64_t{1} << kBlockColumns) - 1) << kGuardColumns;  // the block's own columns
 static_assert(kBlockColumns % 8 == 0 && kBlockColumns + 2 * kReachColumns == 64);
 

@@ -2,15 +2,15 @@
 // One instruction tests the same flag of up to 64 pixels.
 //
 // In a row of bits, column x is bit x + kGuardColumns, counted from the lowest bit of the row's first byte. Zero bits
-// surround the image: a flag may be read for x from -60 to 60 beyond the width, and for y from -kGuardRows to
-// height + kGuardRows - 1, so that readers need no bounds tests. Rows without flags are never written, and
-// zeroed pages are handed out as they are touched: a flat part of a picture costs no memory traffic.
+// surround the image: a word of flags may begin at any x from -1 to the width, and y may be anything from -kGuardRows
+// to height + kGuardRows - 1, so that readers need no bounds tests. Rows without flags are never written, and zeroed
+// pages are handed out as they are touched: a flat part of a picture costs no memory traffic.
 //
 // When rows are built. Flags are read from the destination while it still equals the source, and the flags of row y
 // depend on pixel rows y and y + 1. So a pixel row y may be changed only once Need(y) has been called. The planner
-// keeps kRowsAhead rows built beyond the visited one. That covers everything that is changed below it except by ramps
-// and diagonals that go farther down. For those, CountCells calls Need for the rows that a downward walk reads, and
-// the painter for each row that a ramp too long for its cache will change.
+// keeps kRowsAhead rows built beyond the visited one, enough for whatever is tested and painted below it but walks and
+// ramps: CountCells calls Need for the rows that a downward walk reads, and the painter for those that a downward ramp
+// changes, unless it is cached and thus short.
 //
 // Units of columns:
 //   4    group: in its first three columns the definition tests some diagonals only after other flags (cell_builder.h)
@@ -51,7 +51,7 @@ inline uint64_t LoadWord(const uint8_t* at) {
 // Builds the flags of further rows on demand.
 class RowBuilder {
 public:
-    // Sets the flags of all rows below `end`, which is at most the height.
+    // Sets the flags of rows 0 to `end` - 1; `end` is at most the height.
     virtual void BuildTo(int32_t end) = 0;
 
 protected:
@@ -72,7 +72,7 @@ public:
         planeBytes = static_cast<ptrdiff_t>(bitBytes + kGuardBytes);
         rowBytes = 4 * planeBytes;
         const int64_t rows = static_cast<int64_t>(height) + 2 * kGuardRows;
-        const int64_t planeMemory = rows * rowBytes + kGuardBytes + kTailBytes;  // below 2^62
+        const int64_t planeMemory = rows * rowBytes + kGuardBytes;  // below 2^62
         memory = std::calloc(static_cast<size_t>(planeMemory + height), 1);
         if (memory == nullptr) return false;
         uint8_t* const start = static_cast<uint8_t*>(memory);
@@ -119,8 +119,6 @@ public:
 private:
     // Between two rows of bits, so that whole words may be read across a row's ends.
     static constexpr int64_t kGuardBytes = 8;
-    // After the last row, whose last block may be read as a whole.
-    static constexpr int64_t kTailBytes = 8;
 
     void BuildMore(int32_t y) {
         constexpr int32_t kBandRows = 8;

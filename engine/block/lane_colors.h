@@ -23,7 +23,6 @@ __m128i LoadBytes(const uint8_t* at) {
         std::memcpy(&word, at + offset, sizeof word);
         return word;
     };
-    if constexpr (kBytes == 1) return _mm_cvtsi32_si128(part(uint8_t{}, 0));
     if constexpr (kBytes == 2) return _mm_cvtsi32_si128(part(uint16_t{}, 0));
     if constexpr (kBytes == 3) return _mm_cvtsi32_si128(part(uint16_t{}, 0) | part(uint8_t{}, 2) << 16);
     if constexpr (kBytes == 4) return _mm_cvtsi32_si128(part(int32_t{}, 0));
@@ -38,7 +37,6 @@ __m128i LoadBytes(const uint8_t* at) {
 template <int kBytes>
 void StoreBytes(uint8_t* at, __m128i bytes) {
     const auto put = [&]<class Word>(Word word, int offset) { std::memcpy(at + offset, &word, sizeof word); };
-    if constexpr (kBytes == 1) put(static_cast<uint8_t>(_mm_cvtsi128_si32(bytes)), 0);
     if constexpr (kBytes == 2 || kBytes == 3) put(static_cast<uint16_t>(_mm_cvtsi128_si32(bytes)), 0);
     if constexpr (kBytes == 3) put(static_cast<uint8_t>(_mm_extract_epi8(bytes, 2)), 2);
     if constexpr (kBytes == 4 || kBytes == 6) put(_mm_cvtsi128_si32(bytes), 0);

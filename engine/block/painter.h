@@ -41,6 +41,7 @@ public:
 
     void Perform(const Action* actions, int count, const RunPair* lengths) override {
         using Cached = CachedRamp<Weights>;
+        // Only strokes that mix several pixels need weights in range.
         constexpr auto kPaintable = Format::kMixesStrokes ? Cached::kReady : Cached::kOutOfRange;
         for (const Action* action = actions; action < actions + count; ++action) {
             const int32_t x = action->x, y = action->y;
@@ -77,7 +78,7 @@ private:
     }
     using Weights = typename Format::Weights;
     using OwnStroke = typename Format::InstructionSet::template StrokeOf<Format>;
-    // The farthest pixel below a visit that a cached ramp changes: a fade begins one row below it.
+    // A cached ramp begins at most one row or column beyond the visited pixel.
     static_assert(kRowsAhead > kMaxCached + 1 && kMargin > kMaxCached + 1);
 
     // For pixels near the image's border, where a walk may end early, and for ramps that aren't cached. Before a ramp

@@ -73,8 +73,11 @@ public:
     // The flags of part p; q is the part below it.
     static ChunkFlags Compare(const PartRow& p, const PartRow& q, EdgeThreshold<Format> edgeThreshold) {
         const Value threshold = PartThreshold<Format>(edgeThreshold);
-        return {Differing(p, 0, p, 1, threshold), Differing(p, 0, q, 0, threshold), Differing(p, 0, q, 1, threshold),
-                Differing(p, 1, q, 0, threshold)};
+        // A loop, so that the long code of a comparison stands once.
+        const PartRow* const second[] = {&p, &q, &q, &q};
+        uint64_t flags[4];
+        for (int i = 0; i < 4; ++i) flags[i] = Differing(p, i == 3, *second[i], i == 0 || i == 2, threshold);
+        return {flags[0], flags[1], flags[2], flags[3]};
     }
 
 private:

@@ -37,48 +37,43 @@ public:
 
     void BuildTo(int32_t end) override {
         const int32_t endOfBand = end < image.height ? end : image.height - 1;
-        BuildBandBest(endOfBand);
+        const int32_t packedEnd = cells.PackedEnd();
+        const bool hasChunks = packedEnd >= kChunkColumns;
+        if (hasChunks) BuildChunksBest(endOfBand);
+        for (; nextRow < endOfBand; ++nextRow) {
+            for (int32_t x = hasChunks ? packedEnd : 0; x < packedEnd; x += 4) {
+                SetCells(x, nextRow, cells.PackedStep(x, nextRow));
+            }
+            for (int32_t x = packedEnd; x < image.width - 1; ++x) SetCells(x, nextRow, cells.PlainStep(x, nextRow));
+            SetCells(image.width - 1, nextRow, cells.LastColumnStep(nextRow));
+        }
         if (end < image.height) return;
-        for (int32_t x = 0; x < image.width - 1; ++x) SetCell(x, image.height - 1, cells.LastRowStep(x));
+        for (int32_t x = 0; x < image.width - 1; ++x) SetCells(x, image.height - 1, cells.LastRowStep(x));
     }
 
 private:
     // Uses the instruction set's own rows if it has any and they support the threshold.
-    void BuildBandBest(int32_t end) {
+    void BuildChunksBest(int32_t end) {
         if constexpr (Format::kComparesChunks) {
             using OwnRow = typename Format::InstructionSet::template Row<Format>;
-            if (OwnRow::Supports(cells.threshold)) return BuildBand<OwnRow>(end);
+            if (OwnRow::Supports(cells.threshold)) return BuildChunks<OwnRow>(end);
         }
-        BuildBand<PartRow<Format>>(end);
+        BuildChunks<PartRow<Format>>(end);
     }
 
     // Chunk by chunk, each from the first row to the last one, so that each row of a band is loaded and laid out once.
     template <class Row>
-    void BuildBand(int32_t end) {
+    void BuildChunks(int32_t end) {
         const int32_t packedEnd = cells.PackedEnd();
         int32_t x = 0;
-        if (packedEnd >= kChunkColumns) {
-            for (; x + kChunkColumns <= packedEnd; x += kChunkColumns) BuildChunk<Row>(x, end);
-            // The last chunk ends with the last group. Where it overlaps the one before it finds the same flags.
-            if (x < packedEnd) BuildChunk<Row>(packedEnd - kChunkColumns, end);
-            x = packedEnd;
-        }
-        for (; nextRow < end; ++nextRow) {
-            for (int32_t group = x; group < packedEnd; group += 4) {
-                const uint32_t word = cells.PackedStep(group, nextRow);
-                for (int k = 0; k < 4; ++k) SetCell(group + k, nextRow, static_cast<uint8_t>(word >> (8 * k)));
-            }
-            for (int32_t column = packedEnd; column < image.width - 1; ++column) {
-                SetCell(column, nextRow, cells.PlainStep(column, nextRow));
-            }
-            SetCell(image.width - 1, nextRow, cells.LastColumnStep(nextRow));
-        }
+        for (; x + kChunkColumns <= packedEnd; x += kChunkColumns) BuildChunk<Row>(x, end);
+        // The last chunk ends with the last group. Where it overlaps the one before it finds the same flags.
+        if (x < packedEnd) BuildChunk<Row>(packedEnd - kChunkColumns, end);
     }
 
     template <class Row>
     void BuildChunk(int32_t x, int32_t end) {
-        // The parts of a chunk, which are laid out separately, and the number of the lower row that each holds; -1:
-        // none.
+        // The parts of a chunk, laid out separately, and the number of the lower row that each holds; -1: none.
         constexpr int kParts = kChunkColumns / Row::kColumns;
         Row rows[kParts][2];
         int32_t loadedRows[kParts];
@@ -119,15 +114,15 @@ private:
         }
     }
 
-    // True if the chunk's pixels and the one after them all have the same bits. Equal pixels never differ, whatever
+    // True if the pixels and the one after them all have the same bits. Equal pixels never differ, whatever
     // the format, as long as the threshold isn't negative.
     template <int kColumns>
-    bool IsFlat(const uint8_t* chunk) const {
+    bool IsFlat(const uint8_t* pixels) const {
         constexpr int kBytes = kColumns * Format::kPixelBytes;
         // In pieces of two bytes: compilers turn that into wider vectors than longer pieces.
         const auto load = [&](int offset) {
             uint16_t piece;
-            std::memcpy(&piece, chunk + offset, sizeof piece);
+            std::memcpy(&piece, pixels + offset, sizeof piece);
             return piece;
         };
         uint16_t difference = 0;
@@ -143,10 +138,12 @@ private:
         planes.Set(x, y, {flags.r, flags.d, flags.x, flags.a});
     }
 
-    void SetCell(int32_t x, int32_t y, uint8_t cell) {
-        if (cell == 0) return;
-        const auto bit = [&](uint8_t flag) { return static_cast<uint64_t>((cell & flag) != 0); };
-        SetFlags(x, y, {bit(kFlagR), bit(kFlagD), bit(kFlagX), bit(kFlagA)});
+    // One cell, or a packed word of four.
+    void SetCells(int32_t x, int32_t y, uint32_t word) {
+        for (; word != 0; word >>= 8, ++x) {
+            const auto bit = [&](uint8_t flag) { return static_cast<uint64_t>((word & flag) != 0); };
+            SetFlags(x, y, {bit(kFlagR), bit(kFlagD), bit(kFlagX), bit(kFlagA)});
+        }
     }
 
     const ImageView& image;

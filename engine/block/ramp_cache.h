@@ -16,7 +16,7 @@ namespace stairmelt::inline STAIRMELT_SET {
 // The weights of a walk, pixel by pixel, bent by the bias.
 template <class Weights>
 struct CachedRamp {
-    enum State : uint8_t {
+    enum State : uint8_t {  // from what can't be painted to what any stroke can
         kUnknown,
         kTooLong,
         kOutOfRange,  // a weight is below 0 or above kWhole

@@ -15,7 +15,7 @@ struct ShortRuns {
     Words pixels[kShortRunKinds];  // by kShortRuns
 };
 
-// One walk, forth or back: the cells at which it continues, and where it counts.
+// One walk: the cells at which it continues, and where it counts.
 template <RunScanner kForth, Walk kWalk, class Words>
 struct ShortWalk {
     Words cells[3];  // the walk doesn't stop before cell 1, 2, 3
@@ -51,18 +51,19 @@ ShortRuns<Words> FindShortRuns(const FlagBlocks<Words>& block, Words hasEdge) {
     const auto notDropped = [&]<FlagTest kGuard, int kCells>() {
         return block.template Where<Not(Moved(kGuard, (kCells + 1) * dx, (kCells + 1) * dy))>();
     };
-    const Words one = (first.cells[0] & notDropped.template operator()<kBack.first.guard, 1>()) |
-                      (second.cells[0] & notDropped.template operator()<kBack.second.guard, 1>());
-    const Words back1 = first.cells[1] & notDropped.template operator()<kBack.first.guard, 2>();
-    const Words back2 = second.cells[1] & notDropped.template operator()<kBack.second.guard, 2>();
-    const Words two = (back1 & first.cells[0]) | (back2 & second.cells[0]);
-    return {any, {isOne & ~one, isOne & one, isTwo & ~(back1 | back2), isTwo & (back1 | back2) & ~two, isTwo & two}};
+    const Words farIsOne = (first.cells[0] & notDropped.template operator()<kBack.first.guard, 1>()) |
+                           (second.cells[0] & notDropped.template operator()<kBack.second.guard, 1>());
+    const Words firstBack = first.cells[1] & notDropped.template operator()<kBack.first.guard, 2>();
+    const Words secondBack = second.cells[1] & notDropped.template operator()<kBack.second.guard, 2>();
+    const Words farIsTwo = (firstBack & first.cells[0]) | (secondBack & second.cells[0]);
+    const Words back = firstBack | secondBack;
+    return {any, {isOne & ~farIsOne, isOne & farIsOne, isTwo & ~back, isTwo & back & ~farIsTwo, isTwo & farIsTwo}};
 }
 
 // As MeasureRun. The walk back on the same side crosses the same cells up to the edge: unless it is dropped, it counts
 // as many and wins.
 template <RunDirection kDirection, class Cursor>
-RunPair MeasureLongRun(Cursor at, int32_t room) {
+RunPair MeasureRunOnce(Cursor at, int32_t room) {
     constexpr RunScanner kForth = kRulesOf<kDirection>.forth, kBack = kRulesOf<kDirection>.back;
     const int32_t n = WalkLength<kForth, kForth.first>(at);
     const int32_t m = WalkLength<kForth, kForth.second>(at);

@@ -3,9 +3,10 @@
 
 #include <emmintrin.h>
 
+#include <cstddef>
 #include <cstdint>
 
-#include "engine/block/flag_block.h"
+#include "engine/instruction_set.h"
 
 namespace stairmelt::inline STAIRMELT_SET {
 

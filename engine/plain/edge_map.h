@@ -31,7 +31,7 @@ public:
         const int64_t rowWords = (width + kLeftGuard + kRightGuard + 3) / 4;
         if (rowWords < 0 || rowWords > INT32_MAX / 4 || height + kGuardRows < 0) return false;
         const bool hasPixels = width >= 1 && height >= 1;
-        // Below 2^61: either factor is below 2^32.
+        // Below 2^61: rowWords is below 2^29.
         const int64_t wordCount = rowWords * (hasPixels ? height + kGuardRows : kGuardRows);
         static_assert(sizeof(size_t) == sizeof wordCount);
 

@@ -74,8 +74,8 @@ int32_t RunLength(const Cursor& at) {
     return FirstWins<kScanner>(at, n, m) ? n : m;
 }
 
-// The same rule for all pixels of a block: where the walk doesn't stop before its cell number kCell, counted from 1,
-// and where WalkLength isn't 0.
+// The same rule for all pixels of a block: first where the walk doesn't stop before its cell number kCell, counted from
+// 1, then where WalkLength isn't 0.
 template <RunScanner kScanner, Walk kWalk, int kCell, class Block>
 auto WalkGoesOn(const Block& block) {
     constexpr int dx = kScanner.dx * kCell, dy = kScanner.dy * kCell;

@@ -29,7 +29,7 @@ struct KernelJob {
     int32_t softness;        // length of the ramps in percent; 0..100 from the dialog
     int32_t bias;            // percent of cube in the weight curve; negative mirrors it; 0..100 from the dialog
     void* reserved;          // null; no kernel reads it
-    KernelKey key;           // read by DispatchKernel only
+    KernelKey key;           // read by DispatchKernel (host/) only
     // Both views have one size. The source is only read. The destination holds the same pixels on entry, since the
     // edges are read from it, and only pixels inside the image are written. The two buffers don't overlap.
     const ImageView* source;

@@ -1,8 +1,6 @@
 // The colours of a pixel in the four lanes of a vector, mixed at once: the vector form of SampleColors (mix.h), with
 // the same result to the bit. Lanes hold 32 bits, wrap as SampleColors does, and are truncated to a sample by keeping
-// the low bits.
-//
-// Included only by files that are compiled for AVX2.
+// the low bits. Included only by files that are compiled for AVX2.
 #pragma once
 
 #include <immintrin.h>

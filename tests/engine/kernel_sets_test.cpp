@@ -52,6 +52,7 @@ Case RandomCase(const KernelCase& format, int round, SeededRandom& random) {
         for (uint8_t& byte : result.picture.pixels) byte = static_cast<uint8_t>(random.Next() >> random.Below(8));
     }
     if (round % 13 == 5) result.values.colorThreshold = 255;
+    if (round % 9 == 6) result.values.bias = 101 + random.Below(12);  // only one part of a fade stays in range
     if (round % 11 == 0) result.values = {random.Wild(), random.Wild(), random.Wild()};  // a script's
     // The same softness where ramps end away from the image's border.
     if (round % 14 == 8) result.values.softness = random.Wild();

@@ -61,9 +61,8 @@ private:
         Decide(planes, places, LimitsOfBlocks(), decisions);
         const KindSets<Words> sets(decisions);
         for (int i = 0; i < count; ++i) {
-            const uint64_t inImage = ColumnsBelow(width, places[i].x);
-            const uint64_t others = WordOf(decisions.besidesAverage, i) & inImage;
-            const uint64_t average = WordOf(decisions.pixels[kAverage], i) & inImage;
+            const uint64_t others = WordOf(decisions.besidesAverage, i) & kBlockPixels;
+            const uint64_t average = WordOf(decisions.pixels[kAverage], i) & kBlockPixels;
             blockX = places[i].x - kGuardColumns;
             blockY = places[i].y;
             for (uint64_t kinds = sets.Of(i); kinds != 0; kinds &= kinds - 1) {

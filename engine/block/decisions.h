@@ -37,7 +37,7 @@ Words IsNearDot(const FlagBlocks<Words>& block) {
 // What is done at the pixels of some blocks.
 template <class Words>
 struct Decisions {
-    Words pixels[kDecidedKinds];  // by ActionKind: one bit for each pixel; those beyond the last column are meaningless
+    Words pixels[kDecidedKinds];  // by ActionKind: one bit for each pixel; those of the neighbours are meaningless
     Words besidesAverage = {};    // at which anything but kAverage is done
 
     void Set(int kind, Words where) {

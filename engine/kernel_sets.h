@@ -1,6 +1,5 @@
-// The 24 kernels in their plain form (plain/, the definition) and in the fast one for each instruction set (block/); the
-// rules that both read are in rules/. All give the same result to the bit. The named kernels of smooth_kernel.h check
-// what is common to all and run one of these.
+// The 24 kernels in their plain form (plain/, the definition) and the fast one of each instruction set (block/); rules/
+// is common to both. All give the same result to the bit. The named kernels of smooth_kernel.h run one of these.
 #pragma once
 
 #include <array>

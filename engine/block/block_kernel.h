@@ -1,9 +1,6 @@
-// A kernel in the form that runs: it keeps the flags as bits, decides for blocks of pixels, and visits only where
-// something is done. The flags are built a little ahead of the scan, so that the pixels are still in the cache when
-// they are changed.
-//
-// The result equals that of the plain form: the flags are the same, the decisions depend on them alone, and the blends
-// are made in the same order.
+// A kernel in the fast form: it keeps the flags as bits, decides for blocks of pixels, and visits only where something
+// is done. The flags are built a little ahead of the scan, so that the pixels are still in the cache when they are
+// changed. Flags, decisions and the order of blends are those of the plain form, and so is the result.
 #pragma once
 
 #include <cstdint>

@@ -189,7 +189,7 @@ private:
         return ColumnsBelow(width - margin, place.x) & ~ColumnsBelow(margin, place.x);
     }
 
-    static constexpr int kBatch = 256;  // actions
+    static constexpr int kBatch = 2048;  // actions
 
     const int32_t width, height;
     FlagPlanes& planes;

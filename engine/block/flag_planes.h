@@ -121,7 +121,7 @@ private:
     static constexpr int64_t kGuardBytes = 8;
 
     void BuildMore(int32_t y) {
-        constexpr int32_t kBandRows = 8;
+        constexpr int32_t kBandRows = 16;
         const int32_t end = y < height - kBandRows ? y + kBandRows : height;
         builder->BuildTo(end);
         builtRows = end == height ? INT32_MAX : end;

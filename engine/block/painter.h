@@ -1,6 +1,8 @@
 // Carries out the planner's actions in one pixel format: ramps, fades, averages and single blends.
 #pragma once
 
+#include <emmintrin.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -33,18 +35,20 @@ public:
                              Offset(*job.source, track.fromX, track.fromY),
                              Offset(*job.destination, track.stepX, track.stepY),
                              Offset(*job.source, track.fromStepX, track.fromStepY)};
-        }
-        if constexpr (Format::kMixesStrokes) {
-            for (int kind = 0; kind < kActionKinds; ++kind) ownStrokes[kind] = OwnStroke(strokes[kind]);
+            if constexpr (Format::kMixesStrokes) ownStrokes[kind] = OwnStroke(strokes[kind]);
         }
     }
 
     void Perform(const Action* actions, int count, const RunPair* lengths) override {
         using Cached = CachedRamp<Weights>;
+        constexpr int kAhead = 8;  // actions; the source's row below them isn't in the cache yet when they are planned
         // Only strokes that mix several pixels need weights in range.
         constexpr auto kPaintable = Format::kMixesStrokes ? Cached::kReady : Cached::kOutOfRange;
         for (const Action* action = actions; action < actions + count; ++action) {
             const int32_t x = action->x, y = action->y;
+            const Action& later = actions + count - action > kAhead ? action[kAhead] : *action;
+            const int32_t below = std::min(later.y + 1, job.source->height - 1);
+            _mm_prefetch(reinterpret_cast<const char*>(PixelAt<Format>(*job.source, later.x, below)), _MM_HINT_T0);
             if (action->kind == kAverage) {
                 PaintAverages(x, y, action->span);
                 continue;
@@ -65,8 +69,10 @@ public:
     }
 
 private:
-    static void PaintStroke(const Stroke& stroke, uint8_t* to, const uint8_t* from,
-                            const CachedRamp<typename Format::Weights>& ramp) {
+    using Weights = typename Format::Weights;
+    using OwnStroke = typename Format::InstructionSet::template StrokeOf<Format>;
+
+    static void PaintStroke(const Stroke& stroke, uint8_t* to, const uint8_t* from, const CachedRamp<Weights>& ramp) {
         to += stroke.to;
         from += stroke.from;
         int32_t i = 0;
@@ -76,8 +82,7 @@ private:
             from += stroke.fromAdvance;
         } while (++i < ramp.count);
     }
-    using Weights = typename Format::Weights;
-    using OwnStroke = typename Format::InstructionSet::template StrokeOf<Format>;
+
     // A cached ramp begins at most one row or column beyond the visited pixel.
     static_assert(kRowsAhead > kMaxCached + 1 && kMargin > kMaxCached + 1);
 

@@ -90,7 +90,7 @@ constexpr uint8_t RampNumberOf(RampNumber first, int32_t length) {
 }
 constexpr bool IsTail(int ramp) { return (ramp >= kTailRamps && ramp < kThirdRamps) || ramp == kLongTail; }
 
-// The lengths that a number stands for, except for single blends and long ones. Tails and diagonals have no far length.
+// The lengths that a number stands for, except for blends and long ones. Tails and diagonals have no far length.
 constexpr RunPair RunOfRamp(int ramp) {
     if (ramp >= kTailRamps) return {(ramp - kTailRamps) % kMaxLength + 1, 0};
     return {(ramp - kStairRamps) / kFarLengths + 1, (ramp - kStairRamps) % kFarLengths + kBesideDot};

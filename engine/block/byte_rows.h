@@ -17,7 +17,8 @@ namespace stairmelt::inline STAIRMELT_SET {
 
 // A stroke that mixes four pixels at once, in a vector of 16 samples of 16 bits, four for each pixel. Samples that a
 // pixel doesn't have stay unchanged. Pixels of three bytes are loaded and stored together with the next pixel's first
-// byte; storing them from left to right keeps that byte correct.
+// byte; storing them from left to right keeps that byte correct. A stroke to the left is turned for that: `to` leads to
+// the leftmost pixel of four, and `advance` to the right.
 template <class Format>
 class ByteStroke : Stroke {
 public:

@@ -87,21 +87,23 @@ private:
     // The columns where the pixel of `a` at column + aShift differs from that of `b` at column + bShift.
     static uint64_t Differing(const PartRow& a, int aShift, const PartRow& b, int bShift, Value threshold) {
         Value rest[kColumns];
-        for (int x = 0; x < kColumns; ++x) rest[x] = threshold;
-        const auto subtract = [&](int channel, auto partOf) {
-            const Value* const s = a.planes[channel] + aShift;
-            const Value* const t = b.planes[channel] + bShift;
-            for (int x = 0; x < kColumns; ++x) rest[x] = static_cast<Value>(rest[x] - partOf(Distance(s[x], t[x]), x));
+        const auto distance = [&](int channel, int x) {
+            return Distance(a.planes[channel][x + aShift], b.planes[channel][x + bShift]);
         };
-        const auto all = [](Value distance, int) { return distance; };
         if constexpr (Format::kExtra == 1) {
-            const Value* const u = a.planes[Format::kOpacity] + aShift;
-            const Value* const v = b.planes[Format::kOpacity] + bShift;
-            const auto visible = [&](Value distance, int x) { return VisibleDistance(distance, u[x], v[x]); };
-            subtract(Format::kOpacity, all);
-            for (int c = 0; c < Format::kChannels; ++c) subtract(c, visible);
+            // One loop for all channels: compilers unroll the opacity's alone, and then use no vectors.
+            for (int x = 0; x < kColumns; ++x) {
+                const Value u = a.planes[Format::kOpacity][x + aShift], v = b.planes[Format::kOpacity][x + bShift];
+                Value restOfColumn = static_cast<Value>(threshold - distance(Format::kOpacity, x));
+                for (int c = 0; c < Format::kChannels; ++c)
+                    restOfColumn = static_cast<Value>(restOfColumn - VisibleDistance(distance(c, x), u, v));
+                rest[x] = restOfColumn;
+            }
         } else {
-            for (int c = 0; c < Format::kChannels; ++c) subtract(c, all);
+            for (int x = 0; x < kColumns; ++x) rest[x] = threshold;
+            for (int c = 0; c < Format::kChannels; ++c) {
+                for (int x = 0; x < kColumns; ++x) rest[x] = static_cast<Value>(rest[x] - distance(c, x));
+            }
         }
         return NegativeColumns(rest);
     }

@@ -15,78 +15,62 @@
 
 namespace stairmelt::inline STAIRMELT_SET {
 
-// A stroke that mixes four pixels at once, in a vector of 16 samples of 16 bits, four for each pixel. Samples that a
+// A stroke that mixes two pixels at once, in a vector of eight samples of 16 bits, four for each pixel. Samples that a
 // pixel doesn't have stay unchanged. Pixels of three bytes are loaded and stored together with the next pixel's first
-// byte; storing them from left to right keeps that byte correct. A stroke to the left is turned for that: `to` leads to
-// the leftmost pixel of four, and `advance` to the right.
+// byte; storing the left one first keeps that byte correct. A stroke to the left is turned for that: `to` leads to the
+// left pixel of two, and `advance` to the right.
 template <class Format>
 class ByteStroke : Stroke {
 public:
     ByteStroke() = default;
-    explicit ByteStroke(const Stroke& stroke)
-        : Stroke(stroke), toNext(kPixels * advance), fromNext(kPixels * fromAdvance) {
+    explicit ByteStroke(const Stroke& stroke) : Stroke(stroke), toNext(2 * advance), fromNext(2 * fromAdvance) {
         const bool isLeft = stroke.advance == -kBytes && stroke.fromAdvance == 0;
         if (isLeft) {
-            to += (kPixels - 1) * advance;
+            to += advance;
             advance = -advance;
         }
-        toPair = isLeft ? (kPixels - kPair) * advance : 0;
-        pairSpread = isLeft ? 8 * (kPixels - kPair) : 0;
-        for (int i = 0; i < 32; ++i) {
+        for (int i = 0; i < 16; ++i) {
             const int pixel = i / 8, sample = i / 2 % 4;
-            // A stroke of a single pixel holds it four times, with the same weight.
-            const int weight = stroke.advance == 0 ? 0 : isLeft ? kPixels - 1 - pixel : pixel;
+            // A stroke of a single pixel holds it twice, with the same weight.
+            const int weight = stroke.advance == 0 ? 0 : isLeft ? 1 - pixel : pixel;
             spread[i] = static_cast<int8_t>(sample < kBytes ? 2 * weight + i % 2 : -1);
         }
     }
 
-    // Applies a ramp whose weights are in range. Up to three pixels beyond the ramp's end are stored unchanged.
+    // Applies a ramp whose weights are in range. A pixel beyond the ramp's end may be stored unchanged.
     void Mix(uint8_t* pixel, const uint8_t* fromPixel, const CachedRamp<IntegerWeights>& ramp) const {
         uint8_t* at = pixel + to;
         const uint8_t* target = fromPixel + from;
-        if (ramp.count <= kPair) return MixPixels<kPair>(at + toPair, target, ramp.weights, spread + pairSpread);
-        for (int32_t i = 0; i < ramp.count; i += kPixels) {
-            MixPixels<kPixels>(at, target, ramp.weights + i, spread);
+        const __m128i places = _mm_loadu_si128(reinterpret_cast<const __m128i*>(spread));
+        int32_t i = 0;
+        do {
+            const __m128i weights = LoadBytes<8>(reinterpret_cast<const uint8_t*>(ramp.weights + i));
+            const __m128i words = _mm_shuffle_epi8(_mm_packus_epi32(weights, weights), places);
+            const __m128i mixed = MixWords(LoadPair(at, advance), LoadPair(target, fromAdvance), words);
+            const __m128i bytes = _mm_packus_epi16(mixed, mixed);
+            Store(at, _mm_cvtsi128_si32(bytes));
+            Store(at + advance, _mm_extract_epi32(bytes, 1));
             at += toNext;
             target += fromNext;
-        }
+        } while ((i += 2) < ramp.count);
     }
 
 private:
-    static constexpr int kPixels = 4, kPair = 2;
     static constexpr int kBytes = Format::kPixelBytes;
     static constexpr size_t kStoredBytes = kBytes == 3 ? 4 : kBytes;
 
-    template <int kCount>
-    void MixPixels(uint8_t* at, const uint8_t* target, const int32_t* weights, const int8_t* spreading) const {
-        const __m128i some = LoadBytes<4 * kCount>(reinterpret_cast<const uint8_t*>(weights));
-        const __m256i words = _mm256_broadcastsi128_si256(_mm_packus_epi32(some, some));
-        const __m256i places = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(spreading));
-        const __m256i mixed =
-            MixWords(Load<kCount>(at, advance), Load<kCount>(target, fromAdvance), _mm256_shuffle_epi8(words, places));
-        const __m128i bytes = _mm_packus_epi16(_mm256_castsi256_si128(mixed), _mm256_extracti128_si256(mixed, 1));
-        Store(at, _mm_cvtsi128_si32(bytes));
-        Store(at + advance, _mm_extract_epi32(bytes, 1));
-        if constexpr (kCount == kPixels) {
-            Store(at + 2 * advance, _mm_extract_epi32(bytes, 2));
-            Store(at + 3 * advance, _mm_extract_epi32(bytes, 3));
-        }
-    }
-
-    template <int kCount>
-    static __m256i Load(const uint8_t* at, ptrdiff_t step) {
-        const auto load = [&](int pixel) {
+    static __m128i LoadPair(const uint8_t* at, ptrdiff_t step) {
+        const auto load = [](const uint8_t* pixel) {
             int32_t bytes = 0;
-            if (pixel < kCount) std::memcpy(&bytes, at + pixel * step, kStoredBytes);
+            std::memcpy(&bytes, pixel, kStoredBytes);
             return bytes;
         };
-        return _mm256_cvtepu8_epi16(_mm_setr_epi32(load(0), load(1), load(2), load(3)));
+        return _mm_cvtepu8_epi16(_mm_insert_epi32(_mm_cvtsi32_si128(load(at)), load(at + step), 1));
     }
     static void Store(uint8_t* at, int32_t bytes) { std::memcpy(at, &bytes, kStoredBytes); }
 
-    ptrdiff_t toNext, fromNext;    // to the next four
-    ptrdiff_t toPair, pairSpread;  // for a ramp of at most two pixels: from `to` and in `spread` to what they have
-    int8_t spread[48] = {};        // for shuffle_epi8: each sample's weight, of eight weights of 16 bits
+    ptrdiff_t toNext, fromNext;  // to the next two
+    int8_t spread[16];           // for shuffle_epi8: each sample's weight, of two weights of 16 bits
 };
 
 // Averages a row of neighbouring isolated pixels (isolated_pixel.h). Returns false without changing anything at the

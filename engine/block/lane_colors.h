@@ -52,35 +52,30 @@ inline __m128i DivideBy65535(__m128i lanes) {
     return _mm_sign_epi32(_mm_srli_epi32(sum, 16), lanes);
 }
 
-// 16 samples moved toward others by weights from 0 to 65535. Exact: with d the distance of the two and w the weight of
-// the greater one, the mix is the lesser one and floor(d * w / 65535); with d * w = high * 65536 + low that is high, or
-// one more if high + low reaches 65535.
-inline __m256i MixWords(__m256i samples, __m256i targets, __m256i weights) {
-    const __m256i lesser = _mm256_min_epi16(samples, targets);
-    const __m256i distance = _mm256_sub_epi16(_mm256_max_epi16(samples, targets), lesser);
+// Eight samples moved toward others by weights from 0 to 65535. Exact: with d the distance of the two and w the weight
+// of the greater one, the mix is the lesser one and floor(d * w / 65535); with d * w = high * 65536 + low that is high,
+// or one more if high + low reaches 65535.
+inline __m128i MixWords(__m128i samples, __m128i targets, __m128i weights) {
+    const __m128i lesser = _mm_min_epi16(samples, targets);
+    const __m128i distance = _mm_sub_epi16(_mm_max_epi16(samples, targets), lesser);
     // The weight, or 65535 minus it.
-    const __m256i ofGreater = _mm256_xor_si256(weights, _mm256_cmpgt_epi16(samples, targets));
-    const __m256i high = _mm256_mulhi_epu16(distance, ofGreater);
-    const __m256i low = _mm256_mullo_epi16(distance, ofGreater);
-    const __m256i carry = _mm256_cmpeq_epi16(_mm256_adds_epu16(high, low), _mm256_set1_epi16(-1));
-    return _mm256_sub_epi16(_mm256_add_epi16(lesser, high), carry);
+    const __m128i ofGreater = _mm_xor_si128(weights, _mm_cmpgt_epi16(samples, targets));
+    const __m128i high = _mm_mulhi_epu16(distance, ofGreater);
+    const __m128i low = _mm_mullo_epi16(distance, ofGreater);
+    const __m128i carry = _mm_cmpeq_epi16(_mm_adds_epu16(high, low), _mm_set1_epi16(-1));
+    return _mm_sub_epi16(_mm_add_epi16(lesser, high), carry);
 }
 
-template <class Weight>
-struct LanesOf {
-    using Lanes = __m128i;
-};
-template <>
-struct LanesOf<float> {
-    using Lanes = __m128;
-};
+// By the type of weights.
+__m128i LanesOf(int32_t);
+__m128 LanesOf(float);
 
 template <class Format>
 struct LaneColors {
     static constexpr bool kIsFloat = std::is_floating_point_v<typename Format::Weight>;
     static constexpr int kBytes = Format::kChannels * static_cast<int>(sizeof(typename Format::Sample));
     using Weight = typename Format::Weight;
-    using Lanes = typename LanesOf<Weight>::Lanes;
+    using Lanes = decltype(LanesOf(Weight{}));
     using Sums = __m128;
     Lanes lanes;
 
@@ -113,9 +108,7 @@ struct LaneColors {
         } else {
             if constexpr (Format::kBits == 8) {
                 if (weight >= 0 && weight <= Format::kWhole) {
-                    const auto wide = [](__m128i narrow) { return _mm256_castsi128_si256(narrow); };
-                    const __m128i weights = _mm_set1_epi16(static_cast<int16_t>(weight));
-                    return {_mm256_castsi256_si128(MixWords(wide(a.lanes), wide(b.lanes), wide(weights)))};
+                    return {MixWords(a.lanes, b.lanes, _mm_set1_epi16(static_cast<int16_t>(weight)))};
                 }
             }
             return {DivideBy65535(Weigh(a, b, weight))};

@@ -19,13 +19,13 @@ int32_t FirstWrongQuotient() {
     return quotientOf(INT32_MIN) == INT32_MIN / 65535 ? 0 : INT32_MIN;
 }
 
-// Whether 16 bytes at a time are mixed as one is, at every distance and weight.
+// Whether bytes in vectors are mixed as one is, at every distance and weight.
 bool MixesBytesExactly() {
     for (int32_t weight = 0; weight <= 65535; ++weight) {
-        const __m256i weights = _mm256_set1_epi16(static_cast<int16_t>(weight));
+        const __m128i weights = _mm_set1_epi16(static_cast<int16_t>(weight));
         for (int32_t distance = 0; distance < 256; ++distance) {
-            const __m256i low = _mm256_setzero_si256(), high = _mm256_set1_epi16(static_cast<int16_t>(distance));
-            const auto first = [](__m256i words) { return _mm_cvtsi128_si32(_mm256_castsi256_si128(words)) & 0xFFFF; };
+            const __m128i low = _mm_setzero_si128(), high = _mm_set1_epi16(static_cast<int16_t>(distance));
+            const auto first = [](__m128i words) { return _mm_extract_epi16(words, 0); };
             if (first(MixWords(low, high, weights)) != distance * weight / 65535) return false;
             if (first(MixWords(high, low, weights)) != distance * (65535 - weight) / 65535) return false;
         }

@@ -43,14 +43,17 @@ enum ActionKind : uint8_t {
     kRestoreMostHere,   // that of the other rules, which share one blend
     kSixth,             // eight
     kDecidedKinds = kSixth + 8,
-    // Each after the fade of the same diagonal, if that restores: eight, by kRiserDiagonals, then by kTreadDiagonals.
+    // What fades restore, as a part of them: eight, by kRiserDiagonals, then by kTreadDiagonals.
     kFadeRestore = kDecidedKinds,
     kActionKinds = kFadeRestore + 8,
 };
 constexpr ActionKind kRunsOf[4] = {kLeftRun, kRightRun, kUpRun, kDownRun};  // by RunDirection
 
-constexpr const Diagonal& DiagonalOf(int number) {
-    return number < 4 ? kRiserDiagonals[number] : kTreadDiagonals[number - 4];
+// What runs and fades are measured along is numbered, too: four directions, by RunDirection, then eight diagonals.
+constexpr int kFirstDiagonal = 4, kLines = kFirstDiagonal + 8;
+constexpr const Diagonal& DiagonalOf(int line) {
+    return line < kFirstDiagonal + 4 ? kRiserDiagonals[line - kFirstDiagonal]
+                                     : kTreadDiagonals[line - kFirstDiagonal - 4];
 }
 
 // A fade's blends and restores are on different diagonals, so that they can be made one after the other.
@@ -62,7 +65,7 @@ static_assert(std::all_of(kRiserDiagonals, kRiserDiagonals + 4, IsBesideStaircas
 
 // Ramps are numbered: those of single blends by their weight, of runs, tails and diagonals by their lengths in cells.
 // Longer ones share one of the two last numbers.
-constexpr int32_t kMaxLength = 8;
+constexpr int32_t kMaxLength = 12;
 constexpr int kFarLengths = kMaxLength + 1 - kBesideDot;
 enum RampNumber : uint8_t {
     kBlendRamps,
@@ -70,7 +73,7 @@ enum RampNumber : uint8_t {
     kStairRamps,
     kTailRamps = kStairRamps + kMaxLength * kFarLengths,
     kThirdRamps = kTailRamps + kMaxLength,  // of a diagonal's blends
-    kHalfRamps = kThirdRamps + kMaxLength,  // of its restores
+    kHalfRamps = kThirdRamps + kMaxLength,  // of what it restores, in the same order
     kLongRamp = kHalfRamps + kMaxLength,
     kLongTail,
     kRampNumbers,
@@ -88,6 +91,7 @@ constexpr uint8_t RampNumberOf(RampNumber first, int32_t length) {
     if (length > kMaxLength) return first == kTailRamps ? kLongTail : kLongRamp;
     return static_cast<uint8_t>(first + length - 1);
 }
+constexpr uint8_t HalfRampOf(uint8_t third) { return static_cast<uint8_t>(third + kHalfRamps - kThirdRamps); }
 constexpr bool IsTail(int ramp) { return (ramp >= kTailRamps && ramp < kThirdRamps) || ramp == kLongTail; }
 
 // The lengths that a number stands for, except for blends and long ones. Tails and diagonals have no far length.
@@ -102,15 +106,15 @@ struct Track {
     int stepX, stepY;            // from one changed pixel to the next; 0 for a single one
     int fromStepX = 0, fromStepY = 0;
 };
-enum class Shape : uint8_t { kBlend, kRun, kFade, kFadeRestore };
+enum class Shape : uint8_t { kBlend, kRun, kFade };
 
 // What an action of a kind does.
 struct KindInfo {
     Track track;
     Shape shape;
     uint8_t ramp;         // a RampNumber; kLongRamp: to be measured
-    uint8_t number;       // of a run's direction or of a fade's diagonal
-    uint8_t restore = 0;  // the kind that goes with a fade of two cells; 0: none
+    uint8_t line;         // the number of a run's direction or of a fade's diagonal
+    uint8_t restore = 0;  // the kind of what a fade restores; 0: nothing
 };
 
 using KindTable = std::array<KindInfo, kActionKinds>;
@@ -122,19 +126,15 @@ constexpr void SetRuns(KindTable& table, uint8_t direction) {
     for (const RunPair& run : kShortRuns) table[kind++] = {track, Shape::kRun, StairRampNumber(run), direction};
     table[kind] = {track, Shape::kRun, kLongRamp, direction};
 }
-constexpr void SetFades(KindTable& table, size_t kind, uint8_t number) {
-    const Diagonal& diagonal = DiagonalOf(number);
+constexpr void SetFades(KindTable& table, size_t kind, uint8_t line) {
+    const Diagonal& diagonal = DiagonalOf(line);
     const int fromX = diagonal.pixelX + diagonal.sourceX, fromY = diagonal.pixelY + diagonal.sourceY;
     const int dx = diagonal.stepX, dy = diagonal.stepY;
     const Track track = {diagonal.pixelX, diagonal.pixelY, fromX, fromY, dx, dy, dx, dy};
-    const uint8_t restore = static_cast<uint8_t>(kFadeRestore + number);
-    table[kind] = {track, Shape::kFade, RampNumberOf(kThirdRamps, kShortestDiagonal), number, restore};
-    if (!diagonal.restores) table[kind].restore = 0;
-    table[kind + 1] = {track, Shape::kFade, kLongRamp, number};
-    table[restore] = {{fromX, fromY, fromX, fromY, dx, dy, dx, dy},
-                      Shape::kFadeRestore,
-                      RampNumberOf(kHalfRamps, kShortestDiagonal),
-                      number};
+    const uint8_t restore = diagonal.restores ? static_cast<uint8_t>(kFadeRestore + line - kFirstDiagonal) : 0;
+    table[kind] = {track, Shape::kFade, RampNumberOf(kThirdRamps, kShortestDiagonal), line, restore};
+    table[kind + 1] = {track, Shape::kFade, kLongRamp, line, restore};
+    if (restore != 0) table[restore].track = {fromX, fromY, fromX, fromY, dx, dy, dx, dy};
 }
 template <size_t kCount>
 constexpr void SetBlends(KindTable& table, size_t kind, const Blend (&blends)[kCount]) {
@@ -146,8 +146,10 @@ constexpr void SetBlends(KindTable& table, size_t kind, const Blend (&blends)[kC
 constexpr KindTable MakeKinds() {
     KindTable table{};  // has nothing for kAverage
     for (uint8_t direction = 0; direction < 4; ++direction) SetRuns(table, direction);
-    for (uint8_t i = 0; i < 4; ++i) SetFades(table, kRiserFade + size_t{2} * i, i);
-    for (uint8_t i = 0; i < 4; ++i) SetFades(table, kTreadFade + size_t{2} * i, static_cast<uint8_t>(4 + i));
+    for (uint8_t i = 0; i < 4; ++i) {
+        SetFades(table, kRiserFade + size_t{2} * i, kFirstDiagonal + i);
+        SetFades(table, kTreadFade + size_t{2} * i, kFirstDiagonal + 4 + i);
+    }
     SetBlends(table, kContactRightBlend, {kContactRight, kContactLeft});
     table[kContactBlends] = {{0, 0, 1, 0, 1, 0, -1, 0}, Shape::kBlend, kBothContacts, 0};
     SetBlends(table, kRestoreRight, {RestoreRight1::kBlend, RestoreRight2::kBlend, RestoreRight3::kBlend});
@@ -162,9 +164,9 @@ constexpr KindTable MakeKinds() {
 inline constexpr KindTable kKinds = MakeKinds();
 
 // The distance from the image's border at which a visited pixel is inner: ramps of kMaxCached pixels stay inside the
-// image even where vectors process four pixels at a time.
+// image, with the pixels that they move toward, and where they are loaded together with a neighbour's first byte.
 constexpr int32_t kMaxCached = 12;
-constexpr int32_t kMargin = kMaxCached + 4;
+constexpr int32_t kMargin = kMaxCached + 2;
 
 // One thing to do.
 struct Action {
@@ -183,7 +185,7 @@ struct Stroke {
 // Receives the actions in the order of the scan.
 class ActionSink {
 public:
-    // lengths: one entry for each action whose ramp is long, in their order.
+    // lengths: one entry for each action; set for those whose ramp is long.
     virtual void Perform(const Action* actions, int count, const RunPair* lengths) = 0;
 
 protected:

@@ -6,6 +6,7 @@
 #include <cassert>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 
 #include "engine/block/action.h"
 #include "engine/block/bits.h"
@@ -31,8 +32,9 @@ public:
             const uint8_t* const hasRight = planes.Row(kFlagR, y);
             const uint8_t* const hasDown = planes.Row(kFlagD, y);
             for (int32_t x = 0; x < width; x += kBlockColumns) {
-                if (((LoadWord(hasRight + x / 8) | LoadWord(hasDown + x / 8)) & kBlockPixels) == 0) continue;
-                places[placed++] = {x, y};
+                const uint64_t flags = (LoadWord(hasRight + x / 8) | LoadWord(hasDown + x / 8)) & kBlockPixels;
+                places[placed] = {x, y};
+                placed += flags != 0;
                 if (placed == kBlocks) PlanBlocks();
             }
         }
@@ -42,14 +44,13 @@ public:
 
 private:
     static constexpr int kBlocks = kBlocksOf<Words>;
-    static constexpr int kMaxActions = 31;  // of one pixel; 23 can occur
+    static constexpr int kMaxActions = 30;  // of one pixel; 19 can occur
+    static constexpr int kNoPixel = 63;     // a neighbour's bit
 
-    // What is done at a pixel.
+    // The kinds of what is done at a pixel, and room for reading one more.
     struct Visit {
         uint8_t count;
-        struct {
-            uint8_t kind, ramp;
-        } actions[kMaxActions];
+        uint8_t kinds[kMaxActions + 1];
     };
 
     // Plans the blocks in `places`, in their order.
@@ -59,114 +60,107 @@ private:
         placed = 0;
         Decisions<Words> decisions;
         Decide(planes, places, LimitsOfBlocks(), decisions);
-        const KindSets<Words> sets(decisions);
+        const auto kindsOfBlocks = KindsOfBlocks(decisions);
         for (int i = 0; i < count; ++i) {
             const uint64_t others = WordOf(decisions.besidesAverage, i) & kBlockPixels;
             const uint64_t average = WordOf(decisions.pixels[kAverage], i) & kBlockPixels;
-            blockX = places[i].x - kGuardColumns;
-            blockY = places[i].y;
-            for (uint64_t kinds = sets.Of(i); kinds != 0; kinds &= kinds - 1) {
+            for (uint64_t kinds = kindsOfBlocks[static_cast<size_t>(i)]; kinds != 0; kinds &= kinds - 1) {
                 const int kind = TrailingZeros(kinds);
-                const uint64_t pixels = WordOf(decisions.pixels[kind], i) & others;
-                const KindInfo& info = kKinds[static_cast<size_t>(kind)];
-                if (info.ramp == kLongRamp) {
-                    (this->*(info.shape == Shape::kRun ? kMeasureRuns : kMeasureFades)[info.number])(kind, pixels);
-                } else {
-                    AddAll(kind, pixels);
-                    if (info.restore != 0) AddAll(info.restore, pixels);
-                }
+                Add(static_cast<uint8_t>(kind), WordOf(decisions.pixels[kind], i) & others);
             }
-            Queue(others | average, average & ~others, ColumnsWithin(places[i], kMargin));
+            Queue(places[i], others | average, average & ~others, ColumnsWithin(places[i], kMargin));
         }
     }
 
-    void Add(int kind, int bit, uint8_t ramp) {
-        Visit& visit = visits[bit];
-        assert(visit.count < kMaxActions);
-        visit.actions[visit.count++] = {static_cast<uint8_t>(kind), ramp};
+    // Adds a kind to the visits of some pixels. Always two at a time, the second maybe no pixel: mostly there are one
+    // or two, and a processor can't predict which.
+    void Add(uint8_t kind, uint64_t pixels) {
+        const auto addToNext = [&] {
+            Visit& visit = visits[TrailingZeros(pixels | uint64_t{1} << kNoPixel)];
+            assert(visit.count < kMaxActions);
+            visit.kinds[visit.count++] = kind;
+            pixels &= pixels - 1;
+        };
+        do {
+            addToNext();
+            addToNext();
+        } while (pixels != 0);
+        visits[kNoPixel].count = 0;
     }
-    void AddMeasured(int kind, int bit, uint8_t ramp, const RunPair& run) {
-        Add(kind, bit, ramp);
-        if (ramp >= kLongRamp) longLengths[kind][bit] = run;
-    }
-    void AddAll(int kind, uint64_t pixels) {
-        const uint8_t ramp = kKinds[static_cast<size_t>(kind)].ramp;
-        for (; pixels != 0; pixels &= pixels - 1) Add(kind, TrailingZeros(pixels), ramp);
-    }
-
-    // Measure at each of the pixels, and add the action with its ramp.
-    template <RunDirection kDirection>
-    void MeasureRuns(int kind, uint64_t pixels) {
-        constexpr const DirectionRules& kRules = kRulesOf<kDirection>;
-        for (; pixels != 0; pixels &= pixels - 1) {
-            const int bit = TrailingZeros(pixels);
-            const PlaneCursor at = CursorAt(planes, blockX + bit, blockY);
-            const int32_t room = RoomFrom(at.x, at.y, kRules.forth.dx, kRules.forth.dy, width, height);
-            RunPair run = MeasureRunOnce<kDirection>(at, room);
-            if (run.length == 0) {
-                run.length = TailLength<kRules.tail>(at);
-                AddMeasured(kind, bit, RampNumberOf(kTailRamps, run.length), run);
-            } else {
-                if (MayTouchDot(run)) run.farLength = FarLengthAtDot(kDirection, at.x, at.y, width, height, planes);
-                AddMeasured(kind, bit, StairRampNumber(run), run);
-            }
-        }
-    }
-    template <int kNumber>
-    void MeasureFades(int kind, uint64_t pixels) {
-        constexpr Diagonal kDiagonal = DiagonalOf(kNumber);
-        for (; pixels != 0; pixels &= pixels - 1) {
-            const int bit = TrailingZeros(pixels);
-            const int32_t length = DiagonalLength<kDiagonal>(CursorAt(planes, blockX + bit, blockY));
-            AddMeasured(kind, bit, RampNumberOf(kThirdRamps, length), {length, 0});
-            if (!kDiagonal.restores) continue;
-            AddMeasured(kFadeRestore + kNumber, bit, RampNumberOf(kHalfRamps, length), {length, 0});
-        }
-    }
-    using Measure = void (Planner::*)(int kind, uint64_t pixels);
-    static constexpr Measure kMeasureRuns[] = {
-        &Planner::MeasureRuns<RunDirection::kLeft>, &Planner::MeasureRuns<RunDirection::kRight>,
-        &Planner::MeasureRuns<RunDirection::kUp>, &Planner::MeasureRuns<RunDirection::kDown>};
-    static constexpr Measure kMeasureFades[] = {
-        &Planner::MeasureFades<0>, &Planner::MeasureFades<1>, &Planner::MeasureFades<2>, &Planner::MeasureFades<3>,
-        &Planner::MeasureFades<4>, &Planner::MeasureFades<5>, &Planner::MeasureFades<6>, &Planner::MeasureFades<7>};
 
     // Queues what was added for a block, pixel by pixel.
-    void Queue(uint64_t acting, uint64_t onlyAveraged, uint64_t inner) {
+    void Queue(const BlockPlace& place, uint64_t acting, uint64_t onlyAveraged, uint64_t inner) {
         while (acting != 0) {
-            const int32_t bit = TrailingZeros(acting);
+            const int bit = TrailingZeros(acting);
+            const int32_t x = place.x - kGuardColumns + bit;
             if (queued > kBatch - kMaxActions) Flush();
             if ((onlyAveraged >> bit & 1) != 0) {
                 // An average reads no pixel of the destination but its own.
                 const int32_t length = TrailingOnes(onlyAveraged >> bit, kBlockColumns);
-                actions[queued++] = {blockX + bit, blockY, kAverage, 0, static_cast<uint8_t>(length), false};
+                actions[queued++] = {x, place.y, kAverage, 0, static_cast<uint8_t>(length), false};
                 acting &= ~(((uint64_t{1} << length) - 1) << bit);
                 continue;
             }
             acting &= acting - 1;
             const bool isInner = (inner >> bit & 1) != 0;
             Visit& visit = visits[bit];
-            for (int i = 0; i < visit.count; ++i) {
-                const auto [kind, ramp] = visit.actions[i];
-                if (ramp >= kLongRamp) lengths[measuredLengths++] = longLengths[kind][bit];
-                actions[queued++] = {blockX + bit, blockY, kind, ramp, 1, isInner};
+            for (int i = 0; i < visit.count; i += 2) {
+                for (int j = i; j < i + 2; ++j) {  // as in Add; actions beyond the count are overwritten
+                    const uint8_t kind = visit.kinds[j], ramp = kKinds[kind].ramp;
+                    actions[queued + j] = {x, place.y, kind, ramp, 1, isInner};
+                    unmeasured[unmeasuredCount] = static_cast<uint16_t>(queued + j);
+                    unmeasuredCount += ramp == kLongRamp && j < visit.count;
+                }
             }
+            queued += visit.count;
             visit.count = 0;
         }
     }
 
+    // Measures all that go along one line together, for the sake of branch prediction.
     void Flush() {
+        int counts[kLines] = {};
+        for (int i = 0; i < unmeasuredCount; ++i) {
+            const int line = kKinds[actions[unmeasured[i]].kind].line;
+            alongLine[line][counts[line]++] = unmeasured[i];
+        }
+        const auto measureAll = [&]<int... kLine>(std::integer_sequence<int, kLine...>) {
+            (Measure<kLine>(alongLine[kLine], counts[kLine]), ...);
+        };
+        measureAll(std::make_integer_sequence<int, kLines>{});
         sink.Perform(actions, queued, lengths);
-        queued = 0;
-        measuredLengths = 0;
+        queued = unmeasuredCount = 0;
+    }
+
+    // Measures the runs or fades of some actions, and sets their ramps.
+    template <int kLine>
+    void Measure(const uint16_t* numbers, int count) {
+        for (int i = 0; i < count; ++i) {
+            Action& action = actions[numbers[i]];
+            RunPair& run = lengths[numbers[i]];
+            const PlaneCursor at = CursorAt(planes, action.x, action.y);
+            if constexpr (kLine < kFirstDiagonal) {
+                constexpr RunDirection kDirection = static_cast<RunDirection>(kLine);
+                constexpr const DirectionRules& kRules = kDirections[kLine];
+                const int32_t room = RoomFrom(at.x, at.y, kRules.forth.dx, kRules.forth.dy, width, height);
+                run = MeasureRunOnce<kDirection>(at, room);
+                if (run.length == 0) {
+                    run.length = TailLength<kRules.tail>(at);
+                    action.ramp = RampNumberOf(kTailRamps, run.length);
+                } else {
+                    if (MayTouchDot(run)) run.farLength = FarLengthAtDot(kDirection, at.x, at.y, width, height, planes);
+                    action.ramp = StairRampNumber(run);
+                }
+            } else {
+                run = {DiagonalLength<DiagonalOf(kLine)>(at), 0};
+                action.ramp = RampNumberOf(kThirdRamps, run.length);
+            }
+        }
     }
 
     // The bits of a block's pixels, from column x on, whose columns are below `end`.
     static uint64_t ColumnsBelow(int32_t end, int32_t x) {
-        const int32_t columns = end - x;
-        if (columns <= 0) return 0;
-        if (columns >= kBlockColumns) return kBlockPixels;
-        return ((uint64_t{1} << columns) - 1) << kGuardColumns;
+        return ((uint64_t{1} << std::clamp(end - x, 0, kBlockColumns)) - 1) << kGuardColumns;
     }
 
     Limits<Words> LimitsOfBlocks() const {
@@ -196,13 +190,13 @@ private:
     ActionSink& sink;
     BlockPlace places[kBlocks];  // of the flagged blocks that wait for a full vector
     int placed = 0;
-    // Of the block at hand, by bit.
-    int32_t blockX = 0, blockY = 0;  // of bit 0
-    Visit visits[64] = {};
-    RunPair longLengths[kActionKinds][64];  // of those whose ramp is long
-    Action actions[kBatch];
-    RunPair lengths[kBatch];
-    int queued = 0, measuredLengths = 0;
+    Visit visits[64] = {};       // of the block at hand, by bit
+    Action actions[kBatch + 1];  // the last one is room for writing one more
+    RunPair lengths[kBatch + 1];
+    int queued = 0;
+    uint16_t unmeasured[kBatch + 1];     // the numbers of the actions whose ramps aren't known yet
+    uint16_t alongLine[kLines][kBatch];  // the same by line
+    int unmeasuredCount = 0;
 };
 
 }  // namespace stairmelt::inline STAIRMELT_SET

@@ -2,8 +2,9 @@
 // kind of action. Decisions depend on the flags alone, which the scan never changes, so they can be made ahead of it.
 #pragma once
 
-#include <emmintrin.h>
-
+#include <algorithm>
+#include <array>
+#include <cstddef>
 #include <cstdint>
 
 #include "engine/block/action.h"
@@ -37,9 +38,11 @@ Words IsNearDot(const FlagBlocks<Words>& block) {
 // What is done at the pixels of some blocks.
 template <class Words>
 struct Decisions {
-    Words pixels[kDecidedKinds];  // by ActionKind: one bit for each pixel; those of the neighbours are meaningless
-    Words besidesAverage = {};    // at which anything but kAverage is done
+    static constexpr int kSets = (kDecidedKinds + 7) / 8 * 8;  // KindsOfBlocks reads them in groups of eight
+    Words pixels[kSets];        // by ActionKind: one bit for each pixel; those of the neighbours are meaningless
+    Words besidesAverage = {};  // at which anything but kAverage is done
 
+    Decisions() { std::fill(pixels + kDecidedKinds, pixels + kSets, Words{}); }
     void Set(int kind, Words where) {
         pixels[kind] = where;
         besidesAverage = besidesAverage | where;
@@ -142,29 +145,15 @@ void Decide(const FlagPlanes& planes, const BlockPlace* places, const Limits<Wor
     decisions.MeasureNearDots(block);
 }
 
-// The kinds that each block has at any pixel, as a set of bits.
+// The kinds that each block has at any pixel, as sets of bits.
 template <class Words>
-class KindSets {
-public:
-    explicit KindSets(const Decisions<Words>& decisions) {
-        static_assert(kDecidedKinds <= sizeof blocks);
-        for (int kind = 0; kind < kDecidedKinds; ++kind) {
-            blocks[kind] = static_cast<uint8_t>(NonzeroWords(decisions.pixels[kind]));
-        }
+std::array<uint64_t, kBlocksOf<Words>> KindsOfBlocks(const Decisions<Words>& decisions) {
+    std::array<uint64_t, kBlocksOf<Words>> sets{};
+    for (int kind = 0; kind < kDecidedKinds; kind += 8) {
+        const uint32_t found = NonzeroWords(decisions.pixels + kind);
+        for (size_t i = 0; i < sets.size(); ++i) sets[i] |= uint64_t{found >> 8 * i & 0xFF} << kind;
     }
-
-    uint64_t Of(int block) const {  // movemask collects the top bits of bytes
-        uint64_t kinds = 0;
-        for (int i = 0; i < 4; ++i) {
-            const __m128i some = _mm_loadu_si128(reinterpret_cast<const __m128i*>(blocks + 16 * i));
-            const __m128i shifted = _mm_sll_epi64(some, _mm_cvtsi32_si128(7 - block));
-            kinds |= static_cast<uint64_t>(_mm_movemask_epi8(shifted)) << 16 * i;
-        }
-        return kinds;
-    }
-
-private:
-    uint8_t blocks[64] = {};  // by kind: bit i is block i
-};
+    return sets;
+}
 
 }  // namespace stairmelt::inline STAIRMELT_SET

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 #include "engine/block/action.h"
 #include "engine/block/flag_planes.h"
@@ -21,6 +22,21 @@
 
 namespace stairmelt::inline STAIRMELT_SET {
 
+// A stroke that mixes pixel by pixel.
+template <class Format>
+struct PixelStroke : Stroke {
+    void Mix(uint8_t* pixel, const uint8_t* fromPixel, const CachedRamp<typename Format::Weights>& ramp) const {
+        uint8_t* at = pixel + to;
+        const uint8_t* target = fromPixel + from;
+        int32_t i = 0;
+        do {
+            MixPixel<Format>(at, LoadBlendTarget<Format>(target), ramp.weights[i]);
+            at += advance;
+            target += fromAdvance;
+        } while (++i < ramp.count);
+    }
+};
+
 template <class Format>
 class Painter final : public ActionSink {
 public:
@@ -29,14 +45,7 @@ public:
           neighbourWeight(scanWeights.neighbourWeight),
           planes(flagPlanes),
           ramps(kernelJob, scanWeights.tailBias, scanWeights.cornerWeight) {
-        for (int kind = 0; kind < kActionKinds; ++kind) {
-            const Track& track = kKinds[static_cast<size_t>(kind)].track;
-            strokes[kind] = {Offset(*job.destination, track.toX, track.toY),
-                             Offset(*job.source, track.fromX, track.fromY),
-                             Offset(*job.destination, track.stepX, track.stepY),
-                             Offset(*job.source, track.fromStepX, track.fromStepY)};
-            if constexpr (Format::kMixesStrokes) ownStrokes[kind] = OwnStroke(strokes[kind]);
-        }
+        for (int kind = 0; kind < kActionKinds; ++kind) strokes[kind] = CachedStroke{StrokeOf(kind)};
     }
 
     void Perform(const Action* actions, int count, const RunPair* lengths) override {
@@ -55,33 +64,24 @@ public:
             }
             const Cached& ramp = ramps.Find(action->ramp);
             if (ramp.state < kPaintable || !action->isInner) {
-                PaintCarefully(*action, action->ramp >= kLongRamp ? *lengths++ : RunOfRamp(action->ramp));
+                PaintCarefully(*action,
+                               action->ramp >= kLongRamp ? lengths[action - actions] : RunOfRamp(action->ramp));
                 continue;
             }
             uint8_t* to = PixelAt<Format>(*job.destination, x, y);
             const uint8_t* from = PixelAt<Format>(*job.source, x, y);
-            if constexpr (Format::kMixesStrokes) {
-                ownStrokes[action->kind].Mix(to, from, ramp);
-            } else {
-                PaintStroke(strokes[action->kind], to, from, ramp);
-            }
+            strokes[action->kind].Mix(to, from, ramp);
+            const uint8_t restore = kKinds[action->kind].restore;
+            if (restore != 0) strokes[restore].Mix(to, from, ramps.Find(HalfRampOf(action->ramp)));
         }
     }
 
 private:
     using Weights = typename Format::Weights;
-    using OwnStroke = typename Format::InstructionSet::template StrokeOf<Format>;
-
-    static void PaintStroke(const Stroke& stroke, uint8_t* to, const uint8_t* from, const CachedRamp<Weights>& ramp) {
-        to += stroke.to;
-        from += stroke.from;
-        int32_t i = 0;
-        do {
-            MixPixel<Format>(to, LoadBlendTarget<Format>(from), ramp.weights[i]);
-            to += stroke.advance;
-            from += stroke.fromAdvance;
-        } while (++i < ramp.count);
-    }
+    // Mixes the ramps that are cached.
+    using CachedStroke =
+        std::conditional_t<Format::kMixesStrokes, typename Format::InstructionSet::template StrokeOf<Format>,
+                           PixelStroke<Format>>;
 
     // A cached ramp begins at most one row or column beyond the visited pixel.
     static_assert(kRowsAhead > kMaxCached + 1 && kMargin > kMaxCached + 1);
@@ -92,19 +92,19 @@ private:
         const KindInfo& kind = kKinds[action.kind];
         const int32_t x = action.x, y = action.y;
         if (kind.shape == Shape::kFade) {
-            const Diagonal& diagonal = DiagonalOf(kind.number);
+            const Diagonal& diagonal = DiagonalOf(kind.line);
             const RampOf<Format> third = ramps.Fade(Weights::kThird, run.length);
             if (diagonal.stepY > 0) NeedRows(third, y + diagonal.pixelY + std::max(diagonal.sourceY, 0));
             PaintFade<Format>(job, diagonal, x, y, third, ramps.Fade(Weights::kHalf, run.length));
         } else if (kind.shape == Shape::kRun) {
-            const RunScanner& forth = kDirections[kind.number].forth;
+            const RunScanner& forth = kDirections[kind.line].forth;
             const RampOf<Format> ramp = IsTail(action.ramp) ? ramps.Tail(run.length) : ramps.Stair(run);
             if (forth.dy > 0) NeedRows(ramp, y + 1);
             PaintRun<Format>(job, forth.dx, forth.dy, x, y, ramp);
-        } else if (kind.shape == Shape::kBlend) {
-            PaintStroke(strokes[action.kind], PixelAt<Format>(*job.destination, x, y),
-                        PixelAt<Format>(*job.source, x, y), ramps.Find(action.ramp));
-        }  // what a fade restores was made with its blends
+        } else {
+            PixelStroke<Format>{StrokeOf(action.kind)}.Mix(PixelAt<Format>(*job.destination, x, y),
+                                                           PixelAt<Format>(*job.source, x, y), ramps.Find(action.ramp));
+        }
     }
 
     void PaintAverages(int32_t x, int32_t y, int32_t count) {
@@ -119,16 +119,21 @@ private:
         planes.Need(y + std::min(MaxPixels(ramp), job.destination->height - y));
     }
 
-    static ptrdiff_t Offset(const ImageView& image, int dx, int dy) {
-        return dx * Format::kPixelBytes + dy * static_cast<ptrdiff_t>(image.rowStride);
+    Stroke StrokeOf(int kind) const {
+        const Track& track = kKinds[static_cast<size_t>(kind)].track;
+        const auto offset = [](const ImageView& image, int dx, int dy) {
+            return dx * Format::kPixelBytes + dy * static_cast<ptrdiff_t>(image.rowStride);
+        };
+        return {offset(*job.destination, track.toX, track.toY), offset(*job.source, track.fromX, track.fromY),
+                offset(*job.destination, track.stepX, track.stepY),
+                offset(*job.source, track.fromStepX, track.fromStepY)};
     }
 
     const KernelJob& job;
     const typename Format::Weight neighbourWeight;
     FlagPlanes& planes;
     RampCache<Weights> ramps;
-    Stroke strokes[kActionKinds];
-    OwnStroke ownStrokes[kActionKinds];  // where the format mixes strokes
+    CachedStroke strokes[kActionKinds];
 };
 
 }  // namespace stairmelt::inline STAIRMELT_SET

@@ -24,8 +24,8 @@ struct CachedRamp {
     };
 
     State state;
-    int32_t count;                                     // until the weight runs out
-    typename Weights::Weight weights[kMaxCached + 4];  // zero after the last one: wide loads read past it
+    int32_t count;                                 // until the weight runs out
+    typename Weights::Weight weights[kMaxCached];  // zero after the last one: they may be read in pairs
 
     // Stores the first `length` weights of a ramp, whether it ends there or not.
     void Fill(BlendRamp<Weights> ramp, int32_t length) {

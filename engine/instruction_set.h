@@ -21,7 +21,9 @@ template <class Format>
 struct SampleColors;
 
 // Available on every x86-64 machine. The other set, Avx2, is in avx2.h.
+struct TwoWords;
 struct Baseline {
+    using Words = TwoWords;
     static constexpr bool kHasVectors = false;  // wider than SSE2's
     template <class Format>
     using Colors = SampleColors<Format>;

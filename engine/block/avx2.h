@@ -176,6 +176,7 @@ struct FloatHalf {
 };
 
 struct Avx2 {
+    using Words = FourWords;
     static constexpr bool kHasVectors = true;
 
     // A single colour gains nothing from lanes.

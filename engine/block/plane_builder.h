@@ -8,9 +8,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
 
 #include "engine/block/flag_planes.h"
 #include "engine/block/part_row.h"
+#include "engine/block/words_sse2.h"
 #include "engine/image.h"
 #include "engine/pixel_format.h"
 #include "engine/rules/cell_builder.h"
@@ -73,34 +75,52 @@ private:
 
     template <class Row>
     void BuildChunk(int32_t x, int32_t end) {
-        // The parts of a chunk, laid out separately, and the number of the lower row that each holds; -1: none.
-        constexpr int kParts = kChunkColumns / Row::kColumns;
+        constexpr int kPartBytes = Row::kColumns * Format::kPixelBytes, kParts = kChunkColumns / Row::kColumns;
+        using SetWords = typename Format::InstructionSet::Words;
+        using Words = std::conditional_t<kPartBytes % sizeof(SetWords) == 0, SetWords, TwoWords>;
+        // Each part of the two rows that are compared, by the parity of the row.
         Row rows[kParts][2];
-        int32_t loadedRows[kParts];
+        Words changes[2][kParts];
+        int32_t loadedRows[kParts];  // the number of the lower row that each part holds; -1: none
         for (int32_t& loaded : loadedRows) loaded = -1;
+        // A part's changes are zero if its pixels and the one after them all have the same bits.
+        const auto findChanges = [&](int32_t y, const uint8_t* at) {
+            Words any{};
+            for (Words& found : changes[y & 1]) {
+                found = Words{};
+                for (const uint8_t* const partEnd = at + kPartBytes; at < partEnd; at += sizeof(Words)) {
+                    Words here, next;
+                    LoadWords(here, at);
+                    LoadWords(next, at + Format::kPixelBytes);
+                    found = found | (here ^ next);
+                }
+                any = any | found;
+            }
+            return any;
+        };
+        // Equal pixels never differ, whatever the format, as long as the threshold isn't negative.
+        const bool skipsFlat = cells.threshold >= 0;
         // The rows of the chunk after the next are fetched ahead: the processor sees no pattern in such short pieces.
         constexpr int kChunkBytes = kChunkColumns * Format::kPixelBytes, kCacheLine = 64;
         const ptrdiff_t ahead = x + 3 * kChunkColumns <= image.width ? 2 * kChunkBytes : 0;
         const uint8_t* p = PixelAt<Format>(image, x, nextRow);
-        bool isFlat = IsFlat<kChunkColumns>(p);
+        Words above = findChanges(nextRow, p);
         for (int32_t y = nextRow; y < end; ++y) {
             const uint8_t* const q = p + image.rowStride;
             for (int i = 0; i < kChunkBytes; i += kCacheLine)
                 _mm_prefetch(reinterpret_cast<const char*>(q + ahead + i), _MM_HINT_T0);
-            const bool isNextFlat = IsFlat<kChunkColumns>(q);
-            if (!isFlat || !isNextFlat || !IsSamePixel(p, q)) {
+            const Words below = findChanges(y + 1, q);
+            if (!skipsFlat || !IsZero(above | below) || !IsSamePixel(p, q)) {
                 ChunkFlags flags{};
                 for (int part = 0; part < kParts; ++part) {
-                    const int offset = part * Row::kColumns;
-                    const uint8_t* const pPart = p + offset * Format::kPixelBytes;
-                    const uint8_t* const qPart = q + offset * Format::kPixelBytes;
-                    if (kParts > 1 && IsFlat<Row::kColumns>(pPart) && IsFlat<Row::kColumns>(qPart) &&
-                        IsSamePixel(pPart, qPart))
-                        continue;
+                    const uint8_t* const pPart = p + part * kPartBytes;
+                    const uint8_t* const qPart = q + part * kPartBytes;
+                    if (skipsFlat && IsZero(changes[0][part] | changes[1][part]) && IsSamePixel(pPart, qPart)) continue;
                     if (loadedRows[part] != y) rows[part][y & 1].Load(pPart);
                     rows[part][(y + 1) & 1].Load(qPart);
                     loadedRows[part] = y + 1;
                     const ChunkFlags found = Row::Compare(rows[part][y & 1], rows[part][(y + 1) & 1], cells.threshold);
+                    const int offset = part * Row::kColumns;
                     flags.r |= found.r << offset;
                     flags.d |= found.d << offset;
                     flags.x |= found.x << offset;
@@ -110,26 +130,10 @@ private:
                 SetFlags(x, y, flags);
             }
             p = q;
-            isFlat = isNextFlat;
+            above = below;
         }
     }
 
-    // True if the pixels and the one after them all have the same bits. Equal pixels never differ, whatever
-    // the format, as long as the threshold isn't negative.
-    template <int kColumns>
-    bool IsFlat(const uint8_t* pixels) const {
-        constexpr int kBytes = kColumns * Format::kPixelBytes;
-        // In pieces of two bytes: compilers turn that into wider vectors than longer pieces.
-        const auto load = [&](int offset) {
-            uint16_t piece;
-            std::memcpy(&piece, pixels + offset, sizeof piece);
-            return piece;
-        };
-        uint16_t difference = 0;
-        for (int i = 0; i < kBytes; i += 2)
-            difference = static_cast<uint16_t>(difference | (load(i) ^ load(i + Format::kPixelBytes)));
-        return difference == 0 && cells.threshold >= 0;
-    }
     static bool IsSamePixel(const uint8_t* p, const uint8_t* q) { return std::memcmp(p, q, Format::kPixelBytes) == 0; }
 
     void SetFlags(int32_t x, int32_t y, const ChunkFlags& flags) {

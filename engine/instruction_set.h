@@ -19,9 +19,9 @@ inline namespace STAIRMELT_SET {
 
 template <class Format>
 struct SampleColors;
+struct TwoWords;
 
 // Available on every x86-64 machine. The other set, Avx2, is in avx2.h.
-struct TwoWords;
 struct Baseline {
     using Words = TwoWords;
     static constexpr bool kHasVectors = false;  // wider than SSE2's

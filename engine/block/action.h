@@ -21,7 +21,7 @@ constexpr RunPair kShortRuns[] = {{1, 0}, {1, 1}, {2, 0}, {2, 1}, {2, 2}};
 constexpr int kShortRunKinds = static_cast<int>(std::size(kShortRuns));
 constexpr int kRunKinds = kShortRunKinds + 1;
 
-// In the order in which a visit does them.
+// In the order in which a visit does them; what fades restore comes with their blends.
 enum ActionKind : uint8_t {
     // The right edge.
     kLeftRun,  // in each direction six: by kShortRuns, then one for all other runs and for tails
@@ -43,17 +43,16 @@ enum ActionKind : uint8_t {
     kRestoreMostHere,   // that of the other rules, which share one blend
     kSixth,             // eight
     kDecidedKinds = kSixth + 8,
-    // What fades restore, as a part of them: eight, by kRiserDiagonals, then by kTreadDiagonals.
+    // What fades restore: eight, by kRiserDiagonals, then by kTreadDiagonals. Never actions of their own.
     kFadeRestore = kDecidedKinds,
     kActionKinds = kFadeRestore + 8,
 };
 constexpr ActionKind kRunsOf[4] = {kLeftRun, kRightRun, kUpRun, kDownRun};  // by RunDirection
 
-// What runs and fades are measured along is numbered, too: four directions, by RunDirection, then eight diagonals.
-constexpr int kFirstDiagonal = 4, kLines = kFirstDiagonal + 8;
-constexpr const Diagonal& DiagonalOf(int line) {
-    return line < kFirstDiagonal + 4 ? kRiserDiagonals[line - kFirstDiagonal]
-                                     : kTreadDiagonals[line - kFirstDiagonal - 4];
+// The ways along which runs and fades are measured: four by RunDirection, then the eight diagonals.
+constexpr int kFirstDiagonal = 4, kWays = kFirstDiagonal + 8;
+constexpr const Diagonal& DiagonalOf(int way) {
+    return way < kFirstDiagonal + 4 ? kRiserDiagonals[way - kFirstDiagonal] : kTreadDiagonals[way - kFirstDiagonal - 4];
 }
 
 // A fade's blends and restores are on different diagonals, so that they can be made one after the other.
@@ -77,6 +76,7 @@ enum RampNumber : uint8_t {
     kLongRamp = kHalfRamps + kMaxLength,
     kLongTail,
     kRampNumbers,
+    kUnmeasured = kLongRamp,  // of kinds whose lengths have to be measured, and of their actions until then
 };
 static_assert(static_cast<int>(BlendWeight::kOneSixth) < kBothContacts - kBlendRamps);
 
@@ -108,12 +108,12 @@ struct Track {
 };
 enum class Shape : uint8_t { kBlend, kRun, kFade };
 
-// What an action of a kind does.
+// What an action of a kind does. Of what fades restore, only the track is set.
 struct KindInfo {
     Track track;
     Shape shape;
-    uint8_t ramp;         // a RampNumber; kLongRamp: to be measured
-    uint8_t line;         // the number of a run's direction or of a fade's diagonal
+    uint8_t ramp;         // a RampNumber
+    uint8_t way;          // of a run or a fade
     uint8_t restore = 0;  // the kind of what a fade restores; 0: nothing
 };
 
@@ -124,16 +124,16 @@ constexpr void SetRuns(KindTable& table, uint8_t direction) {
     const Track track = dx + dy > 0 ? Track{dx, dy, 0, 0, dx, dy} : Track{0, 0, -dx, -dy, dx, dy};
     size_t kind = kRunsOf[direction];
     for (const RunPair& run : kShortRuns) table[kind++] = {track, Shape::kRun, StairRampNumber(run), direction};
-    table[kind] = {track, Shape::kRun, kLongRamp, direction};
+    table[kind] = {track, Shape::kRun, kUnmeasured, direction};
 }
-constexpr void SetFades(KindTable& table, size_t kind, uint8_t line) {
-    const Diagonal& diagonal = DiagonalOf(line);
+constexpr void SetFades(KindTable& table, size_t kind, uint8_t way) {
+    const Diagonal& diagonal = DiagonalOf(way);
     const int fromX = diagonal.pixelX + diagonal.sourceX, fromY = diagonal.pixelY + diagonal.sourceY;
     const int dx = diagonal.stepX, dy = diagonal.stepY;
     const Track track = {diagonal.pixelX, diagonal.pixelY, fromX, fromY, dx, dy, dx, dy};
-    const uint8_t restore = diagonal.restores ? static_cast<uint8_t>(kFadeRestore + line - kFirstDiagonal) : 0;
-    table[kind] = {track, Shape::kFade, RampNumberOf(kThirdRamps, kShortestDiagonal), line, restore};
-    table[kind + 1] = {track, Shape::kFade, kLongRamp, line, restore};
+    const uint8_t restore = diagonal.restores ? static_cast<uint8_t>(kFadeRestore + way - kFirstDiagonal) : 0;
+    table[kind] = {track, Shape::kFade, RampNumberOf(kThirdRamps, kShortestDiagonal), way, restore};
+    table[kind + 1] = {track, Shape::kFade, kUnmeasured, way, restore};
     if (restore != 0) table[restore].track = {fromX, fromY, fromX, fromY, dx, dy, dx, dy};
 }
 template <size_t kCount>
@@ -163,15 +163,15 @@ constexpr KindTable MakeKinds() {
 }
 inline constexpr KindTable kKinds = MakeKinds();
 
-// The distance from the image's border at which a visited pixel is inner: ramps of kMaxCached pixels stay inside the
-// image, with the pixels that they move toward, and where they are loaded together with a neighbour's first byte.
+// The distance from the image's border at which a visited pixel is inner: cached ramps, of at most kMaxCached pixels,
+// stay inside the image, and so do the pixels that they move toward, at most one farther away, and a pixel beside them.
 constexpr int32_t kMaxCached = 12;
 constexpr int32_t kMargin = kMaxCached + 2;
 
 // One thing to do.
 struct Action {
     int32_t x, y;  // the visited pixel
-    uint8_t kind;  // an ActionKind
+    uint8_t kind;  // an ActionKind below kDecidedKinds
     uint8_t ramp;  // a RampNumber; unused for kAverage
     uint8_t span;  // for kAverage: the number of pixels from x on to the right
     bool isInner;  // no cached ramp reaches the image's border

@@ -1,5 +1,5 @@
-// The planner for one vector type. It decides as many flagged blocks as fit a vector at once (decisions.h), measures
-// the runs, tails and diagonals that the decisions call for, and then writes the actions of each pixel.
+// The planner for one vector type. It decides as many flagged blocks as fit a vector at once (decisions.h) and queues
+// the actions of each pixel. Before it passes a batch on, it measures the runs, tails and diagonals that this needs.
 #pragma once
 
 #include <algorithm>
@@ -44,7 +44,7 @@ public:
 
 private:
     static constexpr int kBlocks = kBlocksOf<Words>;
-    static constexpr int kMaxActions = 30;  // of one pixel; 19 can occur
+    static constexpr int kMaxActions = 30;  // of one pixel; fewer than 20 can occur
     static constexpr int kNoPixel = 63;     // a neighbour's bit
 
     // The kinds of what is done at a pixel, and room for reading one more.
@@ -105,11 +105,11 @@ private:
             const bool isInner = (inner >> bit & 1) != 0;
             Visit& visit = visits[bit];
             for (int i = 0; i < visit.count; i += 2) {
-                for (int j = i; j < i + 2; ++j) {  // as in Add; actions beyond the count are overwritten
+                for (int j = i; j < i + 2; ++j) {  // two at a time, as in Add: what is beyond the count is overwritten
                     const uint8_t kind = visit.kinds[j], ramp = kKinds[kind].ramp;
                     actions[queued + j] = {x, place.y, kind, ramp, 1, isInner};
                     unmeasured[unmeasuredCount] = static_cast<uint16_t>(queued + j);
-                    unmeasuredCount += ramp == kLongRamp && j < visit.count;
+                    unmeasuredCount += ramp == kUnmeasured && j < visit.count;
                 }
             }
             queued += visit.count;
@@ -117,31 +117,31 @@ private:
         }
     }
 
-    // Measures all that go along one line together, for the sake of branch prediction.
+    // Measures what is missing, one way after the other: branches are better predicted then.
     void Flush() {
-        int counts[kLines] = {};
+        int counts[kWays] = {};
         for (int i = 0; i < unmeasuredCount; ++i) {
-            const int line = kKinds[actions[unmeasured[i]].kind].line;
-            alongLine[line][counts[line]++] = unmeasured[i];
+            const int way = kKinds[actions[unmeasured[i]].kind].way;
+            alongWay[way][counts[way]++] = unmeasured[i];
         }
-        const auto measureAll = [&]<int... kLine>(std::integer_sequence<int, kLine...>) {
-            (Measure<kLine>(alongLine[kLine], counts[kLine]), ...);
+        const auto measureAll = [&]<int... kWay>(std::integer_sequence<int, kWay...>) {
+            (Measure<kWay>(alongWay[kWay], counts[kWay]), ...);
         };
-        measureAll(std::make_integer_sequence<int, kLines>{});
+        measureAll(std::make_integer_sequence<int, kWays>{});
         sink.Perform(actions, queued, lengths);
         queued = unmeasuredCount = 0;
     }
 
     // Measures the runs or fades of some actions, and sets their ramps.
-    template <int kLine>
-    void Measure(const uint16_t* numbers, int count) {
+    template <int kWay>
+    void Measure(const uint16_t* indices, int count) {
         for (int i = 0; i < count; ++i) {
-            Action& action = actions[numbers[i]];
-            RunPair& run = lengths[numbers[i]];
+            Action& action = actions[indices[i]];
+            RunPair& run = lengths[indices[i]];
             const PlaneCursor at = CursorAt(planes, action.x, action.y);
-            if constexpr (kLine < kFirstDiagonal) {
-                constexpr RunDirection kDirection = static_cast<RunDirection>(kLine);
-                constexpr const DirectionRules& kRules = kDirections[kLine];
+            if constexpr (kWay < kFirstDiagonal) {
+                constexpr RunDirection kDirection = static_cast<RunDirection>(kWay);
+                constexpr const DirectionRules& kRules = kDirections[kWay];
                 const int32_t room = RoomFrom(at.x, at.y, kRules.forth.dx, kRules.forth.dy, width, height);
                 run = MeasureRunOnce<kDirection>(at, room);
                 if (run.length == 0) {
@@ -152,7 +152,7 @@ private:
                     action.ramp = StairRampNumber(run);
                 }
             } else {
-                run = {DiagonalLength<DiagonalOf(kLine)>(at), 0};
+                run = {DiagonalLength<DiagonalOf(kWay)>(at), 0};
                 action.ramp = RampNumberOf(kThirdRamps, run.length);
             }
         }
@@ -194,8 +194,8 @@ private:
     Action actions[kBatch + 1];  // the last one is room for writing one more
     RunPair lengths[kBatch + 1];
     int queued = 0;
-    uint16_t unmeasured[kBatch + 1];     // the numbers of the actions whose ramps aren't known yet
-    uint16_t alongLine[kLines][kBatch];  // the same by line
+    uint16_t unmeasured[kBatch + 1];   // the indices of the actions whose ramps are kUnmeasured; room for one more
+    uint16_t alongWay[kWays][kBatch];  // the same by way
     int unmeasuredCount = 0;
 };
 

@@ -18,7 +18,7 @@ namespace stairmelt::inline STAIRMELT_SET {
 // A stroke that mixes two pixels at once, in a vector of eight samples of 16 bits, four for each pixel. Samples that a
 // pixel doesn't have stay unchanged. Pixels of three bytes are loaded and stored together with the next pixel's first
 // byte; storing the left one first keeps that byte correct. A stroke to the left is turned for that: `to` leads to the
-// left pixel of two, and `advance` to the right.
+// left pixel of two, `advance` to the right one, and only `toNext` to the left.
 template <class Format>
 class ByteStroke : Stroke {
 public:

@@ -38,11 +38,12 @@ Words IsNearDot(const FlagBlocks<Words>& block) {
 // What is done at the pixels of some blocks.
 template <class Words>
 struct Decisions {
-    static constexpr int kSets = (kDecidedKinds + 7) / 8 * 8;  // KindsOfBlocks reads them in groups of eight
-    Words pixels[kSets];        // by ActionKind: one bit for each pixel; those of the neighbours are meaningless
-    Words besidesAverage = {};  // at which anything but kAverage is done
+    static constexpr int kPaddedKinds = 64;  // read in groups of eight, and each has a bit in a set of kinds
+    static_assert(kDecidedKinds <= kPaddedKinds);
+    Words pixels[kPaddedKinds];  // by ActionKind: one bit for each pixel; those of the neighbours are meaningless
+    Words besidesAverage = {};   // at which anything but kAverage is done
 
-    Decisions() { std::fill(pixels + kDecidedKinds, pixels + kSets, Words{}); }
+    Decisions() { std::fill(pixels + kDecidedKinds, pixels + kPaddedKinds, Words{}); }
     void Set(int kind, Words where) {
         pixels[kind] = where;
         besidesAverage = besidesAverage | where;
@@ -83,13 +84,13 @@ struct Decisions {
         const ShortRuns<Words> found = FindShortRuns<kDirection>(block, hasEdge);
         const Words tail = hasEdge & HasTail<kRulesOf<kDirection>.tail>(block) & ~found.any;
         hasTail = hasTail | tail;
-        Words measured = tail | found.any;
+        Words others = tail | found.any;
         for (int i = 0; i < kShortRunKinds; ++i) {
             const Words run = found.pixels[i] & limits.farEndIsInside;
             Set(kind + i, run);
-            measured = measured & ~run;
+            others = others & ~run;
         }
-        Set(kind + kShortRunKinds, measured);
+        Set(kind + kShortRunKinds, others);
         return found.any | tail;
     }
 
@@ -148,12 +149,12 @@ void Decide(const FlagPlanes& planes, const BlockPlace* places, const Limits<Wor
 // The kinds that each block has at any pixel, as sets of bits.
 template <class Words>
 std::array<uint64_t, kBlocksOf<Words>> KindsOfBlocks(const Decisions<Words>& decisions) {
-    std::array<uint64_t, kBlocksOf<Words>> sets{};
-    for (int kind = 0; kind < kDecidedKinds; kind += 8) {
-        const uint32_t found = NonzeroWords(decisions.pixels + kind);
-        for (size_t i = 0; i < sets.size(); ++i) sets[i] |= uint64_t{found >> 8 * i & 0xFF} << kind;
+    std::array<uint64_t, kBlocksOf<Words>> kinds{};
+    for (int first = 0; first < kDecidedKinds; first += 8) {
+        const uint32_t found = NonzeroWords(decisions.pixels + first);
+        for (size_t i = 0; i < kinds.size(); ++i) kinds[i] |= uint64_t{found >> 8 * i & 0xFF} << first;
     }
-    return sets;
+    return kinds;
 }
 
 }  // namespace stairmelt::inline STAIRMELT_SET

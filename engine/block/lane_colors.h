@@ -107,7 +107,7 @@ struct LaneColors {
                 _mm_add_ps(_mm_mul_ps(_mm_set1_ps(1.0f - weight), a.lanes), _mm_mul_ps(_mm_set1_ps(weight), b.lanes))};
         } else {
             if constexpr (Format::kBits == 8) {
-                if (weight >= 0 && weight <= Format::kWhole) {
+                if (weight >= 0 && weight <= Format::kWhole) {  // the upper half of each lane is 0, and stays it
                     return {MixWords(a.lanes, b.lanes, _mm_set1_epi16(static_cast<int16_t>(weight)))};
                 }
             }

@@ -83,7 +83,7 @@ private:
         std::conditional_t<Format::kMixesStrokes, typename Format::InstructionSet::template StrokeOf<Format>,
                            PixelStroke<Format>>;
 
-    // A cached ramp begins at most one row or column beyond the visited pixel.
+    // A cached ramp begins at most one row or column beyond the visited pixel, and what it moves toward one farther.
     static_assert(kRowsAhead > kMaxCached + 1 && kMargin > kMaxCached + 1);
 
     // For pixels near the image's border, where a walk may end early, and for ramps that aren't cached. Before a ramp
@@ -92,12 +92,12 @@ private:
         const KindInfo& kind = kKinds[action.kind];
         const int32_t x = action.x, y = action.y;
         if (kind.shape == Shape::kFade) {
-            const Diagonal& diagonal = DiagonalOf(kind.line);
+            const Diagonal& diagonal = DiagonalOf(kind.way);
             const RampOf<Format> third = ramps.Fade(Weights::kThird, run.length);
             if (diagonal.stepY > 0) NeedRows(third, y + diagonal.pixelY + std::max(diagonal.sourceY, 0));
             PaintFade<Format>(job, diagonal, x, y, third, ramps.Fade(Weights::kHalf, run.length));
         } else if (kind.shape == Shape::kRun) {
-            const RunScanner& forth = kDirections[kind.line].forth;
+            const RunScanner& forth = kDirections[kind.way].forth;
             const RampOf<Format> ramp = IsTail(action.ramp) ? ramps.Tail(run.length) : ramps.Stair(run);
             if (forth.dy > 0) NeedRows(ramp, y + 1);
             PaintRun<Format>(job, forth.dx, forth.dy, x, y, ramp);

@@ -1,6 +1,6 @@
-// A part of a chunk: 16 neighbouring pixels of a row, laid out channel by channel to be compared at once: every loop
-// runs over columns with a constant count, and compilers turn it into vector instructions. An instruction set may
-// provide something faster with the same flags (avx2.h).
+// A part of a chunk: 16 neighbouring pixels of a row, laid out channel by channel to be compared at once: loops run
+// over columns with a constant count, and compilers turn them into vector instructions. An instruction set may provide
+// something faster with the same flags (avx2.h).
 #pragma once
 
 #include <emmintrin.h>

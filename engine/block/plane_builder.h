@@ -76,12 +76,11 @@ private:
     template <class Row>
     void BuildChunk(int32_t x, int32_t end) {
         constexpr int kPartBytes = Row::kColumns * Format::kPixelBytes, kParts = kChunkColumns / Row::kColumns;
-        using SetWords = typename Format::InstructionSet::Words;
-        using Words = std::conditional_t<kPartBytes % sizeof(SetWords) == 0, SetWords, TwoWords>;
-        // Each part of the two rows that are compared, by the parity of the row.
-        Row rows[kParts][2];
-        Words changes[2][kParts];
-        int32_t loadedRows[kParts];  // the number of the lower row that each part holds; -1: none
+        using WidestWords = typename Format::InstructionSet::Words;
+        using Words = std::conditional_t<kPartBytes % sizeof(WidestWords) == 0, WidestWords, TwoWords>;
+        Row rows[kParts][2];         // by part and by the parity of the row
+        Words changes[2][kParts];    // by the parity and by part
+        int32_t loadedRows[kParts];  // the lower row that each part holds; -1: none
         for (int32_t& loaded : loadedRows) loaded = -1;
         // A part's changes are zero if its pixels and the one after them all have the same bits.
         const auto findChanges = [&](int32_t y, const uint8_t* at) {

@@ -24,6 +24,7 @@ struct CachedRamp {
     };
 
     State state;
+    static_assert(kMaxCached % 2 == 0);
     int32_t count;                                 // until the weight runs out
     typename Weights::Weight weights[kMaxCached];  // zero after the last one: they may be read in pairs
 

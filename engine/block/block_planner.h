@@ -75,15 +75,13 @@ private:
     // Adds a kind to the visits of some pixels. Always two at a time, the second maybe no pixel: mostly there are one
     // or two, and a processor can't predict which.
     void Add(uint8_t kind, uint64_t pixels) {
-        const auto addToNext = [&] {
-            Visit& visit = visits[TrailingZeros(pixels | uint64_t{1} << kNoPixel)];
-            assert(visit.count < kMaxActions);
-            visit.kinds[visit.count++] = kind;
-            pixels &= pixels - 1;
-        };
         do {
-            addToNext();
-            addToNext();
+            for (int i = 0; i < 2; ++i) {
+                Visit& visit = visits[TrailingZeros(pixels | uint64_t{1} << kNoPixel)];
+                assert(visit.count < kMaxActions);
+                visit.kinds[visit.count++] = kind;
+                pixels &= pixels - 1;
+            }
         } while (pixels != 0);
         visits[kNoPixel].count = 0;
     }

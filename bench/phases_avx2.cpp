@@ -17,7 +17,7 @@ PhaseSeconds MeasurePhases(const KernelJob& job) {
     if (!planes.Allocate(image.width, image.height)) return {};
     const auto allocated = Clock::now();
     PlaneBuilder<Format> builder(image, DeriveEdgeThreshold<Format>(job.colorThreshold), planes);
-    planes.BuildBy(builder);
+    planes.BuildBy(builder, builder.kBandRows);
     for (int32_t y = 0; y < image.height; ++y) planes.Need(y);
     const auto built = Clock::now();
     struct Discard final : ActionSink {

@@ -69,8 +69,7 @@ struct PixelFormat : SampleDepth {
     static constexpr int kPixelBytes = kPixelSize * static_cast<int>(sizeof(typename Depth::Sample));
     static constexpr int kOpacity = Channels;  // index of the opacity sample
     // Where the set's vectors are used to compare chunks of a row, and to change several pixels at once.
-    static constexpr bool kComparesChunks =
-        Set::kHasVectors && (Depth::kBits == 32 || (Depth::kBits == 8 && Extra == 0));
+    static constexpr bool kComparesChunks = Set::kHasVectors && (Depth::kBits == 32 || Extra == 0);
     static constexpr bool kMixesStrokes = Set::kHasVectors && Depth::kBits == 8 && Extra == 0;
     using Pixel = std::array<typename Depth::Sample, static_cast<size_t>(kPixelSize)>;
 };

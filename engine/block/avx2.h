@@ -4,8 +4,11 @@
 
 #include <immintrin.h>
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <type_traits>
 
 #include "engine/block/byte_rows.h"
@@ -15,42 +18,29 @@
 
 namespace stairmelt::inline STAIRMELT_SET {
 
-// For shuffle_epi8, which gives zero where the place is kElsewhere: the places of a plane's 16 bytes in the parts of 16
-// pixels. Byte k of plane c is byte k * kSamples + c of all parts.
-template <int kSamples>
-struct BytePlaces {
-    uint8_t of[kSamples][kSamples][16];  // by plane and part
-
-    constexpr BytePlaces() : of() {
-        constexpr uint8_t kElsewhere = 0x80;
-        for (int i = 0; i < 16 * kSamples * kSamples; ++i) {
-            const int plane = i % kSamples, k = i / kSamples % 16, part = i / kSamples / 16;
-            const int place = k * kSamples + plane - 16 * part;
-            of[plane][part][k] = place >= 0 && place < 16 ? static_cast<uint8_t>(place) : kElsewhere;
-        }
-    }
-};
-template <int kSamples>
-inline constexpr BytePlaces<kSamples> kBytePlaces;
-
 // Two halves of a part of a row, and the pixel after it, channel by channel.
-template <class Half>
+template <class Format, class Half>
 class VectorRow {
 public:
     static constexpr int kColumns = 2 * Half::kColumns;
 
-    static bool Supports(typename Half::Threshold threshold) { return Half::Supports(threshold); }
+    // The threshold has to be below the greatest sample, at which integer sums saturate.
+    static bool Supports(EdgeThreshold<Format> threshold) {
+        return threshold >= 0 && threshold < std::numeric_limits<typename Format::Sample>::max();
+    }
 
     void Load(const uint8_t* row) {
+        constexpr int kHalfBytes = Half::kColumns * Format::kPixelBytes;
         Half::Load(row, here[0]);
-        Half::Load(row + Half::kBytes, here[1]);
-        for (int c = 0; c < Half::kSamples; ++c) {
+        Half::Load(row + kHalfBytes, here[1]);
+        const auto next = LoadSamples<Format>(row + 2 * kHalfBytes);
+        for (size_t c = 0; c < next.size(); ++c) {
             right[0][c] = Half::OneLater(here[0][c], here[1][c]);
-            right[1][c] = Half::OneLater(here[1][c], Half::First(row + 2 * Half::kBytes, c));
+            right[1][c] = Half::OneLater(here[1][c], Half::Filled(next[c]));
         }
     }
 
-    static ChunkFlags Compare(const VectorRow& p, const VectorRow& q, typename Half::Threshold edgeThreshold) {
+    static ChunkFlags Compare(const VectorRow& p, const VectorRow& q, EdgeThreshold<Format> edgeThreshold) {
         const typename Half::Vector threshold = Half::Filled(edgeThreshold);
         const auto differing = [&](const Planes& a, const Planes& b) {
             return Half::Differing(a[0], b[0], threshold) | Half::Differing(a[1], b[1], threshold) << Half::kColumns;
@@ -60,69 +50,84 @@ public:
     }
 
 private:
-    using Planes = typename Half::Vector[2][Half::kSamples];
+    using Planes = typename Half::Vector[2][Format::kPixelSize];
     Planes here, right;
 };
 
-// 32 pixels of bytes without opacity.
-template <int kChannels>
-struct ByteHalf {
-    using Threshold = int32_t;
+// 32 pixels at depth 8 or 16 pixels at depth 16, without opacity.
+template <class Format>
+struct IntegerHalf {
     using Vector = __m256i;
-    static constexpr int kSamples = kChannels;
-    static constexpr int kColumns = 32;
-    static constexpr int kBytes = kColumns * kSamples;
+    using Sample = typename Format::Sample;
+    static constexpr int kSamples = Format::kPixelSize, kSampleBytes = sizeof(Sample), kColumns = 32 / kSampleBytes;
+    static constexpr bool kIsByte = kSampleBytes == 1;
 
-    // Sums saturate at 255, which has to be above the threshold.
-    static bool Supports(int32_t threshold) { return threshold >= 0 && threshold < 255; }
-    static __m256i Filled(int32_t threshold) { return _mm256_set1_epi8(static_cast<char>(threshold)); }
+    static __m256i Filled(int32_t value) {
+        return _mm256_set1_epi16(static_cast<int16_t>(kIsByte ? value * 0x0101 : value));
+    }
 
-    // Each 16-byte half of a vector holds 16 of the pixels, so that no shuffle crosses the halves.
+    // Each 16-byte half of a vector holds half of the pixels, so that no shuffle crosses the halves.
     static void Load(const uint8_t* at, __m256i* planes) {
-        for (int c = 0; c < kSamples; ++c) {
+        for (size_t c = 0; c < kSamples; ++c) {
             planes[c] = _mm256_setzero_si256();
-            for (int part = 0; part < kSamples; ++part) {
-                const __m256i bytes = LoadHalves(at + 16 * part, at + kBytes / 2 + 16 * part);
-                const uint8_t* const places = kBytePlaces<kSamples>.of[c][part];
+            for (size_t part = 0; part < kSamples; ++part) {
+                const uint8_t* const places = kPlaces[c][part].data();
+                const __m256i bytes = LoadHalves(at + 16 * part, at + 16 * (kSamples + part));
                 planes[c] = _mm256_or_si256(planes[c], _mm256_shuffle_epi8(bytes, LoadHalves(places, places)));
             }
         }
     }
 
-    // A plane one column later, and what follows it.
+    // A plane one column later, and the first column of what follows it.
     static __m256i OneLater(__m256i plane, __m256i next) {
-        return _mm256_alignr_epi8(_mm256_permute2x128_si256(plane, next, 0x21), plane, 1);
+        return _mm256_alignr_epi8(_mm256_permute2x128_si256(plane, next, 0x21), plane, kSampleBytes);
     }
-    static __m256i First(const uint8_t* at, int c) { return _mm256_zextsi128_si256(_mm_cvtsi32_si128(at[c])); }
 
     // Bit k is set where the pixels k differ.
     static uint64_t Differing(const __m256i* a, const __m256i* b, __m256i threshold) {
-        const auto distance = [](__m256i s, __m256i t) {
-            return _mm256_or_si256(_mm256_subs_epu8(s, t), _mm256_subs_epu8(t, s));
+        const auto minus = [](__m256i s, __m256i t) {
+            return kIsByte ? _mm256_subs_epu8(s, t) : _mm256_subs_epu16(s, t);
         };
-        __m256i sum = distance(a[0], b[0]);
-        for (int c = 1; c < kSamples; ++c) sum = _mm256_adds_epu8(sum, distance(a[c], b[c]));
-        const __m256i isWithin = _mm256_cmpeq_epi8(_mm256_subs_epu8(sum, threshold), _mm256_setzero_si256());
-        return ~static_cast<uint32_t>(_mm256_movemask_epi8(isWithin));
+        const auto distance = [&](int c) { return _mm256_or_si256(minus(a[c], b[c]), minus(b[c], a[c])); };
+        __m256i sum = distance(0);
+        for (int c = 1; c < kSamples; ++c)
+            sum = kIsByte ? _mm256_adds_epu8(sum, distance(c)) : _mm256_adds_epu16(sum, distance(c));
+        const __m256i excess = minus(sum, threshold), zero = _mm256_setzero_si256();
+        if constexpr (kIsByte) return ~static_cast<uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(excess, zero)));
+        const __m256i words = _mm256_cmpeq_epi16(excess, zero), bytes = _mm256_packs_epi16(words, zero);
+        const uint32_t isWithin = static_cast<uint32_t>(_mm256_movemask_epi8(bytes));
+        return ~(isWithin | isWithin >> 8) & 0xFFFF;
     }
+
+private:
+    // For shuffle_epi8, which gives zero where the place is kElsewhere: the places of a plane's 16 bytes in each of the
+    // 16-byte parts that hold them, by plane and part.
+    using Places = std::array<std::array<std::array<uint8_t, 16>, kSamples>, kSamples>;
+    static constexpr Places kPlaces = [] {
+        constexpr uint8_t kElsewhere = 0x80;
+        Places places{};
+        for (size_t i = 0; i < 16 * kSamples * kSamples; ++i) {
+            const size_t plane = i % kSamples, k = i / kSamples % 16, part = i / kSamples / 16;
+            const size_t place = (k / kSampleBytes * kSamples + plane) * kSampleBytes + k % kSampleBytes - 16 * part;
+            places[plane][part][k] = place < 16 ? static_cast<uint8_t>(place) : kElsewhere;
+        }
+        return places;
+    }();
 };
 
 // 8 pixels of floats.
 template <class Format>
 struct FloatHalf {
-    using Threshold = float;
     using Vector = __m256;
     static constexpr int kSamples = Format::kPixelSize;
     static constexpr int kColumns = 8;
-    static constexpr int kBytes = kColumns * Format::kPixelBytes;
 
-    static bool Supports(float) { return true; }
-    static __m256 Filled(float threshold) { return _mm256_set1_ps(threshold); }
+    static __m256 Filled(float value) { return _mm256_set1_ps(value); }
 
     // Each half of a vector holds 4 of the pixels. Reads nothing beyond the pixel after them.
     static void Load(const uint8_t* at, __m256* planes) {
         const auto load = [&](int offset) {
-            return _mm256_castsi256_ps(LoadHalves(at + offset, at + kBytes / 2 + offset));
+            return _mm256_castsi256_ps(LoadHalves(at + offset, at + 4 * Format::kPixelBytes + offset));
         };
         if constexpr (kSamples == 1) {
             planes[0] = load(0);
@@ -147,11 +152,6 @@ struct FloatHalf {
     static __m256 OneLater(__m256 plane, __m256 next) {
         const __m256 firstIsNext = _mm256_blend_ps(plane, next, 1);
         return _mm256_permutevar8x32_ps(firstIsNext, _mm256_setr_epi32(1, 2, 3, 4, 5, 6, 7, 0));
-    }
-    static __m256 First(const uint8_t* at, int c) {
-        float sample;
-        std::memcpy(&sample, at + c * sizeof sample, sizeof sample);
-        return _mm256_set1_ps(sample);
     }
 
     // Every operation as in Differs.
@@ -183,7 +183,7 @@ struct Avx2 {
     template <class Format>
     using Colors = std::conditional_t<(Format::kChannels > 1), LaneColors<Format>, SampleColors<Format>>;
     template <class Format>
-    using Row = VectorRow<std::conditional_t<Format::kBits == 8, ByteHalf<Format::kChannels>, FloatHalf<Format>>>;
+    using Row = VectorRow<Format, std::conditional_t<Format::kBits == 32, FloatHalf<Format>, IntegerHalf<Format>>>;
     template <class Format>
     using StrokeOf = ByteStroke<Format>;
     template <class Format>

@@ -23,7 +23,7 @@ int32_t SmoothInBlocks(const KernelJob& job) {
     FlagPlanes planes;
     if (!planes.Allocate(destination.width, destination.height)) return kKernelMemoryError;
     PlaneBuilder<Format> builder(destination, DeriveEdgeThreshold<Format>(job.colorThreshold), planes);
-    planes.BuildBy(builder);
+    planes.BuildBy(builder, builder.kBandRows);
     Painter<Format> painter(job, DeriveScanWeights<Format>(job), planes);
     PlanVisits(destination.width, destination.height, planes, painter);
     return kKernelDone;

@@ -15,7 +15,7 @@
 // Units of columns:
 //   4    group: in its first three columns the definition tests some diagonals only after other flags (cell_builder.h)
 //   64   chunk: compared in all rows that are built together, and skipped where flat
-//   16   part of a chunk, compared at a time; bytes without opacity are compared as whole chunks with AVX2
+//   16   part of a chunk, compared at a time; with AVX2 and without opacity it has 64 at depth 8, and 32 at depth 16
 //   56   block: decided at a time in one word of 64 bits, with kReachColumns = 4 neighbours on either side; a multiple
 //        of 8, so that it begins at a byte
 //   57   window: a word begins at a byte; shifted by up to 7 bits, it keeps at least 57 columns
@@ -101,9 +101,10 @@ public:
         }
     }
 
-    // Rows are built by `rowBuilder`, a few at a time, as they are needed.
-    void BuildBy(RowBuilder& rowBuilder) {
+    // Rows are built by `rowBuilder`, at least `rowsAtOnce` at a time, as they are needed.
+    void BuildBy(RowBuilder& rowBuilder, int32_t rowsAtOnce) {
         builder = &rowBuilder;
+        bandRows = rowsAtOnce;
         builtRows = 0;
     }
 
@@ -121,13 +122,13 @@ private:
     static constexpr int64_t kGuardBytes = 8;
 
     void BuildMore(int32_t y) {
-        constexpr int32_t kBandRows = 16;
-        const int32_t end = y < height - kBandRows ? y + kBandRows : height;
+        const int32_t end = y < height - bandRows ? y + bandRows : height;
         builder->BuildTo(end);
         builtRows = end == height ? INT32_MAX : end;
     }
 
     RowBuilder* builder = nullptr;
+    int32_t bandRows = 0;
     int32_t builtRows = INT32_MAX;
     int32_t height = 0;
     uint8_t* firstRow = nullptr;  // of plane R, row 0

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <algorithm>
-#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <utility>
@@ -44,14 +43,8 @@ public:
 
 private:
     static constexpr int kBlocks = kBlocksOf<Words>;
-    static constexpr int kMaxActions = 30;  // of one pixel; fewer than 20 can occur
-    static constexpr int kNoPixel = 63;     // a neighbour's bit
-
-    // The kinds of what is done at a pixel, and room for reading one more.
-    struct Visit {
-        uint8_t count;
-        uint8_t kinds[kMaxActions + 1];
-    };
+    static constexpr int kNone = 63;  // stands for no pixel, as a neighbour's bit, and for no kind
+    static_assert(kNone >= kDecidedKinds && kKinds[kNone].ramp != kUnmeasured);
 
     // Plans the blocks in `places`, in their order.
     void PlanBlocks() {
@@ -62,28 +55,28 @@ private:
         Decide(planes, places, LimitsOfBlocks(), decisions);
         const auto kindsOfBlocks = KindsOfBlocks(decisions);
         for (int i = 0; i < count; ++i) {
-            const uint64_t others = WordOf(decisions.besidesAverage, i) & kBlockPixels;
-            const uint64_t average = WordOf(decisions.pixels[kAverage], i) & kBlockPixels;
-            for (uint64_t kinds = kindsOfBlocks[static_cast<size_t>(i)]; kinds != 0; kinds &= kinds - 1) {
+            const auto pixelsOf = [&](int kind) { return WordOf(decisions.pixels[kind], i) & kBlockPixels; };
+            uint64_t kinds = kindsOfBlocks[static_cast<size_t>(i)] & ~(uint64_t{1} << kAverage), others = 0;
+            for (; kinds != 0; kinds &= kinds - 1) {
                 const int kind = TrailingZeros(kinds);
-                Add(static_cast<uint8_t>(kind), WordOf(decisions.pixels[kind], i) & others);
+                Add(kind, pixelsOf(kind));
+                others |= pixelsOf(kind);
             }
+            const uint64_t average = pixelsOf(kAverage);
+            Add(kAverage, average & others);
             Queue(places[i], others | average, average & ~others, ColumnsWithin(places[i], kMargin));
         }
     }
 
     // Adds a kind to the visits of some pixels. Always two at a time, the second maybe no pixel: mostly there are one
     // or two, and a processor can't predict which.
-    void Add(uint8_t kind, uint64_t pixels) {
+    void Add(int kind, uint64_t pixels) {
         do {
             for (int i = 0; i < 2; ++i) {
-                Visit& visit = visits[TrailingZeros(pixels | uint64_t{1} << kNoPixel)];
-                assert(visit.count < kMaxActions);
-                visit.kinds[visit.count++] = kind;
+                visits[TrailingZeros(pixels | uint64_t{1} << kNone)] |= uint64_t{1} << kind;
                 pixels &= pixels - 1;
             }
         } while (pixels != 0);
-        visits[kNoPixel].count = 0;
     }
 
     // Queues what was added for a block, pixel by pixel.
@@ -91,7 +84,7 @@ private:
         while (acting != 0) {
             const int bit = TrailingZeros(acting);
             const int32_t x = place.x - kGuardColumns + bit;
-            if (queued > kBatch - kMaxActions) Flush();
+            if (queued > kBatch - kDecidedKinds) Flush();
             if ((onlyAveraged >> bit & 1) != 0) {
                 // An average reads no pixel of the destination but its own.
                 const int32_t length = TrailingOnes(onlyAveraged >> bit, kBlockColumns);
@@ -101,17 +94,18 @@ private:
             }
             acting &= acting - 1;
             const bool isInner = (inner >> bit & 1) != 0;
-            Visit& visit = visits[bit];
-            for (int i = 0; i < visit.count; i += 2) {
-                for (int j = i; j < i + 2; ++j) {  // two at a time, as in Add: what is beyond the count is overwritten
-                    const uint8_t kind = visit.kinds[j], ramp = kKinds[kind].ramp;
-                    actions[queued + j] = {x, place.y, kind, ramp, 1, isInner};
-                    unmeasured[unmeasuredCount] = static_cast<uint16_t>(queued + j);
-                    unmeasuredCount += ramp == kUnmeasured && j < visit.count;
+            uint64_t kinds = std::exchange(visits[bit], 0);
+            while (kinds != 0) {
+                for (int i = 0; i < 2; ++i) {  // two at a time, as in Add; the action of no kind is overwritten
+                    const uint8_t kind = static_cast<uint8_t>(TrailingZeros(kinds | uint64_t{1} << kNone));
+                    const uint8_t ramp = kKinds[kind].ramp;
+                    actions[queued] = {x, place.y, kind, ramp, 1, isInner};
+                    unmeasured[unmeasuredCount] = static_cast<uint16_t>(queued);
+                    unmeasuredCount += ramp == kUnmeasured;
+                    queued += kinds != 0;
+                    kinds &= kinds - 1;
                 }
             }
-            queued += visit.count;
-            visit.count = 0;
         }
     }
 
@@ -188,7 +182,7 @@ private:
     ActionSink& sink;
     BlockPlace places[kBlocks];  // of the flagged blocks that wait for a full vector
     int placed = 0;
-    Visit visits[64] = {};       // of the block at hand, by bit
+    uint64_t visits[64] = {};    // the kinds of each pixel of the block at hand, as sets; by its bit
     Action actions[kBatch + 1];  // the last one is room for writing one more
     RunPair lengths[kBatch + 1];
     int queued = 0;

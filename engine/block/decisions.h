@@ -41,19 +41,14 @@ struct Decisions {
     static constexpr int kPaddedKinds = 64;  // read in groups of eight, and each has a bit in a set of kinds
     static_assert(kDecidedKinds <= kPaddedKinds);
     Words pixels[kPaddedKinds];  // by ActionKind: one bit for each pixel; those of the neighbours are meaningless
-    Words besidesAverage = {};   // at which anything but kAverage is done
 
     Decisions() { std::fill(pixels + kDecidedKinds, pixels + kPaddedKinds, Words{}); }
-    void Set(int kind, Words where) {
-        pixels[kind] = where;
-        besidesAverage = besidesAverage | where;
-    }
 
     // Sets the first rule that holds.
     template <class... Rules>
     void SetFirst(int kind, const FlagBlocks<Words>& block, Words candidates) {
         const auto set = [&](Words where) {
-            Set(kind++, candidates & where);
+            pixels[kind++] = candidates & where;
             candidates = candidates & ~where;
         };
         (set(Rules::Where(block)), ...);
@@ -66,8 +61,8 @@ struct Decisions {
         const auto set = [&]<Diagonal kDiagonal>() {
             const Words fade = isStraight & HasDiagonal<kDiagonal>(block);
             const Words isLonger = DiagonalGoesOn<kDiagonal, kShortestDiagonal>(block);
-            Set(kind++, fade & ~isLonger);
-            Set(kind++, fade & isLonger);
+            pixels[kind++] = fade & ~isLonger;
+            pixels[kind++] = fade & isLonger;
             any = any | fade;
         };
         set.template operator()<kDiagonals[0]>();
@@ -87,10 +82,10 @@ struct Decisions {
         Words others = tail | found.any;
         for (int i = 0; i < kShortRunKinds; ++i) {
             const Words run = found.pixels[i] & limits.farEndIsInside;
-            Set(kind + i, run);
+            pixels[kind + i] = run;
             others = others & ~run;
         }
-        Set(kind + kShortRunKinds, others);
+        pixels[kind + kShortRunKinds] = others;
         return found.any | tail;
     }
 
@@ -120,9 +115,9 @@ void Decide(const FlagPlanes& planes, const BlockPlace* places, const Limits<Wor
     const Words right = decisions.template SetRuns<RunDirection::kRight>(block, hasRight, limits, hasTail);
     const Words fade = decisions.template SetFades<kRiserDiagonals>(kRiserFade, block, StraightRiser::Where(block));
     const Words mayContact = hasRight & ~fade & ~IsRightEdgeCut(block);
-    decisions.Set(kContactRightBlend, mayContact & ~right & left);
-    decisions.Set(kContactLeftBlend, mayContact & ~left & right);
-    decisions.Set(kContactBlends, mayContact & ~left & ~right);
+    decisions.pixels[kContactRightBlend] = mayContact & ~right & left;
+    decisions.pixels[kContactLeftBlend] = mayContact & ~left & right;
+    decisions.pixels[kContactBlends] = mayContact & ~left & ~right;
     decisions.template SetFirst<RestoreRight1, RestoreRight2, RestoreRight3>(kRestoreRight, block, hasRight);
 
     decisions.template SetRuns<RunDirection::kUp>(block, hasDown, limits, hasTail);
@@ -135,13 +130,12 @@ void Decide(const FlagPlanes& planes, const BlockPlace* places, const Limits<Wor
     decisions.pixels[kAverage] = average;
     const Words mayRestore = ~hasTail & ~average;
     const Words above = mayRestore & limits.mayRestoreAbove & RestoreMost1::Where(block);
-    decisions.Set(kRestoreMostAbove, above);
+    decisions.pixels[kRestoreMostAbove] = above;
     // Nowhere in column 0, as in the definition: each of these rules tests a set flag on the left.
-    decisions.Set(
-        kRestoreMostHere,
-        mayRestore & ~above & (RestoreMost2::Where(block) | RestoreMost3::Where(block) | RestoreMost4::Where(block)));
+    decisions.pixels[kRestoreMostHere] =
+        mayRestore & ~above & (RestoreMost2::Where(block) | RestoreMost3::Where(block) | RestoreMost4::Where(block));
     int sixth = kSixth;
-    const auto setSixths = [&]<class... Rules>() { (decisions.Set(sixth++, Rules::Where(block)), ...); };
+    const auto setSixths = [&]<class... Rules>() { ((decisions.pixels[sixth++] = Rules::Where(block)), ...); };
     setSixths.template operator()<Sixth1, Sixth2, Sixth3, Sixth4, Sixth5, Sixth6, Sixth7, Sixth8>();
     decisions.MeasureNearDots(block);
 }

@@ -168,7 +168,7 @@ struct PlaneCursor {
                 n += inWindow;
             }
         } else {
-            for (; (at.Bit(kTests) & ...) != 0; ++n) {
+            for (; ((at.FlagsAround(kTests) & ...) >> (at.x & 7) & 1) != 0; ++n) {
                 at.Move(kDx, kDy);
                 if constexpr (kDy > 0) planes.Need(at.y + kReachRows);
             }
@@ -191,14 +191,15 @@ private:
         return row + test.dy * planes.RowBytes() + PlaneOf(test.flag) * planes.PlaneBytes();
     }
 
-    // All tests within reach of the pixel are in one 16-bit word of their row.
-    uint32_t Bit(FlagTest test) const {
+    // 16 columns of a row: all tests within reach of the pixel are in them. Whether the test holds is bit x & 7.
+    uint32_t FlagsAround(FlagTest test) const {
         static_assert(kGuardColumns == kReachColumns && 7 + 2 * kReachColumns < 16);
         uint16_t flags;
         std::memcpy(&flags, PlaneRow(test) + (x >> 3), sizeof flags);
-        const uint32_t bit = static_cast<uint32_t>(flags) >> (x & 7) >> (test.dx + kReachColumns) & 1;
-        return test.wanted ? bit : bit ^ 1;
+        const uint32_t fromTest = static_cast<uint32_t>(flags) >> (test.dx + kReachColumns);
+        return test.wanted ? fromTest : ~fromTest;
     }
+    uint32_t Bit(FlagTest test) const { return FlagsAround(test) >> (x & 7) & 1; }
 };
 
 inline PlaneCursor CursorAt(FlagPlanes& planes, int32_t x, int32_t y) { return {planes, planes.Row(kFlagR, y), x, y}; }

@@ -24,7 +24,7 @@ class VectorRow {
 public:
     static constexpr int kColumns = 2 * Half::kColumns;
 
-    // The threshold has to be below the greatest sample, at which integer sums saturate.
+    // A threshold below 0 doesn't fit the samples' type, and integer sums saturate at its greatest value.
     static bool Supports(EdgeThreshold<Format> threshold) {
         return threshold >= 0 && threshold < std::numeric_limits<typename Format::Sample>::max();
     }

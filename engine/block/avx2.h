@@ -8,7 +8,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <limits>
 #include <type_traits>
 
 #include "engine/block/byte_rows.h"
@@ -24,10 +23,7 @@ class VectorRow {
 public:
     static constexpr int kColumns = 2 * Half::kColumns;
 
-    // A threshold below 0 doesn't fit the samples' type, and integer sums saturate at its greatest value.
-    static bool Supports(EdgeThreshold<Format> threshold) {
-        return threshold >= 0 && threshold < std::numeric_limits<typename Format::Sample>::max();
-    }
+    static bool Supports(EdgeThreshold<Format> threshold) { return Half::Supports(threshold); }
 
     void Load(const uint8_t* row) {
         constexpr int kHalfBytes = Half::kColumns * Format::kPixelBytes;
@@ -57,22 +53,25 @@ private:
 // 32 pixels at depth 8 or 16 pixels at depth 16, without opacity.
 template <class Format>
 struct IntegerHalf {
+    static_assert(Format::kExtra == 0);
     using Vector = __m256i;
-    using Sample = typename Format::Sample;
-    static constexpr int kSamples = Format::kPixelSize, kSampleBytes = sizeof(Sample), kColumns = 32 / kSampleBytes;
+    static constexpr int kSamples = Format::kPixelSize, kSampleBytes = Format::kBits / 8, kColumns = 32 / kSampleBytes;
     static constexpr bool kIsByte = kSampleBytes == 1;
 
+    // Sums saturate at the greatest sample, which has to be above the threshold.
+    static bool Supports(int32_t threshold) { return threshold >= 0 && threshold < (1 << Format::kBits) - 1; }
+    // A byte is repeated in both halves of a word.
     static __m256i Filled(int32_t value) {
         return _mm256_set1_epi16(static_cast<int16_t>(kIsByte ? value * 0x0101 : value));
     }
 
-    // Each 16-byte half of a vector holds half of the pixels, so that no shuffle crosses the halves.
+    // Each 16-byte lane of a vector holds half of the pixels, so that no shuffle crosses the lanes.
     static void Load(const uint8_t* at, __m256i* planes) {
         for (size_t c = 0; c < kSamples; ++c) {
             planes[c] = _mm256_setzero_si256();
-            for (size_t part = 0; part < kSamples; ++part) {
-                const uint8_t* const places = kPlaces[c][part].data();
-                const __m256i bytes = LoadHalves(at + 16 * part, at + 16 * (kSamples + part));
+            for (size_t piece = 0; piece < kSamples; ++piece) {
+                const uint8_t* const places = kPlaces[c][piece].data();
+                const __m256i bytes = LoadHalves(at + 16 * piece, at + 16 * (kSamples + piece));
                 planes[c] = _mm256_or_si256(planes[c], _mm256_shuffle_epi8(bytes, LoadHalves(places, places)));
             }
         }
@@ -93,23 +92,26 @@ struct IntegerHalf {
         for (int c = 1; c < kSamples; ++c)
             sum = kIsByte ? _mm256_adds_epu8(sum, distance(c)) : _mm256_adds_epu16(sum, distance(c));
         const __m256i excess = minus(sum, threshold), zero = _mm256_setzero_si256();
-        if constexpr (kIsByte) return ~static_cast<uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(excess, zero)));
-        const __m256i words = _mm256_cmpeq_epi16(excess, zero), bytes = _mm256_packs_epi16(words, zero);
-        const uint32_t isWithin = static_cast<uint32_t>(_mm256_movemask_epi8(bytes));
-        return ~(isWithin | isWithin >> 8) & 0xFFFF;
+        if constexpr (kIsByte) {
+            return ~static_cast<uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(excess, zero)));
+        } else {
+            const __m256i words = _mm256_cmpeq_epi16(excess, zero), bytes = _mm256_packs_epi16(words, zero);
+            const uint32_t isWithin = static_cast<uint32_t>(_mm256_movemask_epi8(bytes));
+            return ~(isWithin | isWithin >> 8) & 0xFFFF;
+        }
     }
 
 private:
-    // For shuffle_epi8, which gives zero where the place is kElsewhere: the places of a plane's 16 bytes in each of the
-    // 16-byte parts that hold them, by plane and part.
+    // By plane and 16-byte piece, for shuffle_epi8: where in the piece each byte of the plane's lane is, or kElsewhere,
+    // which gives zero.
     using Places = std::array<std::array<std::array<uint8_t, 16>, kSamples>, kSamples>;
     static constexpr Places kPlaces = [] {
         constexpr uint8_t kElsewhere = 0x80;
         Places places{};
         for (size_t i = 0; i < 16 * kSamples * kSamples; ++i) {
-            const size_t plane = i % kSamples, k = i / kSamples % 16, part = i / kSamples / 16;
-            const size_t place = (k / kSampleBytes * kSamples + plane) * kSampleBytes + k % kSampleBytes - 16 * part;
-            places[plane][part][k] = place < 16 ? static_cast<uint8_t>(place) : kElsewhere;
+            const size_t plane = i % kSamples, k = i / kSamples % 16, piece = i / kSamples / 16;
+            const size_t byte = (k / kSampleBytes * kSamples + plane) * kSampleBytes + k % kSampleBytes;
+            places[plane][piece][k] = byte / 16 == piece ? static_cast<uint8_t>(byte % 16) : kElsewhere;
         }
         return places;
     }();
@@ -122,9 +124,10 @@ struct FloatHalf {
     static constexpr int kSamples = Format::kPixelSize;
     static constexpr int kColumns = 8;
 
+    static bool Supports(float) { return true; }
     static __m256 Filled(float value) { return _mm256_set1_ps(value); }
 
-    // Each half of a vector holds 4 of the pixels. Reads nothing beyond the pixel after them.
+    // Each lane of a vector holds 4 of the pixels. Reads nothing beyond the pixel after them.
     static void Load(const uint8_t* at, __m256* planes) {
         const auto load = [&](int offset) {
             return _mm256_castsi256_ps(LoadHalves(at + offset, at + 4 * Format::kPixelBytes + offset));

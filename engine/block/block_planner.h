@@ -43,8 +43,10 @@ public:
 
 private:
     static constexpr int kBlocks = kBlocksOf<Words>;
-    static constexpr int kNone = 63;  // stands for no pixel, as a neighbour's bit, and for no kind
-    static_assert(kNone >= kDecidedKinds && kKinds[kNone].ramp != kUnmeasured);
+    // A bit that is neither a pixel of a block nor a decided kind. Where two are processed at a time, it stands in for
+    // a missing second one.
+    static constexpr int kNone = 63;
+    static_assert((kBlockPixels >> kNone & 1) == 0 && kNone >= kDecidedKinds && kKinds[kNone].ramp != kUnmeasured);
 
     // Plans the blocks in `places`, in their order.
     void PlanBlocks() {
@@ -56,13 +58,15 @@ private:
         const auto kindsOfBlocks = KindsOfBlocks(decisions);
         for (int i = 0; i < count; ++i) {
             const auto pixelsOf = [&](int kind) { return WordOf(decisions.pixels[kind], i) & kBlockPixels; };
-            uint64_t kinds = kindsOfBlocks[static_cast<size_t>(i)] & ~(uint64_t{1} << kAverage), others = 0;
+            const uint64_t average = pixelsOf(kAverage);
+            uint64_t others = 0;  // the pixels at which anything else is done
+            uint64_t kinds = kindsOfBlocks[static_cast<size_t>(i)] & ~(uint64_t{1} << kAverage);
             for (; kinds != 0; kinds &= kinds - 1) {
                 const int kind = TrailingZeros(kinds);
-                Add(kind, pixelsOf(kind));
-                others |= pixelsOf(kind);
+                const uint64_t pixels = pixelsOf(kind);
+                Add(kind, pixels);
+                others |= pixels;
             }
-            const uint64_t average = pixelsOf(kAverage);
             Add(kAverage, average & others);
             Queue(places[i], others | average, average & ~others, ColumnsWithin(places[i], kMargin));
         }
@@ -94,9 +98,10 @@ private:
             }
             acting &= acting - 1;
             const bool isInner = (inner >> bit & 1) != 0;
-            uint64_t kinds = std::exchange(visits[bit], 0);
+            uint64_t kinds = visits[bit];
+            visits[bit] = 0;
             while (kinds != 0) {
-                for (int i = 0; i < 2; ++i) {  // two at a time, as in Add; the action of no kind is overwritten
+                for (int i = 0; i < 2; ++i) {  // two at a time, as in Add; an action of no kind isn't kept
                     const uint8_t kind = static_cast<uint8_t>(TrailingZeros(kinds | uint64_t{1} << kNone));
                     const uint8_t ramp = kKinds[kind].ramp;
                     actions[queued] = {x, place.y, kind, ramp, 1, isInner};
@@ -182,9 +187,9 @@ private:
     ActionSink& sink;
     BlockPlace places[kBlocks];  // of the flagged blocks that wait for a full vector
     int placed = 0;
-    uint64_t visits[64] = {};    // the kinds of each pixel of the block at hand, as sets; by its bit
+    uint64_t visits[64] = {};    // the kinds of each pixel of the block at hand, as bits; by the pixel's bit
     Action actions[kBatch + 1];  // the last one is room for writing one more
-    RunPair lengths[kBatch + 1];
+    RunPair lengths[kBatch];
     int queued = 0;
     uint16_t unmeasured[kBatch + 1];   // the indices of the actions whose ramps are kUnmeasured; room for one more
     uint16_t alongWay[kWays][kBatch];  // the same by way

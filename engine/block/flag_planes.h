@@ -101,7 +101,7 @@ public:
         }
     }
 
-    // Rows are built by `rowBuilder`, at least `rowsAtOnce` at a time, as they are needed.
+    // Rows are built by `rowBuilder` as they are needed, at least `rowsAtOnce` at a time, 1 or more; fewer at the end.
     void BuildBy(RowBuilder& rowBuilder, int32_t rowsAtOnce) {
         builder = &rowBuilder;
         bandRows = rowsAtOnce;
@@ -168,7 +168,7 @@ struct PlaneCursor {
                 n += inWindow;
             }
         } else {
-            for (; ((at.FlagsAround(kTests) & ...) >> (at.x & 7) & 1) != 0; ++n) {
+            for (; ((at.TestAround(kTests) & ...) >> (at.x & 7) & 1) != 0; ++n) {
                 at.Move(kDx, kDy);
                 if constexpr (kDy > 0) planes.Need(at.y + kReachRows);
             }
@@ -191,15 +191,16 @@ private:
         return row + test.dy * planes.RowBytes() + PlaneOf(test.flag) * planes.PlaneBytes();
     }
 
-    // 16 columns of a row: all tests within reach of the pixel are in them. Whether the test holds is bit x & 7.
-    uint32_t FlagsAround(FlagTest test) const {
+    // Whether the test holds at 16 columns of a row, which include all within reach: bit x & 7 is the one at the
+    // cursor.
+    uint32_t TestAround(FlagTest test) const {
         static_assert(kGuardColumns == kReachColumns && 7 + 2 * kReachColumns < 16);
         uint16_t flags;
         std::memcpy(&flags, PlaneRow(test) + (x >> 3), sizeof flags);
         const uint32_t fromTest = static_cast<uint32_t>(flags) >> (test.dx + kReachColumns);
         return test.wanted ? fromTest : ~fromTest;
     }
-    uint32_t Bit(FlagTest test) const { return FlagsAround(test) >> (x & 7) & 1; }
+    uint32_t Bit(FlagTest test) const { return TestAround(test) >> (x & 7) & 1; }
 };
 
 inline PlaneCursor CursorAt(FlagPlanes& planes, int32_t x, int32_t y) { return {planes, planes.Row(kFlagR, y), x, y}; }

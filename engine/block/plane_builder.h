@@ -33,7 +33,7 @@ inline void ClearUntestedDiagonals(ChunkFlags& flags) {
 template <class Format>
 class PlaneBuilder final : public RowBuilder {
 public:
-    // Built together: of wide pixels fewer, so that the rows of a chunk and of the next ones fit the fastest cache.
+    // Rows per band. Wide pixels have fewer, since a chunk's rows and those fetched ahead share the fastest cache.
     static constexpr int32_t kBandRows = Format::kPixelBytes < 12 ? 16 : 8;
 
     // For zeroed planes of the image's size, which is at least 1 by 1.

@@ -191,8 +191,7 @@ private:
         return row + test.dy * planes.RowBytes() + PlaneOf(test.flag) * planes.PlaneBytes();
     }
 
-    // Whether the test holds at 16 columns of a row, which include all within reach: bit x & 7 is the one at the
-    // cursor.
+    // Whether the test holds at 16 columns of a row, all within reach among them: bit x & 7 is the cursor's.
     uint32_t TestAround(FlagTest test) const {
         static_assert(kGuardColumns == kReachColumns && 7 + 2 * kReachColumns < 16);
         uint16_t flags;

@@ -138,11 +138,11 @@ private:
             const PlaneCursor at = CursorAt(planes, action.x, action.y);
             if constexpr (kWay < kFirstDiagonal) {
                 constexpr RunDirection kDirection = static_cast<RunDirection>(kWay);
-                constexpr const DirectionRules& kRules = kDirections[kWay];
-                const int32_t room = RoomFrom(at.x, at.y, kRules.forth.dx, kRules.forth.dy, width, height);
+                constexpr RunScanner kForth = kRulesOf<kDirection>.forth;
+                const int32_t room = RoomFrom(at.x, at.y, kForth.dx, kForth.dy, width, height);
                 run = MeasureRunOnce<kDirection>(at, room);
                 if (run.length == 0) {
-                    run.length = TailLength<kRules.tail>(at);
+                    run.length = TailLength<kDirection>(at);
                     action.ramp = RampNumberOf(kTailRamps, run.length);
                 } else {
                     if (MayTouchDot(run)) run.farLength = FarLengthAtDot(kDirection, at.x, at.y, width, height, planes);

@@ -77,7 +77,7 @@ struct Decisions {
     Words SetRuns(const FlagBlocks<Words>& block, Words hasEdge, const Limits<Words>& limits, Words& hasTail) {
         constexpr int kind = kRunsOf[static_cast<int>(kDirection)];
         const ShortRuns<Words> found = FindShortRuns<kDirection>(block, hasEdge);
-        const Words tail = hasEdge & HasTail<kRulesOf<kDirection>.tail>(block) & ~found.any;
+        const Words tail = hasEdge & HasTail<kDirection>(block) & ~found.any;
         hasTail = hasTail | tail;
         Words others = tail | found.any;
         for (int i = 0; i < kShortRunKinds; ++i) {

@@ -52,20 +52,21 @@ public:
         }
     }
 
+    // A row of bits with that of column x + kDx at column x; meaningless beyond the block's own columns.
+    template <int kDx>
+    static Words Shifted(const Words& row) {
+        static_assert(kDx >= -kReachColumns && kDx <= kReachColumns);
+        if constexpr (kDx < 0) return row << -kDx;
+        if constexpr (kDx > 0) return row >> kDx;
+        return row;
+    }
+
     // The pixels at which the test holds.
     template <FlagTest kTest>
     Words Where() const {
-        static_assert(kTest.dx >= -kReachColumns && kTest.dx <= kReachColumns);
         static_assert(kTest.dy >= -kReachRows && kTest.dy <= kReachRows);
-        const Words& row = rows[kTest.dy + kReachRows][PlaneOf(kTest.flag)];
-        Words flags = row;
-        if constexpr (kTest.dx < 0) flags = row << -kTest.dx;
-        if constexpr (kTest.dx > 0) flags = row >> kTest.dx;
-        if constexpr (kTest.wanted) {
-            return flags;
-        } else {
-            return ~flags;
-        }
+        const Words flags = Shifted<kTest.dx>(rows[kTest.dy + kReachRows][PlaneOf(kTest.flag)]);
+        return kTest.wanted ? flags : ~flags;
     }
 
 private:

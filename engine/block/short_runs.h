@@ -32,7 +32,7 @@ struct ShortWalk {
 };
 
 template <RunDirection kDirection, class Words>
-ShortRuns<Words> FindShortRuns(const FlagBlocks<Words>& block, Words hasEdge) {
+inline ShortRuns<Words> FindShortRuns(const FlagBlocks<Words>& block, Words hasEdge) {
     constexpr RunScanner kForth = kRulesOf<kDirection>.forth, kBack = kRulesOf<kDirection>.back;
     constexpr int dx = kForth.dx, dy = kForth.dy;
     const ShortWalk<kForth, kForth.first, Words> first(block);
@@ -63,7 +63,7 @@ ShortRuns<Words> FindShortRuns(const FlagBlocks<Words>& block, Words hasEdge) {
 // As MeasureRun. The walk back on the same side crosses the same cells up to the edge: unless it is dropped, it counts
 // as many and wins.
 template <RunDirection kDirection, class Cursor>
-RunPair MeasureRunOnce(Cursor at, int32_t room) {
+inline RunPair MeasureRunOnce(Cursor at, int32_t room) {
     constexpr RunScanner kForth = kRulesOf<kDirection>.forth, kBack = kRulesOf<kDirection>.back;
     const int32_t n = WalkLength<kForth, kForth.first>(at);
     const int32_t m = WalkLength<kForth, kForth.second>(at);

@@ -90,8 +90,7 @@ struct StairScan {
     template <RunDirection kDirection>
     bool SmoothRun(int32_t x, int32_t y, bool& tailRan) {
         using Weights = typename Format::Weights;
-        constexpr const DirectionRules& kRules = kRulesOf<kDirection>;
-        constexpr int dx = kRules.forth.dx, dy = kRules.forth.dy;
+        constexpr int dx = kRulesOf<kDirection>.forth.dx, dy = kRulesOf<kDirection>.forth.dy;
         const int32_t width = job.destination->width, height = job.destination->height;
         const FlagCursor at = CursorAt(map, x, y);
         RunPair run = MeasureRun<kDirection>(at, RoomFrom(x, y, dx, dy, width, height));
@@ -101,7 +100,7 @@ struct StairScan {
                              StairRamp<Weights>(RunSoftness(job.softness, run), run.length, job.bias));
             return true;
         }
-        const int32_t tail = TailLength<kRules.tail>(at);
+        const int32_t tail = TailLength<kDirection>(at);
         if (tail == 0) return false;
         PaintRun<Format>(job, dx, dy, x, y, TailRamp<Weights>(job.softness, tail, weights.tailBias));
         tailRan = true;

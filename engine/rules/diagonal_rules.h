@@ -49,8 +49,8 @@ int32_t DiagonalLength(const Cursor& at) {
 template <Diagonal kDiagonal, int kCell, class Block>
 auto DiagonalGoesOn(const Block& block) {
     constexpr int dx = kDiagonal.startX + kCell * kDiagonal.stepX, dy = kDiagonal.startY + kCell * kDiagonal.stepY;
-    return WhereAll<FlagTest{dx, dy, kDiagonal.continueFlag, true}, Not(Moved(kDiagonal.stop[0], dx, dy)),
-                    Not(Moved(kDiagonal.stop[1], dx, dy))>(block);
+    return WhereAllMoved<dx, dy, FlagTest{0, 0, kDiagonal.continueFlag, true}, Not(kDiagonal.stop[0]),
+                         Not(kDiagonal.stop[1])>(block);
 }
 template <Diagonal kDiagonal, class Block>
 auto HasDiagonal(const Block& block) {

@@ -45,6 +45,14 @@ auto WhereAll(const At& at) {
     return (at.template Where<kTests>() & ...);
 }
 
+// The same for a block, at the cells that are (kDx, kDy) farther away. The combined result is shifted along the row
+// instead of each test, so that all cells of the walks along a row share their tests.
+template <int kDx, int kDy, FlagTest... kTests, class Block>
+auto WhereAllMoved(const Block& block) {
+    static_assert((... && (std::max(kTests.dx + kDx, -kTests.dx - kDx) <= kReachColumns)));
+    return Block::template Shifted<kDx>(WhereAll<Moved(kTests, 0, kDy)...>(block));
+}
+
 template <FlagTest... kTests>
 struct Pattern {
     static_assert((... && (std::max(kTests.dx, -kTests.dx) <= kReachColumns &&

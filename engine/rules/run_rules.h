@@ -49,9 +49,10 @@ bool IsDropped(const Cursor& at, int32_t n) {
     const uint32_t isLong = n >= kLongRun;
     return (at.template Where<kWalk.guard>() | (isLong & at.template Where<Not(kWalk.confirmation)>())) != 0;
 }
-// Cells that the walk counts; 0 where it is dropped.
+// The number of cells that the walk counts; 0 where it is dropped. `inline` is a hint, here and in block/short_runs.h:
+// without it, compilers call some of these functions, and planning takes a tenth longer.
 template <RunScanner kScanner, Walk kWalk, class Cursor>
-int32_t WalkLength(const Cursor& at) {
+inline int32_t WalkLength(const Cursor& at) {
     const int32_t n =
         at.template CountCells<kScanner.dx, kScanner.dy, Not(kScanner.end), Not(kWalk.breakIfSet), kWalk.breakIfClear>(
             kScanner.dx, kScanner.dy);
@@ -78,9 +79,8 @@ int32_t RunLength(const Cursor& at) {
 // 1, then where WalkLength isn't 0.
 template <RunScanner kScanner, Walk kWalk, int kCell, class Block>
 auto WalkGoesOn(const Block& block) {
-    constexpr int dx = kScanner.dx * kCell, dy = kScanner.dy * kCell;
-    return WhereAll<Not(Moved(kScanner.end, dx, dy)), Not(Moved(kWalk.breakIfSet, dx, dy)),
-                    Moved(kWalk.breakIfClear, dx, dy)>(block);
+    return WhereAllMoved<kScanner.dx * kCell, kScanner.dy * kCell, Not(kScanner.end), Not(kWalk.breakIfSet),
+                         kWalk.breakIfClear>(block);
 }
 template <RunScanner kScanner, Walk kWalk, class Block>
 auto WalkCounts(const Block& block) {
@@ -96,62 +96,46 @@ struct RunPair {
     int32_t farLength;  // 0: none, or the far end is outside the image
 };
 
-// A line one pixel thick shows both of its sides along the walk.
-struct TailRule {
-    int dx, dy;         // from one cell to the next; also the first cell
-    FlagTest clear[5];  // from the edge's pixel; any one set: no tail
-    FlagTest end;       // from the current cell, like the rest
-    FlagTest nearBreak, nearSide, farBreak, farSide;
+enum class RunDirection { kLeft, kRight, kUp, kDown };
+
+// What one direction of an edge is searched for: a run and the run back from its far end, or else a tail. A tail's
+// line is one pixel thick and has an edge on either side: its cells are those before which neither walk forth stops.
+struct DirectionRules {
+    RunScanner forth, back;
+    FlagTest tailGuards[5];  // from the edge's pixel; any one set: no tail
 };
-
-constexpr TailRule HorizontalTail(int dx, const FlagTest (&clear)[5]) {
-    return {dx, 0, {clear[0], clear[1], clear[2], clear[3], clear[4]}, R(0, 0), R(0, -1), D(0, -1), R(0, 1), D(0, 0)};
-}
-constexpr TailRule VerticalTail(int dy, const FlagTest (&clear)[5]) {
-    return {0, dy, {clear[0], clear[1], clear[2], clear[3], clear[4]}, D(0, 0), D(-1, 0), R(-1, 0), D(1, 0), R(0, 0)};
-}
-
-constexpr TailRule kTailLeft = HorizontalTail(-1, {X(0, -1), D(1, -1), R(1, 0), A(0, 0), D(1, 0)});
-constexpr TailRule kTailRight = HorizontalTail(1, {D(0, -1), A(0, -1), R(-1, 0), D(0, 0), X(0, 0)});
-constexpr TailRule kTailUp = VerticalTail(-1, {X(-1, 0), A(0, 0), R(-1, 1), R(0, 1), D(0, 1)});
-constexpr TailRule kTailDown = VerticalTail(1, {D(0, -1), R(-1, 0), R(0, 0), A(-1, 0), X(0, 0)});
+constexpr DirectionRules kDirections[4] = {
+    {kScanLeft, kScanRight, {X(0, -1), D(1, -1), R(1, 0), A(0, 0), D(1, 0)}},
+    {kScanRight, kScanLeft, {D(0, -1), A(0, -1), R(-1, 0), D(0, 0), X(0, 0)}},
+    {kScanUp, kScanDown, {X(-1, 0), A(0, 0), R(-1, 1), R(0, 1), D(0, 1)}},
+    {kScanDown, kScanUp, {D(0, -1), R(-1, 0), R(0, 0), A(-1, 0), X(0, 0)}},
+};
+template <RunDirection kDirection>
+constexpr const DirectionRules& kRulesOf = kDirections[static_cast<int>(kDirection)];
 
 // The length of the tail at the cursor's pixel; 0 for none. What exceeds 5 cells counts half.
-template <TailRule kRule, class Cursor>
+template <RunDirection kDirection, class Cursor>
 int32_t TailLength(const Cursor& at) {
-    for (const FlagTest& clear : kRule.clear) {
-        if (at.Holds(clear)) return 0;
+    constexpr RunScanner kForth = kRulesOf<kDirection>.forth;
+    constexpr Walk kFirst = kForth.first, kSecond = kForth.second;
+    for (const FlagTest& guard : kRulesOf<kDirection>.tailGuards) {
+        if (at.Holds(guard)) return 0;
     }
-    const int32_t n = at.template CountCells<kRule.dx, kRule.dy, Not(kRule.end), Not(kRule.nearBreak), kRule.nearSide,
-                                             Not(kRule.farBreak), kRule.farSide>(kRule.dx, kRule.dy);
+    const int32_t n =
+        at.template CountCells<kForth.dx, kForth.dy, Not(kForth.end), Not(kFirst.breakIfSet), kFirst.breakIfClear,
+                               Not(kSecond.breakIfSet), kSecond.breakIfClear>(kForth.dx, kForth.dy);
     constexpr int32_t kFullLength = 5;
     return n > kFullLength ? ((n - kFullLength) >> 1) + kFullLength : n;
 }
 
 // TailLength isn't 0, for all pixels of a block.
-template <TailRule kRule, class Block>
+template <RunDirection kDirection, class Block>
 auto HasTail(const Block& block) {
-    constexpr int dx = kRule.dx, dy = kRule.dy;
-    return WhereAll<Not(Moved(kRule.end, dx, dy)), Not(Moved(kRule.nearBreak, dx, dy)), Moved(kRule.nearSide, dx, dy),
-                    Not(Moved(kRule.farBreak, dx, dy)), Moved(kRule.farSide, dx, dy), Not(kRule.clear[0]),
-                    Not(kRule.clear[1]), Not(kRule.clear[2]), Not(kRule.clear[3]), Not(kRule.clear[4])>(block);
+    constexpr RunScanner kForth = kRulesOf<kDirection>.forth;
+    constexpr const FlagTest(&kGuards)[5] = kRulesOf<kDirection>.tailGuards;
+    return WalkGoesOn<kForth, kForth.first, 1>(block) & WalkGoesOn<kForth, kForth.second, 1>(block) &
+           WhereAll<Not(kGuards[0]), Not(kGuards[1]), Not(kGuards[2]), Not(kGuards[3]), Not(kGuards[4])>(block);
 }
-
-enum class RunDirection { kLeft, kRight, kUp, kDown };
-
-// What one direction of an edge is searched for: a run and the run back from its far end, or else a tail.
-struct DirectionRules {
-    RunScanner forth, back;
-    TailRule tail;
-};
-constexpr DirectionRules kDirections[4] = {
-    {kScanLeft, kScanRight, kTailLeft},
-    {kScanRight, kScanLeft, kTailRight},
-    {kScanUp, kScanDown, kTailUp},
-    {kScanDown, kScanUp, kTailDown},
-};
-template <RunDirection kDirection>
-constexpr const DirectionRules& kRulesOf = kDirections[static_cast<int>(kDirection)];
 
 // Columns or rows from (x, y) to the image's border in a direction; 0 where dx and dy are.
 constexpr int32_t RoomFrom(int32_t x, int32_t y, int dx, int dy, int32_t width, int32_t height) {

@@ -21,6 +21,8 @@
 //   57   window: a word begins at a byte; shifted by up to 7 bits, it keeps at least 57 columns
 #pragma once
 
+#include <xmmintrin.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -30,6 +32,8 @@
 #include "engine/rules/flag_pattern.h"
 
 namespace stairmelt::inline STAIRMELT_SET {
+
+constexpr int kCacheLine = 64;  // bytes
 
 constexpr int32_t kChunkColumns = 64;
 constexpr int32_t kBlockColumns = 56;
@@ -97,6 +101,8 @@ public:
             const uint64_t word = LoadWord(at) | flags << shift;
             std::memcpy(at, &word, sizeof word);
             at[8] = static_cast<uint8_t>(at[8] | flags >> 1 >> (63 - shift));
+            // Flags are likely to be set soon farther to the right, where the memory isn't in the cache yet.
+            _mm_prefetch(reinterpret_cast<const char*>(at + kCacheLine), _MM_HINT_T0);
             at += planeBytes;
         }
     }

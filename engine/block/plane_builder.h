@@ -103,7 +103,7 @@ private:
         // Equal pixels never differ, whatever the format, as long as the threshold isn't negative.
         const bool skipsFlat = cells.threshold >= 0;
         // The rows of the chunk after the next are fetched ahead: the processor sees no pattern in such short pieces.
-        constexpr int kChunkBytes = kChunkColumns * Format::kPixelBytes, kCacheLine = 64;
+        constexpr int kChunkBytes = kChunkColumns * Format::kPixelBytes;
         const ptrdiff_t ahead = x + 3 * kChunkColumns <= image.width ? 2 * kChunkBytes : 0;
         const uint8_t* p = PixelAt<Format>(image, x, nextRow);
         Words above = findChanges(nextRow, p);

@@ -56,9 +56,10 @@ public:
     template <int kDx>
     static Words Shifted(const Words& row) {
         static_assert(kDx >= -kReachColumns && kDx <= kReachColumns);
-        if constexpr (kDx < 0) return row << -kDx;
-        if constexpr (kDx > 0) return row >> kDx;
-        return row;
+        Words shifted = row;
+        if constexpr (kDx < 0) shifted = row << -kDx;
+        if constexpr (kDx > 0) shifted = row >> kDx;
+        return shifted;
     }
 
     // The pixels at which the test holds.

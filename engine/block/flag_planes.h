@@ -21,7 +21,7 @@
 //   57   window: a word begins at a byte; shifted by up to 7 bits, it keeps at least 57 columns
 #pragma once
 
-#include <xmmintrin.h>
+#include <emmintrin.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -101,6 +101,7 @@ public:
             const uint64_t word = LoadWord(at) | flags << shift;
             std::memcpy(at, &word, sizeof word);
             at[8] = static_cast<uint8_t>(at[8] | flags >> 1 >> (63 - shift));
+            static_assert(4 * kGuardRows * kGuardBytes >= kCacheLine);  // what is prefetched is in the same memory
             // Flags are likely to be set soon farther to the right, where the memory isn't in the cache yet.
             _mm_prefetch(reinterpret_cast<const char*>(at + kCacheLine), _MM_HINT_T0);
             at += planeBytes;
